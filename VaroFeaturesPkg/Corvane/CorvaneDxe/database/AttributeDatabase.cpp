@@ -1,0 +1,220 @@
+/** @file
+  AttributeDatabase: records and strings of the boot's AttributeStore.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "database/AttributeDatabase.hpp"
+
+namespace {
+
+constexpr UINT32 kReadOnlyToken = 0x955D;  // this setting may be seen but never changed by management software
+constexpr CHAR16 kEmptyText[] = {0};
+
+/// First handle after `count` live ones, never beyond `limit`: a restored counter proves nothing.
+constexpr UINT16 LimitOf(UINT64 count, UINT16 limit) {
+  return count >= static_cast<UINT64>(limit - kFirstHandle) ? limit : static_cast<UINT16>(count + kFirstHandle);
+}
+
+}  // namespace
+
+EFI_STATUS AttributeDatabase::AllocateStore() {
+  store_ = AllocateZeroed<AttributeStore>().release();  // to the end of boot services
+  return store_ != nullptr ? EFI_SUCCESS : EFI_OUT_OF_RESOURCES;
+}
+
+void AttributeDatabase::PutRecord(OwnedRecord<AttributeRecord> record, UINT16 slot) {
+  VOID*& place = store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot];
+  const OwnedRecord<AttributeRecord> replaced{static_cast<AttributeRecord*>(place)};
+  place = record.release();  // to the store
+}
+
+AttributeHandle AttributeDatabase::AddAttribute(OwnedRecord<AttributeRecord> record) {
+  const UINT16 handle = AttributeLimit();
+  if (handle >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: the store is full\n",
+           GetNameString(StringHandle{record->NameHandle})));
+    return {};
+  }
+  if (record->Token == kReadOnlyToken) {
+    record->Type |= PLDM_BIOS_ATTRIBUTE_READ_ONLY;
+  }
+  record->Handle = handle;
+  PutRecord(std::move(record), handle);
+  ++store_->Header.AttributeCount;
+  return AttributeHandle{handle};
+}
+
+void AttributeDatabase::PlaceAttribute(OwnedRecord<AttributeRecord> record, AttributeHandle handle) {
+  if (record) {
+    record->Handle = Raw(handle);
+  }
+  PutRecord(std::move(record), Raw(handle));
+}
+
+bool AttributeDatabase::RestoreAttribute(OwnedRecord<AttributeRecord> record, UINT16 slot, bool counted) {
+  if (slot == 0 || slot >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
+    return false;
+  }
+  PutRecord(std::move(record), slot);
+  if (counted) {
+    ++store_->Header.AttributeCount;
+  }
+  return true;
+}
+
+AttributeRecord* AttributeDatabase::AttributeAt(UINT16 slot) const {
+  return slot < AttributeLimit() ? static_cast<AttributeRecord*>(store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot])
+                                 : nullptr;
+}
+
+AttributeRecord* AttributeDatabase::FindAttributeByToken(UINT32 token) {
+  if (lastSlot_ != 0 && lastToken_ == token) {
+    return AttributeAt(lastSlot_);
+  }
+  for (UINT16 slot = kFirstHandle; slot < AttributeLimit(); ++slot) {
+    AttributeRecord* const record = AttributeAt(slot);
+    if (record == nullptr) {
+      return nullptr;  // counted slots have no gaps: the first empty one is the end
+    }
+    if (record->Token == token) {
+      lastToken_ = token;
+      lastSlot_ = slot;
+      return record;
+    }
+  }
+  return nullptr;
+}
+
+AttributeRecord* AttributeDatabase::NextAttribute(UINT16& slot) const {
+  while (++slot < AttributeLimit()) {
+    if (AttributeRecord* const record = AttributeAt(slot); record != nullptr) {
+      return record;
+    }
+  }
+  return nullptr;
+}
+
+UINT16 AttributeDatabase::AttributeLimit() const {
+  return LimitOf(store_->Header.AttributeCount, ATTRIBUTE_STORE_HANDLE_LIMIT);
+}
+
+VOID** AttributeDatabase::StringsOf(StringArray array) const {
+  switch (array) {
+    case StringArray::Names:
+      return store_->Slots + ATTRIBUTE_STORE_NAMES;
+    case StringArray::Display:
+      return store_->Slots + ATTRIBUTE_STORE_DISPLAY_STRINGS;
+    case StringArray::Help:
+      break;
+  }
+  return store_->Slots + ATTRIBUTE_STORE_HELP_STRINGS;
+}
+
+UINT64 AttributeDatabase::CountOf(StringArray array) const {
+  return array == StringArray::Names ? store_->Header.NameCount : store_->Header.DisplayCount;
+}
+
+void AttributeDatabase::Count(StringArray array) {
+  switch (array) {
+    case StringArray::Names:
+      ++store_->Header.NameCount;
+      break;
+    case StringArray::Display:
+      ++store_->Header.DisplayCount;
+      break;
+    case StringArray::Help:
+      ++store_->Header.HelpCount;
+      break;
+  }
+}
+
+UINT16 AttributeDatabase::StringLimit(StringArray array) const {
+  return LimitOf(CountOf(array), ATTRIBUTE_STORE_STRING_LIMIT);
+}
+
+const CHAR16* AttributeDatabase::StoredText(StringArray array, StringHandle handle) const {
+  const bool live = Raw(handle) >= kFirstHandle && Raw(handle) < StringLimit(array);
+  return live ? static_cast<const CHAR16*>(StringsOf(array)[Raw(handle)]) : nullptr;
+}
+
+const CHAR16* AttributeDatabase::TextAt(StringArray array, StringHandle handle) const {
+  const CHAR16* const text = StoredText(array, handle);
+  return text != nullptr ? text : kEmptyText;
+}
+
+DisplayText AttributeDatabase::GetDisplayString(StringHandle handle) const {
+  const CHAR16* const stored = TextAt(StringArray::Display, handle);
+  const CHAR16* text = stored;
+  while (*text == '*') {
+    ++text;
+  }
+  if (text == stored) {
+    return {stored, nullptr};
+  }
+  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(StringLength(text) + 1);
+  if (!cleaned) {
+    return {stored, nullptr};
+  }
+  CleanString(cleaned.get(), text);
+  const CHAR16* const shown = cleaned.get();
+  return {shown, std::move(cleaned)};
+}
+
+StringHandle AttributeDatabase::FindString(StringArray array, Ucs2View text) {
+  VOID* const* const strings = StringsOf(array);
+  StringIndex& index = array == StringArray::Names ? nameIndex_ : displayIndex_;
+  if (index.Covers(CountOf(array))) {
+    return StringHandle{index.Find(text, strings)};
+  }
+  for (UINT16 handle = kFirstHandle; handle < StringLimit(array); ++handle) {
+    if (Equal(ViewOf(TextAt(array, StringHandle{handle})), text)) {
+      return StringHandle{handle};
+    }
+  }
+  return {};
+}
+
+void AttributeDatabase::PutString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle) {
+  VOID*& place = StringsOf(array)[handle];
+  const PoolPtr<CHAR16[]> replaced{static_cast<CHAR16*>(place)};
+  place = text.release();  // to the store
+}
+
+StringHandle AttributeDatabase::AddString(StringArray array, PoolPtr<CHAR16[]> text) {
+  const UINT16 handle = StringLimit(array);
+  const Ucs2View view = ViewOf(text.get());
+  if (handle >= ATTRIBUTE_STORE_STRING_LIMIT || view.size() > kLongestString) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: text \"%s\" dropped: the store has no room for it\n", text.get()));
+    return {};
+  }
+  StringIndex& index = array == StringArray::Names ? nameIndex_ : displayIndex_;
+  if (index.Covers(CountOf(array))) {
+    index.Add(view);
+  }
+  PutString(array, std::move(text), handle);
+  Count(array);
+  return StringHandle{handle};
+}
+
+void AttributeDatabase::PlaceHelp(PoolPtr<CHAR16[]> text, StringHandle handle) {
+  PutString(StringArray::Help, std::move(text), Raw(handle));
+  Count(StringArray::Help);
+}
+
+bool AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle) {
+  if (handle < kFirstHandle || handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
+    return false;
+  }
+  const bool counted = text != nullptr;
+  PutString(array, std::move(text), handle);
+  if (counted) {
+    Count(array);
+  }
+  return true;
+}
+
+void AttributeDatabase::ReleaseIndexes() {
+  nameIndex_.Release();
+  displayIndex_.Release();
+}

@@ -1,0 +1,102 @@
+/** @file
+  AttributeDatabase: the boot's AttributeStore with the rules by which records and strings enter and are found.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "database/AttributeRecords.hpp"
+#include "database/Handles.hpp"
+#include "database/StringIndex.hpp"
+#include "uefi/Text.hpp"
+
+static_assert(sizeof(AttributeStore) == 124960 && offsetof(AttributeStore, Header) == 124928);
+static_assert(sizeof(AttributeStoreHeader) == 32);
+
+/// The three string arrays of the store. Help texts share the handles of the display texts.
+enum class StringArray : UINT8 { Names, Display, Help };
+
+/// A text of the display table. It stands in the store, or in a block of its own when stars had to be taken off.
+struct DisplayText {
+  const CHAR16* Text;
+  PoolPtr<CHAR16[]> Owned;
+};
+
+class AttributeDatabase {
+ public:
+  /// Most characters that a stored string may have, so that its byte size fits the 16 bits of the cache's lists.
+  static constexpr size_t kLongestString = 0x7FFE;
+
+  /// Allocates the store, zero-filled. Nothing else may be called before.
+  [[nodiscard]] EFI_STATUS AllocateStore();
+  [[nodiscard]] AttributeStore* Store() const { return store_; }
+
+  // Records.
+
+  /// Gives the record the next handle and keeps it. Beyond handle 271 it is freed instead and the handle is 0.
+  AttributeHandle AddAttribute(OwnedRecord<AttributeRecord> record);
+
+  /// Keeps the record at a reserved handle, in place of any record there; a null record empties the slot.
+  void PlaceAttribute(OwnedRecord<AttributeRecord> record, AttributeHandle handle);
+
+  /// Keeps a restored record at `slot`, counted or not. False, and the record freed, when `slot` is outside the store.
+  [[nodiscard]] bool RestoreAttribute(OwnedRecord<AttributeRecord> record, UINT16 slot, bool counted);
+
+  [[nodiscard]] AttributeRecord* AttributeAt(UINT16 slot) const;
+  [[nodiscard]] AttributeRecord* FindAttributeByToken(UINT32 token);
+
+  /// The record in the next live slot after `slot`, or null past the end. Begin with slot 0. The walk goes by slots, not
+  /// by the records' own handles, so that no cached record can make it go round in circles.
+  [[nodiscard]] AttributeRecord* NextAttribute(UINT16& slot) const;
+
+  /// First attribute handle that is not live.
+  [[nodiscard]] UINT16 AttributeLimit() const;
+  [[nodiscard]] UINT64 GetAttributeCount() const { return store_->Header.AttributeCount; }
+  [[nodiscard]] UINT64 GetNameCount() const { return store_->Header.NameCount; }
+
+  // Strings.
+
+  /// The text at a handle, empty for a handle that is not live.
+  [[nodiscard]] const CHAR16* GetNameString(StringHandle handle) const { return TextAt(StringArray::Names, handle); }
+  [[nodiscard]] const CHAR16* GetHelpString(StringHandle handle) const { return TextAt(StringArray::Help, handle); }
+
+  /// The display text at a handle as readers see it: without the stars that kept it apart from an equal one.
+  [[nodiscard]] DisplayText GetDisplayString(StringHandle handle) const;
+
+  /// The text at a handle, or null when there is none.
+  [[nodiscard]] const CHAR16* StoredText(StringArray array, StringHandle handle) const;
+
+  /// First handle of `array` that is not live; the help array goes by the display texts.
+  [[nodiscard]] UINT16 StringLimit(StringArray array) const;
+
+  /// The lowest handle whose text equals `text`, or 0.
+  [[nodiscard]] StringHandle FindString(StringArray array, Ucs2View text);
+
+  /// Keeps a name or display text under the next handle. Without room it is freed and the handle is 0.
+  [[nodiscard]] StringHandle AddString(StringArray array, PoolPtr<CHAR16[]> text);
+
+  /// Keeps a help text at a display text's handle and counts it.
+  void PlaceHelp(PoolPtr<CHAR16[]> text, StringHandle handle);
+
+  /// Keeps a restored string at `handle` and counts it; a null one is kept without being counted. False when `handle`
+  /// is none of a string.
+  [[nodiscard]] bool RestoreString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle);
+
+  /// Gives back what only made gathering fast.
+  void ReleaseIndexes();
+
+ private:
+  [[nodiscard]] const CHAR16* TextAt(StringArray array, StringHandle handle) const;
+  [[nodiscard]] VOID** StringsOf(StringArray array) const;
+  [[nodiscard]] UINT64 CountOf(StringArray array) const;
+  void Count(StringArray array);
+  void PutRecord(OwnedRecord<AttributeRecord> record, UINT16 slot);
+  void PutString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle);
+
+  AttributeStore* store_ = nullptr;  // kept until boot services end: the published interface leads to it
+  StringIndex nameIndex_;
+  StringIndex displayIndex_;
+  UINT32 lastToken_ = 0;  // one-entry cache of FindAttributeByToken
+  UINT16 lastSlot_ = 0;   // 0 = the cache is empty
+};

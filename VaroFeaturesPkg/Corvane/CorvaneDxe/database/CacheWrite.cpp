@@ -1,0 +1,171 @@
+/** @file
+  The attribute cache: writing it.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "database/Cache.hpp"
+#include "database/CacheVariables.hpp"
+#include "database/CacheVersion.hpp"
+#include "database/Compressor.hpp"
+
+namespace {
+
+void PutStrings(ByteWriter& list, const AttributeDatabase& database, StringArray array) {
+  for (UINT16 handle = kFirstHandle; handle < database.StringLimit(array); ++handle) {
+    const CHAR16* const text = database.StoredText(array, StringHandle{handle});
+    const size_t size = text != nullptr ? (StringLength(text) + 1) * sizeof(CHAR16) : 0;
+    list.PutValue(AttributeCacheString{handle, static_cast<UINT16>(size)});
+    list.Put({reinterpret_cast<const std::byte*>(text), size});
+  }
+}
+
+/// Boot configuration settings are read anew in every boot; unknown types are nobody's.
+bool IsCached(const AttributeRecord& record) {
+  const AttributeType type = BaseType(record);
+  return type <= AttributeType::ConfigurationSet && type != AttributeType::BootConfiguration;
+}
+
+/// The part of a cached record behind its head.
+void PutCachedBody(ByteWriter& data, const AttributeRecord& record) {
+  constexpr size_t kBody = sizeof(AttributeRecord);
+  switch (BaseType(record)) {
+    case AttributeType::Enumeration: {
+      const auto& enumeration = As<EnumerationRecord>(record);
+      const UINT8 count = enumeration.PossibleValueCount;
+      data.PutValue(count);
+      data.Put(ArrayBytes(enumeration.PossibleValueNames, count));
+      data.Put(ArrayBytes(enumeration.PossibleValues, count));
+      data.Put(RecordBytes(record, offsetof(EnumerationRecord, DefaultIndex), sizeof(enumeration)));
+      break;
+    }
+    case AttributeType::String: {
+      const CHAR8* const current = As<StringRecord>(record).CurrentString;
+      const auto length = static_cast<UINT16>(current != nullptr ? AsciiLength(current) : 0);
+      data.Put(RecordBytes(record, kBody, offsetof(StringRecord, CurrentString)));
+      data.PutValue(length);
+      data.Put(ArrayBytes(current, length));
+      break;
+    }
+    case AttributeType::Password:
+      data.Put(RecordBytes(record, kBody, sizeof(PasswordRecord)));
+      break;
+    case AttributeType::Integer:
+      data.Put(RecordBytes(record, kBody, sizeof(IntegerRecord)));
+      break;
+    case AttributeType::Collection: {
+      const auto& collection = As<CollectionRecord>(record);
+      data.Put(RecordBytes(record, kBody, offsetof(CollectionRecord, Items)));
+      data.Put(ArrayBytes(collection.Items, collection.ItemCount));
+      break;
+    }
+    case AttributeType::ConfigurationSet: {
+      const auto& set = As<ConfigurationSetRecord>(record);
+      data.Put(RecordBytes(record, kBody, offsetof(ConfigurationSetRecord, ConfigNames)));
+      data.Put(ArrayBytes(set.ConfigNames, set.ConfigCount));
+      data.PutValue(UINT8{set.CurrentConfig});
+      break;
+    }
+    case AttributeType::BootConfiguration:
+      break;
+  }
+}
+
+void PutAttributes(ByteWriter& data, const AttributeDatabase& database) {
+  UINT16 slot = 0;
+  while (const AttributeRecord* const record = database.NextAttribute(slot)) {
+    if (IsCached(*record)) {
+      data.Put(RecordBytes(*record, 0, sizeof(AttributeRecord)));
+      PutCachedBody(data, *record);
+    }
+  }
+}
+
+/// Compresses `content` and writes it as a variable.
+EFI_STATUS WriteCompressed(const CHAR16* name, std::span<const std::byte> content) {
+  // Text shrinks: a block as large as the content spares asking for the size, which costs a compression of its own.
+  auto size = static_cast<UINT32>(content.size());
+  PoolPtr<std::byte[]> compressed = AllocateZeroedArray<std::byte>(size);
+  if (!compressed) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+  EFI_STATUS status = Compress(content, compressed.get(), size);
+  if (status == EFI_BUFFER_TOO_SMALL) {
+    compressed = AllocateZeroedArray<std::byte>(size);
+    if (!compressed) {
+      return EFI_OUT_OF_RESOURCES;
+    }
+    status = Compress(content, compressed.get(), size);
+  }
+  if (EFI_ERROR(status)) {
+    return status;
+  }
+  return WriteVariable(name, gVaroAttributeVariableGuid, kNonVolatile, {compressed.get(), size});
+}
+
+/// Lays the content out with `put`, first counting, then in a block of that size, and writes it.
+template <typename Put>
+EFI_STATUS WriteContent(const CHAR16* name, Put put) {
+  ByteWriter counter;
+  put(counter);
+  const PoolPtr<std::byte[]> block = AllocateZeroedArray<std::byte>(counter.Used());
+  if (!block) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+  ByteWriter content{{block.get(), counter.Used()}};
+  put(content);
+  return WriteCompressed(name, {block.get(), content.Used()});
+}
+
+EFI_STATUS WriteStringVariable(const AttributeDatabase& database, const CachedStrings& kind) {
+  return WriteContent(kind.Variable, [&](ByteWriter& list) { PutStrings(list, database, kind.Array); });
+}
+
+EFI_STATUS WriteAttributeData(const AttributeDatabase& database) {
+  return WriteContent(kAttributesDataVariable, [&](ByteWriter& data) { PutAttributes(data, database); });
+}
+
+EFI_STATUS WriteVersion() {
+  const Result<const CHAR8*> version = FirmwareVersion();
+  if (!version.Ok()) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroFirmwareVersionProtocolGuid not found or empty: nothing is cached\n"));
+    return version.Status();
+  }
+  const size_t length = AsciiLength(version.Value());
+  const PoolPtr<std::byte[]> content = AllocateZeroedArray<std::byte>(2 * length);  // the version, then zeros
+  if (!content) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+  CopyMem(content.get(), version.Value(), length);
+  return WriteVariable(kBiosVersionVariable, gVaroAttributeVariableGuid, kNonVolatile, {content.get(), 2 * length});
+}
+
+}  // namespace
+
+EFI_STATUS WriteCache(const AttributeDatabase& database) {
+  for (const CachedStrings& kind : kCachedStrings) {
+    if (const EFI_STATUS status = WriteStringVariable(database, kind); EFI_ERROR(status)) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r: the next boot gathers anew\n", kind.Variable,
+             status));
+      // No list of an earlier version may stand under the new one; the next restore finds it missing.
+      IgnoreStatus(WriteVariable(kind.Variable, gVaroAttributeVariableGuid, kNonVolatile, {}));
+    }
+  }
+  bool written = !EFI_ERROR(WriteAttributeData(database));
+  const AttributeStoreHeader counters = database.Store()->Header;
+  if (EFI_ERROR(WriteVariable(kAttributesCountVariable, gVaroAttributeVariableGuid, kNonVolatile,
+                              std::as_bytes(std::span(&counters, 1))))) {
+    written = false;
+  }
+  constexpr UINT8 kGood = 0;
+  if (EFI_ERROR(WriteVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, kNonVolatileRuntime,
+                              std::as_bytes(std::span(&kGood, 1))))) {
+    written = false;
+  }
+  const EFI_STATUS status = WriteVersion();
+  if (EFI_ERROR(status) || !written) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: cache deleted: it could not be written in whole\n"));
+    return DeleteCache();
+  }
+  return status;
+}

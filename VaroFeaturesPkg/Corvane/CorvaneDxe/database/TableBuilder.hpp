@@ -1,0 +1,35 @@
+/** @file
+  TableBuilder: the string, attribute, value, display and help tables built from the database (DSP0247).
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "database/AttributeDatabase.hpp"
+#include "database/TableWriter.hpp"
+#include "database/ValueEntries.hpp"
+
+class TableBuilder {
+ public:
+  TableBuilder(AttributeDatabase& database, TableWriter& writer, ValueEntries& values)
+      : database_(database), writer_(writer), values_(values) {}
+
+  /// Builds and finishes all tables. A table that is full is cut before the first entry that does not fit.
+  EFI_STATUS BuildTables();
+
+ private:
+  EFI_STATUS BuildStringTable();
+  EFI_STATUS BuildAttributeTable();
+  EFI_STATUS BuildValueTable();
+  EFI_STATUS BuildDisplayTable();
+  EFI_STATUS BuildHelpTable();
+
+  [[nodiscard]] EFI_STATUS AppendAttributeEntry(const AttributeRecord& record);
+  [[nodiscard]] EFI_STATUS StartTextTable(UINT32 index);
+  [[nodiscard]] bool AppendText(UINT32 index, StringHandle handle, Ucs2View text);
+
+  AttributeDatabase& database_;
+  TableWriter& writer_;
+  ValueEntries& values_;
+};

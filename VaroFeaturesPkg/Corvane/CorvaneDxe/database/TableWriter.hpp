@@ -1,0 +1,60 @@
+/** @file
+  TableWriter: the table descriptors, and tables laid out in the buffers that they describe (DSP0247).
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "uefi/Pool.hpp"
+#include "uefi/Status.hpp"
+#include "uefi/Text.hpp"
+
+extern "C" {
+#include <Corvane/TableDescriptor.h>
+}
+
+static_assert(sizeof(TableDescriptor) == 28 && offsetof(TableDescriptor, Limit) == 13);
+static_assert(offsetof(TableDescriptor, Checksum) == 21);
+
+/// The eleven tables by number. Every operation refuses a finished or unallocated table with EFI_INVALID_PARAMETER.
+class TableWriter {
+ public:
+  /// `descriptors` are TABLE_DESCRIPTOR_COUNT, or null: then every operation fails.
+  explicit TableWriter(TableDescriptor* descriptors) : descriptors_(descriptors) {}
+
+  /// Prepares the descriptors of the tables that are built, and leaves the others zero.
+  void InitTableDescriptors();
+
+  [[nodiscard]] EFI_STATUS AllocateTable(UINT32 index);
+
+  /// Appends bytes up to the table's capacity. EFI_OUT_OF_RESOURCES, and nothing written, when they do not fit.
+  EFI_STATUS AppendTableBytes(UINT32 index, std::span<const std::byte> bytes);
+
+  template <typename T>
+    requires std::is_trivially_copyable_v<T>
+  EFI_STATUS AppendValue(UINT32 index, const T& value) {
+    return AppendTableBytes(index, std::as_bytes(std::span<const T, 1>(&value, 1)));
+  }
+
+  /// Appends the low byte of each character, without terminator.
+  EFI_STATUS AppendAsciiFromUcs2(UINT32 index, Ucs2View text);
+
+  EFI_STATUS CountTableEntry(UINT32 index);
+
+  /// Pads to four bytes, appends the CRC-32 and locks the table in a buffer of its exact length.
+  EFI_STATUS FinishTable(UINT32 index);
+
+  /// Bytes left for entries.
+  [[nodiscard]] size_t Room(UINT32 index) const;
+
+  [[nodiscard]] UINT16 EntryCount(UINT32 index) const { return descriptors_[index].EntryCount; }
+
+ private:
+  void InitTableDescriptor(UINT32 index);
+
+  /// The descriptor of a table that is being filled, or null.
+  [[nodiscard]] TableDescriptor* Filling(UINT32 index) const;
+
+  TableDescriptor* descriptors_;
+};

@@ -1,0 +1,121 @@
+/** @file
+  The build pass: the order in which sources, cache, tables and publication follow.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "lifecycle/BuildPass.hpp"
+
+#include "database/Cache.hpp"
+#include "database/TableBuilder.hpp"
+#include "lifecycle/PerformancePhase.hpp"
+#include "lifecycle/Publication.hpp"
+#include "lifecycle/TableDirectory.hpp"
+#include "sources/BootConfiguration.hpp"
+#include "sources/Cameras.hpp"
+#include "sources/Passwords.hpp"
+#include "sources/PlatformAttributes.hpp"
+#include "uefi/Protocols.hpp"
+
+extern "C" {
+#include <Protocol/AssetTagLength.h>
+#include <Protocol/TablesRequested.h>
+}
+
+namespace {
+
+bool MayUseCache(const DriverState& state) { return !state.FactoryMode && state.PlatformSetting; }
+
+/// True when the database must be gathered in this boot.
+bool CheckCache(const DriverState& state) { return !MayUseCache(state) || !CacheIsValid(); }
+
+/// Bounds of the asset tag and the name that they give its attribute. The status decides over a boot from the cache.
+EFI_STATUS QueryAssetTagLength() {
+  AssetTagLengthProtocol* protocol = nullptr;
+  EFI_STATUS status = LocateProtocol(gVaroAssetTagLengthProtocolGuid, protocol);
+  UINT64 minimum = 0;
+  UINT64 maximum = 10;
+  if (EFI_ERROR(status) || protocol == nullptr) {
+    DEBUG((DEBUG_WARN,
+           "CorvaneDxe: gVaroAssetTagLengthProtocolGuid not found: with a valid cache nothing is published\n"));
+  } else {
+    status = protocol->GetLength(1, nullptr, &minimum, &maximum);
+  }
+  // The form in which the bounds belong into the name of the asset tag's attribute. No attribute carries it yet.
+  std::array<CHAR16, 50> name{};
+  UnicodeSPrint(name.data(), sizeof(name), u"Asset[RegEx:^\\\\133\\\\x20-~\\\\135{%d,%d}$]"_ucs2,
+                static_cast<UINT32>(minimum), static_cast<UINT32>(maximum));
+  return status;
+}
+
+EFI_STATUS GatherFormSets(DriverState& state) {
+  HiiStrings strings(state.PlatformLang);
+  Dependencies dependencies;
+  FormSets formSets(state.Database, strings, dependencies, state.Setup,
+                    {.FactoryMode = state.FactoryMode,
+                     .PlatformSetting = state.PlatformSetting,
+                     .FormFilter = state.FormFilter});
+  const EFI_STATUS status = formSets.Walk(state.FormBrowser);
+  if (!EFI_ERROR(status) && MayUseCache(state)) {
+    IgnoreStatus(dependencies.BuildPidDepList());  // the tables stand without the list
+  }
+  return status;
+}
+
+void GatherPlatformAttributes(DriverState& state) {
+  if (state.FactoryMode) {
+    BuildFactoryAttributes(state.Database, state.Settings);
+  }
+  BuildMasterPasswordLockout(state.Database, state.Settings);
+  IgnoreStatus(BuildCameras(state.Database));  // a notebook may have none
+  BuildAuxoraSupportLevel(state.Database, state.Settings);
+}
+
+EFI_STATUS PublishOnce(DriverState& state) {
+  void* signal = nullptr;
+  const EFI_STATUS status = LocateProtocol(gVaroTablesRequestedProtocolGuid, signal);
+  if (EFI_ERROR(status) || state.Published != nullptr || state.PublishInProgress) {
+    return status;
+  }
+  state.PublishInProgress = true;
+  const bool rebuild = CheckCache(state);
+  // The cache may have become invalid, or valid, since the attributes were gathered. It is restored only into an empty
+  // database, and only what has been gathered is written to it.
+  const bool restored = !rebuild && !state.RebuiltByFormSets;
+  if (restored) {
+    RestoreCache(state.Database);
+  }
+  BuildPasswords(state.Database, state.Settings, state.OwnerPassword);
+  if (!EFI_ERROR(ReadBootOptions(state.BootConfiguration))) {
+    BuildBootConfiguration(state.Database, state.BootConfiguration);
+  }
+  TableWriter writer(state.Descriptors);
+  ValueEntries values(state.Settings, restored);
+  IgnoreStatus(TableBuilder(state.Database, writer, values).BuildTables());  // what could be built is published
+  state.Directory = BuildTableDirectory(state.Descriptors);
+  if (rebuild && state.RebuiltByFormSets && MayUseCache(state)) {
+    IgnoreStatus(WriteCache(state.Database));  // the next boot finds it missing
+  }
+  const EFI_STATUS published = PublishTables(state);
+  state.PublishInProgress = false;
+  return published;
+}
+
+}  // namespace
+
+EFI_STATUS BuildBiosAttributesData(DriverState& state) {
+  const PerformancePhase phase("BuildBiosAttributesData");
+  EFI_STATUS status = QueryAssetTagLength();
+  state.RebuiltByFormSets = CheckCache(state);
+  if (!state.RebuiltByFormSets) {
+    return status;
+  }
+  status = GatherFormSets(state);
+  if (!EFI_ERROR(status)) {
+    GatherPlatformAttributes(state);
+  }
+  state.Database.ReleaseIndexes();
+  return status;
+}
+
+EFI_STATUS EFIAPI BuildAndPublishTables(EFI_HANDLE, EFI_SYSTEM_TABLE*) { return PublishOnce(mState); }

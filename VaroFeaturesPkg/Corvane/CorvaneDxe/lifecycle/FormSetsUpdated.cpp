@@ -1,0 +1,75 @@
+/** @file
+  What the driver does once every form set of the setup is published.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "lifecycle/FormSetsUpdated.hpp"
+
+#include "lifecycle/BuildPass.hpp"
+#include "lifecycle/DriverState.hpp"
+#include "lifecycle/PerformancePhase.hpp"
+#include "uefi/Protocols.hpp"
+#include "uefi/Settings.hpp"
+#include "uefi/Variables.hpp"
+
+extern "C" {
+#include <Guid/GlobalVariable.h>
+#include <Protocol/ModeQuery.h>
+#include <Protocol/TablesRequested.h>
+}
+
+namespace {
+
+// Its being readable is what allows the cache and the dependency list; its value does not matter.
+constexpr UINT32 kCachePermissionSetting = 0x2618;
+
+bool QueryFactoryMode() {
+  const auto* const modes = FindProtocol<ModeQueryProtocol>(gVaroModeQueryProtocolGuid);
+  UINT32 result = 0;
+  if (modes == nullptr ||
+      EFI_ERROR(modes->QueryAny(&result, UINT32{1}, UINT32{2}, UINT32{3}, UINT32{4}, UINT32{5}, UINT32{6}, UINT32{7},
+                                UINT32{8}, UINT32{9}, UINT32{10}, UINT32{11}, UINT32{12}, UINT32{13}, UINT32{14},
+                                UINT32{MODE_QUERY_END}, UINT32{0}))) {
+    return false;
+  }
+  return result != 0;
+}
+
+CHAR8* ReadPlatformLang() {
+  Result<VariableContent> language = ReadVariable(u"PlatformLang"_ucs2, gEfiGlobalVariableGuid);
+  return reinterpret_cast<CHAR8*>(language.Value().Data.release());  // null when it could not be read
+}
+
+EFI_STATUS GatherAttributes(DriverState& state, EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable) {
+  const PerformancePhase phase("CallbackOnAllFormSetsUpdated");
+  state.FactoryMode = QueryFactoryMode();
+  state.FormFilter = true;
+  state.PlatformSetting = ReadSetting(state.Settings, kCachePermissionSetting).Ok();
+  EFI_STATUS status = LocateProtocol(gEfiHiiDatabaseProtocolGuid, state.HiiDatabase);
+  if (EFI_ERROR(status)) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gEfiHiiDatabaseProtocolGuid not found: no attribute is gathered or published\n"));
+    return status;
+  }
+  state.PlatformLang = ReadPlatformLang();
+  status = state.Database.AllocateStore();
+  if (!EFI_ERROR(status)) {
+    status = BuildBiosAttributesData(state);
+  }
+  if (EFI_ERROR(status)) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attributes not gathered: %r: nothing is published\n", status));
+    return status;
+  }
+  constexpr std::array<const EFI_GUID*, 1> kAwaited = {&gVaroTablesRequestedProtocolGuid};
+  if (RegisterOnPrereq(state.Prerequisites, nullptr, BuildAndPublishTables, imageHandle, systemTable, kAwaited) ==
+      nullptr) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: cannot wait for the tables to be wanted: nothing is published\n"));
+  }
+  return status;
+}
+
+}  // namespace
+
+EFI_STATUS EFIAPI CallbackOnAllFormSetsUpdated(EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable) {
+  return GatherAttributes(mState, imageHandle, systemTable);
+}

@@ -1,0 +1,142 @@
+/** @file
+  Dependencies: evaluation of the annotations in keywords.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "sources/Dependencies.hpp"
+
+#include "uefi/Variables.hpp"
+
+extern "C" {
+#include <Corvane/AttributeCache.h>
+}
+
+namespace {
+
+constexpr size_t kLongestName = 50;  // characters of a keyword before its annotations, and of a name in one
+
+/// Names that annotations mention, as views into the keywords, each once and in the order met.
+struct NameList {
+  PoolPtr<Ucs2View[]> Names;
+  size_t Count = 0;
+
+  [[nodiscard]] bool Contains(Ucs2View name) const {
+    return std::any_of(Names.get(), Names.get() + Count, [name](Ucs2View known) { return Equal(known, name); });
+  }
+};
+
+/// What follows the first `character` in `text`, or nullptr.
+const CHAR16* After(const CHAR16* text, CHAR16 character) {
+  while (*text != 0) {
+    if (*text++ == character) {
+      return text;
+    }
+  }
+  return nullptr;
+}
+
+/// Collects the names in the annotations of one keyword, from its first "[" on. A name that is known already ends the
+/// keyword's collection.
+EFI_STATUS CollectNames(const CHAR16* annotations, NameList& list) {
+  const CHAR16* text = annotations;
+  while ((text = After(text, '[')) != nullptr) {
+    const CHAR16* const name = After(text, ':');
+    const CHAR16* const value = name != nullptr ? After(name, '=') : nullptr;
+    if (value == nullptr) {
+      return EFI_SUCCESS;  // no further name stands here
+    }
+    const Ucs2View view{name, static_cast<size_t>(value - name) - 1};
+    if (view.size() > kLongestName) {
+      return EFI_ABORTED;
+    }
+    if (list.Contains(view)) {
+      return EFI_SUCCESS;
+    }
+    list.Names[list.Count++] = view;
+    text = value;
+  }
+  return EFI_SUCCESS;
+}
+
+}  // namespace
+
+Dependencies::~Dependencies() { Release(); }
+
+void Dependencies::Release() {
+  for (size_t i = 0; i < count_; ++i) {
+    const PoolPtr<CHAR16[]> released{candidates_[i].Keyword};
+  }
+  count_ = 0;
+  candidates_.reset();
+}
+
+void Dependencies::RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]> keyword) {
+  if (!candidates_) {
+    candidates_ = AllocateZeroedArray<Candidate>(kCapacity);
+  }
+  if (!candidates_ || count_ == kCapacity) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped from the dependency candidates\n", identifier));
+    return;
+  }
+  candidates_[count_++] = {identifier, keyword.release()};
+}
+
+EFI_STATUS Dependencies::Evaluate() {
+  const std::span<Candidate> candidates{candidates_.get(), count_};
+  size_t annotations = 0;
+  for (const Candidate& candidate : candidates) {
+    if (candidate.Keyword != nullptr) {
+      const Ucs2View keyword = ViewOf(candidate.Keyword);
+      annotations += static_cast<size_t>(std::count(keyword.begin(), keyword.end(), CHAR16{'['}));
+    }
+  }
+  NameList list{AllocateZeroedArray<Ucs2View>(annotations)};
+  if (!list.Names) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+  for (const Candidate& candidate : candidates) {
+    const CHAR16* const rest = candidate.Keyword != nullptr ? After(candidate.Keyword, '[') : nullptr;
+    if (rest == nullptr) {
+      continue;
+    }
+    const auto bareLength = static_cast<size_t>(rest - candidate.Keyword) - 1;
+    if (bareLength > kLongestName || EFI_ERROR(CollectNames(rest - 1, list))) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: \"PidDepList\" dropped: overlong name in keyword \"%s\"\n", candidate.Keyword));
+      return EFI_ABORTED;
+    }
+  }
+  // Comparisons are with plain keywords. What stands behind the new end keeps the collected names.
+  for (const Candidate& candidate : candidates) {
+    if (candidate.Keyword != nullptr && After(candidate.Keyword, '[') != nullptr) {
+      *const_cast<CHAR16*>(After(candidate.Keyword, '[') - 1) = 0;
+    }
+  }
+
+  std::array<UINT32, ATTRIBUTE_DEPENDENCY_LIST_CAPACITY> identifiers{};
+  size_t found = 0;
+  for (const Ucs2View name : std::span(list.Names.get(), list.Count)) {
+    for (const Candidate& candidate : candidates) {
+      if (candidate.Keyword == nullptr || !Equal(ViewOf(candidate.Keyword), name)) {
+        continue;
+      }
+      if (found == identifiers.size()) {
+        DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped from \"PidDepList\": the list is full\n",
+               candidate.Identifier));
+        continue;
+      }
+      identifiers[found++] = candidate.Identifier;
+    }
+  }
+  if (found == 0) {
+    return EFI_SUCCESS;
+  }
+  return WriteVariable(u"" ATTRIBUTE_DEPENDENCY_LIST u""_ucs2, gVaroAttributeVariableGuid, kNonVolatileRuntime,
+                       std::as_bytes(std::span(identifiers).first(found)));
+}
+
+EFI_STATUS Dependencies::BuildPidDepList() {
+  const EFI_STATUS status = candidates_ ? Evaluate() : EFI_SUCCESS;
+  Release();
+  return status;
+}

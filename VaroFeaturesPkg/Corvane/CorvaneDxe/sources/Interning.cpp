@@ -1,0 +1,99 @@
+/** @file
+  Interning of names, display texts and help texts.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "sources/Interning.hpp"
+
+namespace {
+
+constexpr size_t kHelpTextLimit = 4096;  // characters; a help text is shorter
+
+/// `bytes` bytes of text in a block of their own, terminated.
+PoolPtr<CHAR16[]> CopyOfBytes(const CHAR16* text, size_t bytes) {
+  PoolPtr<CHAR16[]> copy = AllocateZeroedArray<CHAR16>(bytes / sizeof(CHAR16) + 2);
+  if (copy) {
+    CopyMem(copy.get(), text, bytes);
+  }
+  return copy;
+}
+
+/// "*" followed by the text; `length`, in bytes, grows by the star.
+PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
+  PoolPtr<CHAR16[]> starred = AllocateZeroedArray<CHAR16>(length / sizeof(CHAR16) + 2);
+  if (starred) {
+    starred[0] = '*';
+    CopyMem(&starred[1], text, length);
+    length += sizeof(CHAR16);
+  }
+  return starred;
+}
+
+}  // namespace
+
+InternedString InternAttributeName(AttributeDatabase& database, const CHAR16* name) {
+  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(StringLength(name) + 1);
+  if (!cleaned) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: name \"%s\" dropped: out of memory\n", name));
+    return {};
+  }
+  CleanString(cleaned.get(), name);
+  if (const StringHandle known = database.FindString(StringArray::Names, ViewOf(cleaned.get())); Raw(known) != 0) {
+    return {known, true};
+  }
+  return {database.AddString(StringArray::Names, std::move(cleaned)), false};
+}
+
+InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text, size_t byteLength) {
+  const size_t length = StringLength(text);
+  if (length > kLongestDisplayText) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: longer than %d characters\n", text,
+           static_cast<int>(kLongestDisplayText)));
+    return {};
+  }
+  std::array<CHAR16, kLongestDisplayText + 1> cleaned{};
+  CleanString(cleaned.data(), text);
+  if (const StringHandle known = database.FindString(StringArray::Display, ViewOf(cleaned.data())); Raw(known) != 0) {
+    return {known, true};
+  }
+  // The kept length follows the text before cleaning; the zeroed buffer supplies the tail.
+  const size_t kept = std::min(byteLength == 0 ? length * sizeof(CHAR16) : byteLength, sizeof(cleaned));
+  PoolPtr<CHAR16[]> copy = CopyOfBytes(cleaned.data(), kept);
+  if (!copy) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: out of memory\n", text));
+    return {};
+  }
+  return {database.AddString(StringArray::Display, std::move(copy)), false};
+}
+
+InternedString InternDistinctDisplayString(AttributeDatabase& database, const CHAR16* text) {
+  InternedString interned = InternDisplayString(database, text);
+  const bool starred = interned.AlreadyPresent;
+  PoolPtr<CHAR16[]> distinct;
+  size_t length = StringLength(text) * sizeof(CHAR16);
+  while (interned.AlreadyPresent) {  // ends when the text is new, or too long for the table
+    distinct = PrefixWithStar(distinct ? distinct.get() : text, length);
+    if (!distinct) {
+      return {{}, starred};
+    }
+    interned = InternDisplayString(database, distinct.get());
+  }
+  return {interned.Handle, starred};
+}
+
+void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle, size_t byteLength) {
+  const size_t length = StringLength(text);
+  if (Raw(displayHandle) == 0 || length >= kHelpTextLimit) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: help text of %d characters dropped (display handle %d)\n", static_cast<int>(length),
+           Raw(displayHandle)));
+    return;
+  }
+  PoolPtr<CHAR16[]> copy =
+      CopyOfBytes(text, byteLength == 0 ? length * sizeof(CHAR16) : std::min(byteLength, length * sizeof(CHAR16)));
+  if (!copy) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: help text dropped: out of memory (display handle %d)\n", Raw(displayHandle)));
+    return;
+  }
+  database.PlaceHelp(std::move(copy), displayHandle);
+}

@@ -1,0 +1,249 @@
+/** @file
+  QuestionAttributes: one setup question made into one attribute.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "sources/QuestionAttributes.hpp"
+
+#include <optional>
+
+extern "C" {
+#include <Uefi/UefiInternalFormRepresentation.h>
+}
+
+namespace {
+
+constexpr UINT32 kBootListQuestion = 1163;
+
+// Wake-up days are known by their day within the setup page, and need more of a name outside it.
+constexpr UINT32 kFirstAutoOnDay = 1249;
+constexpr size_t kAutoOnPrefixLength = 8;
+constexpr std::array kAutoOnNames = {u"Auto On Sunday"_ucs2,    u"Auto On Monday"_ucs2,   u"Auto On Tuesday"_ucs2,
+                                     u"Auto On Wednesday"_ucs2, u"Auto On Thursday"_ucs2, u"Auto On Friday"_ucs2,
+                                     u"Auto On Saturday"_ucs2};
+
+constexpr std::array<UINT32, 5> kSwitchQuestions = {1568, 1569, 1578, 1655, 1656};
+constexpr CHAR16 kSwitchSuffix[] = {' ', 'S', 'w', 'i', 't', 'c', 'h'};
+
+/// Names of a checkbox's two values.
+struct SwitchNames {
+  UINT32 Identifier;
+  const CHAR16* Off;
+  const CHAR16* On;
+};
+
+// Checkboxes whose one value forces other settings, or is forced by them.
+constexpr std::array kAnnotatedSwitches = {
+    SwitchNames{1414, u"Disabled"_ucs2, u"Enabled[ForceIf:BiosRcvrFrmHdd=Enabled]"_ucs2},
+    SwitchNames{1137,
+                u"Disabled[ForceIf:TpmSecurity=Disabled][ForceIf:Virtualization=Disabled]"
+                u"[ForceIf:VtForDirectIo=Disabled][ForceIfNot:CpuCore=CoresAll]"_ucs2,
+                u"Enabled"_ucs2},
+    SwitchNames{1052, u"Disabled[ForceIf:SecureBoot=Enabled]"_ucs2, u"Enabled"_ucs2},
+};
+constexpr SwitchNames kPlainSwitch{0, u"Disabled"_ucs2, u"Enabled"_ucs2};
+
+const SwitchNames& SwitchNamesOf(UINT32 identifier) {
+  const auto* const found = std::find_if(kAnnotatedSwitches.begin(), kAnnotatedSwitches.end(),
+                                         [identifier](const SwitchNames& names) { return names.Identifier == identifier; });
+  return found != kAnnotatedSwitches.end() ? *found : kPlainSwitch;
+}
+
+/// Numerics whose range is fixed here, whatever the form says.
+struct FixedBounds {
+  UINT32 Identifier;
+  UINT64 LowerBound;
+  UINT64 UpperBound;
+  bool OneByte;
+};
+
+constexpr std::array kFixedBounds = {
+    FixedBounds{1809, 50, 95, false}, FixedBounds{1812, 50, 95, false}, FixedBounds{1810, 55, 100, true},
+    FixedBounds{1813, 55, 100, true}, FixedBounds{1142, 0, 23, false},
+};
+
+/// A question's default in `size` bytes, or nothing when the source has none.
+std::optional<UINT64> ReadDefault(SettingDefaultsProtocol* defaults, UINT32 identifier, UINT64 size) {
+  UINT64 value = 0;
+  if (defaults == nullptr ||
+      EFI_ERROR(defaults->GetDefault(identifier, &gVaroSettingsNamespaceGuid, &size, &value)) || size == 0) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+void WarnOutOfMemory([[maybe_unused]] const CHAR16* keyword) {
+  DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: out of memory\n", keyword));
+}
+
+}  // namespace
+
+OwnedRecord<AttributeRecord> QuestionAttributes::Build(const QuestionRecord& question, const CHAR16* keyword) {
+  switch (question.Opcode) {
+    case EFI_IFR_ONE_OF_OP:
+      return BuildOneOf(question, keyword);
+    case EFI_IFR_CHECKBOX_OP:
+      return BuildSwitchAttribute(question, keyword);
+    case EFI_IFR_NUMERIC_OP:
+      return BuildNumeric(question, keyword);
+    case EFI_IFR_STRING_OP:
+      return BuildString(question, keyword);
+    default:
+      return nullptr;
+  }
+}
+
+StringHandle QuestionAttributes::InternQuestionName(UINT32 identifier, const CHAR16* keyword) {
+  if (identifier >= kFirstAutoOnDay && identifier < kFirstAutoOnDay + kAutoOnNames.size()) {
+    const CHAR16* const name = kAutoOnNames[identifier - kFirstAutoOnDay];
+    if (Equal(ViewOf(keyword), ViewOf(name + kAutoOnPrefixLength))) {
+      return InternName(database_, name);
+    }
+  }
+  return InternName(database_, identifier == kBootListQuestion && *keyword == 0 ? u"Boot List"_ucs2 : keyword);
+}
+
+InternedString QuestionAttributes::InternPrompt(const QuestionRecord& question) {
+  const CHAR16* const prompt = strings_.GetHiiString(question.HiiHandle, question.Prompt).Text;
+  if (std::find(kSwitchQuestions.begin(), kSwitchQuestions.end(), question.Identifier) == kSwitchQuestions.end()) {
+    return InternDistinctDisplayString(database_, prompt);
+  }
+  const size_t length = StringLength(prompt);
+  const PoolPtr<CHAR16[]> text = AllocateZeroedArray<CHAR16>(length + std::size(kSwitchSuffix) + 1);
+  if (!text) {
+    return {};
+  }
+  CopyMem(text.get(), prompt, length * sizeof(CHAR16));
+  CopyMem(text.get() + length, kSwitchSuffix, sizeof(kSwitchSuffix));
+  return InternDistinctDisplayString(database_, text.get());
+}
+
+void QuestionAttributes::FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword) {
+  head.Token = question.Identifier;
+  head.ValueSize = question.ValueSize;
+  head.NameHandle = Raw(InternQuestionName(question.Identifier, keyword));
+  const InternedString display = InternPrompt(question);
+  // A text that a second question shares has a help text of the first already.
+  if (!display.AlreadyPresent && Raw(display.Handle) != 0) {
+    SetHelpString(database_, strings_.GetHiiString(question.HiiHandle, question.Help).Text, display.Handle);
+  }
+}
+
+UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const QuestionOption& option) {
+  const InternedString name = InternAttributeName(
+      database_, strings_.GetHiiString(question.HiiHandle, option.Text, kKeywordLanguage).Text);
+  if (!name.AlreadyPresent) {
+    InternDistinctDisplayString(database_, strings_.GetHiiString(question.HiiHandle, option.Text).Text);
+  }
+  return Raw(name.Handle);
+}
+
+OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord& question, const CHAR16* keyword) {
+  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>();
+  const auto count = static_cast<UINT8>(question.OptionCount);
+  PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(count);
+  PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(count);
+  if (!record || !names || !values) {
+    WarnOutOfMemory(keyword);
+    return nullptr;
+  }
+  if (question.OptionCount > count) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" cut: %d of its options are kept\n", keyword, count));
+  }
+  FillHead(record->Head, question, keyword);
+  // One byte: an option whose value is above 255 is never the default.
+  const UINT64 defaultValue = ReadDefault(defaults_, question.Identifier, 1).value_or(0) & 0xFF;
+  for (UINT8 i = 0; i < count; ++i) {
+    const QuestionOption& option = question.Options[i];
+    names[i] = InternOption(question, option);
+    values[i] = option.Value;
+    if (option.Value == question.CurrentValue) {
+      record->CurrentIndex = i;
+    }
+    if (option.Value == defaultValue) {
+      record->DefaultIndex = i;
+    }
+  }
+  if (record->CurrentIndex != record->DefaultIndex) {
+    allValuesAtDefault_ = false;
+  }
+  record->PossibleValueCount = count;
+  record->PossibleValueNames = names.release();
+  record->PossibleValues = values.release();
+  return AsAttribute(std::move(record));
+}
+
+OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const QuestionRecord& question,
+                                                                      const CHAR16* keyword) {
+  constexpr UINT8 kCount = 2;
+  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>();
+  PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(kCount);
+  PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(kCount);
+  if (!record || !names || !values) {
+    WarnOutOfMemory(keyword);
+    return nullptr;
+  }
+  FillHead(record->Head, question, keyword);
+  const SwitchNames& texts = SwitchNamesOf(question.Identifier);
+  names[0] = Raw(InternName(database_, texts.Off));
+  names[1] = Raw(InternName(database_, texts.On));
+  InternDisplayString(database_, texts.Off);
+  InternDisplayString(database_, texts.On);
+  values[1] = 1;
+  if (const std::optional<UINT64> defaultValue = ReadDefault(defaults_, question.Identifier, 1);
+      defaultValue.has_value() && (*defaultValue & 0xFF) == values[1]) {
+    record->DefaultIndex = 1;
+  }
+  record->CurrentIndex =
+      question.CurrentValue < kCount ? static_cast<UINT8>(question.CurrentValue) : record->DefaultIndex;
+  if (record->CurrentIndex != record->DefaultIndex) {
+    allValuesAtDefault_ = false;
+  }
+  record->PossibleValueCount = kCount;
+  record->PossibleValueNames = names.release();
+  record->PossibleValues = values.release();
+  return AsAttribute(std::move(record));
+}
+
+OwnedRecord<AttributeRecord> QuestionAttributes::BuildNumeric(const QuestionRecord& question, const CHAR16* keyword) {
+  OwnedRecord<IntegerRecord> record = MakeRecord<IntegerRecord>();
+  if (!record) {
+    WarnOutOfMemory(keyword);
+    return nullptr;
+  }
+  FillHead(record->Head, question, keyword);
+  record->LowerBound = question.Minimum;
+  record->UpperBound = question.Maximum;
+  record->ScalarIncrement = static_cast<UINT32>(question.Step);
+  for (const FixedBounds& fixed : kFixedBounds) {
+    if (fixed.Identifier == question.Identifier) {
+      record->LowerBound = fixed.LowerBound;
+      record->UpperBound = fixed.UpperBound;
+      if (fixed.OneByte) {
+        record->Head.ValueSize = 1;
+      }
+    }
+  }
+  record->DefaultValue = ReadDefault(defaults_, question.Identifier, sizeof(UINT64)).value_or(0);
+  record->CurrentValue = question.CurrentValue;
+  if (record->CurrentValue != record->DefaultValue) {
+    allValuesAtDefault_ = false;
+  }
+  return AsAttribute(std::move(record));
+}
+
+OwnedRecord<AttributeRecord> QuestionAttributes::BuildString(const QuestionRecord& question, const CHAR16* keyword) {
+  OwnedRecord<StringRecord> record = MakeRecord<StringRecord>();
+  PoolPtr<CHAR8[]> current = question.CurrentString != nullptr ? CopyAscii(question.CurrentString) : nullptr;
+  if (!record || (question.CurrentString != nullptr && !current)) {
+    WarnOutOfMemory(keyword);
+    return nullptr;
+  }
+  FillHead(record->Head, question, keyword);
+  record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
+  record->MinLength = static_cast<UINT16>(question.Minimum);
+  record->MaxLength = static_cast<UINT16>(question.Maximum);
+  record->CurrentString = current.release();
+  return AsAttribute(std::move(record));
+}

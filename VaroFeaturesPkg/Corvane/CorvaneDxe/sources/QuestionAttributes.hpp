@@ -1,0 +1,45 @@
+/** @file
+  QuestionAttributes: one setup question made into one attribute.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "database/AttributeDatabase.hpp"
+#include "sources/HiiStrings.hpp"
+#include "sources/Interning.hpp"
+
+extern "C" {
+#include <Protocol/FormBrowserData.h>
+#include <Protocol/SettingDefaults.h>
+}
+
+class QuestionAttributes {
+ public:
+  /// `defaults` is null when the platform offers none. `allValuesAtDefault` is cleared by the first question whose
+  /// current value is not its default.
+  QuestionAttributes(AttributeDatabase& database, HiiStrings& strings, SettingDefaultsProtocol* defaults,
+                     bool& allValuesAtDefault)
+      : database_(database), strings_(strings), defaults_(defaults), allValuesAtDefault_(allValuesAtDefault) {}
+
+  /// The attribute of a one-of, checkbox, numeric or string question, its name and texts interned; null for any other
+  /// question or without memory.
+  [[nodiscard]] OwnedRecord<AttributeRecord> Build(const QuestionRecord& question, const CHAR16* keyword);
+
+ private:
+  void FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword);
+  [[nodiscard]] StringHandle InternQuestionName(UINT32 identifier, const CHAR16* keyword);
+  [[nodiscard]] InternedString InternPrompt(const QuestionRecord& question);
+  [[nodiscard]] UINT16 InternOption(const QuestionRecord& question, const QuestionOption& option);
+  [[nodiscard]] OwnedRecord<AttributeRecord> BuildOneOf(const QuestionRecord& question, const CHAR16* keyword);
+  [[nodiscard]] OwnedRecord<AttributeRecord> BuildSwitchAttribute(const QuestionRecord& question,
+                                                                  const CHAR16* keyword);
+  [[nodiscard]] OwnedRecord<AttributeRecord> BuildNumeric(const QuestionRecord& question, const CHAR16* keyword);
+  [[nodiscard]] OwnedRecord<AttributeRecord> BuildString(const QuestionRecord& question, const CHAR16* keyword);
+
+  AttributeDatabase& database_;
+  HiiStrings& strings_;
+  SettingDefaultsProtocol* defaults_;
+  bool& allValuesAtDefault_;
+};

@@ -1,0 +1,46 @@
+/** @file
+  Boot-services pool with an owner: zero-filled blocks that free themselves unless given away.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include <memory>
+
+#include "uefi/Text.hpp"
+
+struct PoolDeleter {
+  template <typename T>
+  void operator()(T* block) const {
+    static_assert(std::is_trivially_destructible_v<T>, "pool memory is freed, not destroyed");
+    gBS->FreePool(block);
+  }
+};
+
+template <typename T>
+using PoolPtr = std::unique_ptr<T, PoolDeleter>;
+
+/// Bytes that no block of the driver comes near. A size from outside that is beyond is refused, before it is multiplied
+/// and before it is filled.
+constexpr size_t kLargestBlock = size_t{1} << 24;
+
+/// A zero-filled block of `size` bytes, at least one, or null. Whoever gets it frees it with gBS->FreePool.
+[[nodiscard]] void* AllocateZeroedBytes(size_t size);
+
+/// One zero-filled T, or null.
+template <typename T>
+[[nodiscard]] PoolPtr<T> AllocateZeroed() {
+  return PoolPtr<T>{static_cast<T*>(AllocateZeroedBytes(sizeof(T)))};
+}
+
+/// An array of `count` zero-filled T, or null.
+template <typename T>
+[[nodiscard]] PoolPtr<T[]> AllocateZeroedArray(size_t count) {
+  static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+  return PoolPtr<T[]>{count > kLargestBlock / sizeof(T) ? nullptr
+                                                         : static_cast<T*>(AllocateZeroedBytes(count * sizeof(T)))};
+}
+
+/// A copy of an ASCII text with its terminator, or null.
+[[nodiscard]] PoolPtr<CHAR8[]> CopyAscii(const CHAR8* text);

@@ -1,0 +1,25 @@
+/** @file
+  Protocol look-up, typed by the interface that the caller expects.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "uefi/Edk2.hpp"
+
+/// Locates the first instance of a protocol. `interface` is null unless the status is EFI_SUCCESS or a warning.
+template <typename T>
+[[nodiscard]] EFI_STATUS LocateProtocol(EFI_GUID& guid, T*& interface) {
+  void* found = nullptr;
+  const EFI_STATUS status = gBS->LocateProtocol(&guid, nullptr, &found);
+  interface = EFI_ERROR(status) ? nullptr : static_cast<T*>(found);
+  return status;
+}
+
+/// The interface of an optional protocol, or null when it is missing.
+template <typename T>
+[[nodiscard]] T* FindProtocol(EFI_GUID& guid) {
+  T* interface = nullptr;
+  return EFI_ERROR(LocateProtocol(guid, interface)) ? nullptr : interface;
+}

@@ -1,0 +1,73 @@
+/** @file
+  UCS-2 and ASCII text: literals, lengths, comparison.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include "uefi/Edk2.hpp"
+
+/// EDK II's CHAR16 is unsigned short, so that u"" is no literal of it: this makes one at compile time.
+template <size_t N>
+struct Ucs2Literal {
+  CHAR16 Text[N];
+  consteval Ucs2Literal(const char16_t (&text)[N]) { std::copy_n(text, N, Text); }
+};
+
+template <Ucs2Literal Literal>
+consteval const CHAR16* operator""_ucs2() {
+  return Literal.Text;
+}
+
+/// The characters of a text, its terminator not included.
+using Ucs2View = std::span<const CHAR16>;
+
+constexpr size_t StringLength(const CHAR16* text) {
+  size_t length = 0;
+  while (text[length] != 0) {
+    ++length;
+  }
+  return length;
+}
+
+constexpr size_t AsciiLength(const CHAR8* text) {
+  size_t length = 0;
+  while (text[length] != 0) {
+    ++length;
+  }
+  return length;
+}
+
+constexpr Ucs2View ViewOf(const CHAR16* text) { return {text, StringLength(text)}; }
+
+constexpr bool Equal(Ucs2View left, Ucs2View right) {
+  if (left.size() != right.size()) {
+    return false;
+  }
+  for (size_t i = 0; i < left.size(); ++i) {
+    if (left[i] != right[i]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Copies `source` without leading blanks and without every character whose bit 7 is set, and terminates the copy.
+/// Readers of the tables depend on exactly this test: U+00E9 goes, U+0142 stays. `destination` has room for `source`.
+/// Returns the terminator of the copy; a null argument does nothing and gives null.
+constexpr CHAR16* CleanString(CHAR16* destination, const CHAR16* source) {
+  if (destination == nullptr || source == nullptr) {
+    return nullptr;
+  }
+  while (*source == ' ') {
+    ++source;
+  }
+  for (; *source != 0; ++source) {
+    if ((*source & 0x80) == 0) {
+      *destination++ = *source;
+    }
+  }
+  *destination = 0;
+  return destination;
+}
