@@ -1,45 +1,110 @@
 /** @file
-  AttributeRecord: freeing a record with what it owns.
+  AttributeRecord: the shapes of the records, their serialized form, and freeing.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "database/AttributeRecords.hpp"
 
+#include "uefi/Text.hpp"
+
 namespace {
 
-void FreeIfAny(void* block) {
-  if (block != nullptr) {
-    gBS->FreePool(block);
+constexpr std::array<RecordShape, 7> kShapes = {{
+    {.Size = sizeof(EnumerationRecord),
+     .FixedEnd = offsetof(EnumerationRecord, PossibleValueNames),
+     .Count = offsetof(EnumerationRecord, PossibleValueCount),
+     .Handles = offsetof(EnumerationRecord, PossibleValueNames),
+     .Values = offsetof(EnumerationRecord, PossibleValues),
+     .Text = 0,
+     .TailBegin = offsetof(EnumerationRecord, DefaultIndex)},
+    {.Size = sizeof(StringRecord),
+     .FixedEnd = offsetof(StringRecord, CurrentString),
+     .Count = 0,
+     .Handles = 0,
+     .Values = 0,
+     .Text = offsetof(StringRecord, CurrentString),
+     .TailBegin = sizeof(StringRecord)},
+    {.Size = sizeof(PasswordRecord),
+     .FixedEnd = sizeof(PasswordRecord),
+     .Count = 0,
+     .Handles = 0,
+     .Values = 0,
+     .Text = 0,
+     .TailBegin = sizeof(PasswordRecord)},
+    {.Size = sizeof(IntegerRecord),
+     .FixedEnd = sizeof(IntegerRecord),
+     .Count = 0,
+     .Handles = 0,
+     .Values = 0,
+     .Text = 0,
+     .TailBegin = sizeof(IntegerRecord)},
+    {.Size = sizeof(BootConfigurationRecord),
+     .FixedEnd = offsetof(BootConfigurationRecord, PossibleSourceNames),
+     .Count = offsetof(BootConfigurationRecord, PossibleSourceCount),
+     .Handles = offsetof(BootConfigurationRecord, PossibleSourceNames),
+     .Values = 0,
+     .Text = 0,
+     .TailBegin = offsetof(BootConfigurationRecord, CurrentBootConfigType)},
+    {.Size = sizeof(CollectionRecord),
+     .FixedEnd = offsetof(CollectionRecord, Items),
+     .Count = offsetof(CollectionRecord, ItemCount),
+     .Handles = offsetof(CollectionRecord, Items),
+     .Values = 0,
+     .Text = 0,
+     .TailBegin = sizeof(CollectionRecord)},
+    {.Size = sizeof(ConfigurationSetRecord),
+     .FixedEnd = offsetof(ConfigurationSetRecord, ConfigNames),
+     .Count = offsetof(ConfigurationSetRecord, ConfigCount),
+     .Handles = offsetof(ConfigurationSetRecord, ConfigNames),
+     .Values = 0,
+     .Text = 0,
+     .TailBegin = offsetof(ConfigurationSetRecord, CurrentConfig)},
+}};
+
+void PutText(ByteWriter& writer, const CHAR8* text, TextForm form) {
+  constexpr CHAR8 kNoText = 0;
+  text = text != nullptr ? text : &kNoText;
+  const auto length = static_cast<UINT16>(AsciiLength(text));
+  if (form == TextForm::Counted) {
+    writer.PutValue(length);
+    writer.Put(ArrayBytes(text, length));
+  } else {
+    writer.Put(ArrayBytes(text, length + size_t{1}));
   }
 }
 
 }  // namespace
 
+const RecordShape& ShapeOf(const AttributeRecord& record) { return kShapes[static_cast<size_t>(BaseType(record))]; }
+
+void PutRecord(ByteWriter& writer, const AttributeRecord& record, TextForm textForm) {
+  const RecordShape& shape = ShapeOf(record);
+  writer.Put(RecordBytes(record, 0, shape.FixedEnd));
+  const auto count = std::to_integer<size_t>(*RecordBytes(record, shape.Count, shape.Size).data());
+  if (shape.Handles != 0) {
+    writer.Put(ArrayBytes(PointerAt<UINT16>(record, shape.Handles), count));
+  }
+  if (shape.Values != 0) {
+    writer.Put(ArrayBytes(PointerAt<UINT64>(record, shape.Values), count));
+  }
+  if (shape.Text != 0) {
+    PutText(writer, PointerAt<CHAR8>(record, shape.Text), textForm);
+  }
+  writer.Put(RecordBytes(record, shape.TailBegin, shape.Size));
+}
+
 void FreeRecord(AttributeRecord* record) {
   if (record == nullptr) {
     return;
   }
-  switch (BaseType(*record)) {
-    case AttributeType::Enumeration:
-      FreeIfAny(As<EnumerationRecord>(*record).PossibleValueNames);
-      FreeIfAny(As<EnumerationRecord>(*record).PossibleValues);
-      break;
-    case AttributeType::String:
-      FreeIfAny(As<StringRecord>(*record).CurrentString);
-      break;
-    case AttributeType::BootConfiguration:
-      FreeIfAny(As<BootConfigurationRecord>(*record).PossibleSourceNames);
-      break;
-    case AttributeType::Collection:
-      FreeIfAny(As<CollectionRecord>(*record).Items);
-      break;
-    case AttributeType::ConfigurationSet:
-      FreeIfAny(As<ConfigurationSetRecord>(*record).ConfigNames);
-      break;
-    case AttributeType::Password:
-    case AttributeType::Integer:
-      break;
+  if (HasKnownType(*record)) {
+    const RecordShape& shape = ShapeOf(*record);
+    for (const UINT8 pointer : {shape.Handles, shape.Values, shape.Text}) {
+      if (pointer != 0) {
+        FreeBlock(PointerAt<void>(*record, pointer));
+      }
+    }
   }
-  gBS->FreePool(record);
+  FreeBlock(record);
 }

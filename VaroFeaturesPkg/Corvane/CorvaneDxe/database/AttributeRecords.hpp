@@ -36,7 +36,31 @@ constexpr AttributeType BaseType(const AttributeRecord& record) {
   return AttributeType{PLDM_BIOS_ATTRIBUTE_BASE_TYPE(record.Type)};
 }
 
-/// Frees a record and the arrays that it owns.
+constexpr bool HasKnownType(const AttributeRecord& record) { return BaseType(record) <= AttributeType::ConfigurationSet; }
+
+/// Where the parts of a record lie, as offsets into it. Serialized, a record is its bytes up to `FixedEnd`, then the
+/// elements of its arrays or its text, then its bytes from `TailBegin` to `Size`. An offset of 0 means that there is no
+/// such part.
+struct RecordShape {
+  UINT8 Size;
+  UINT8 FixedEnd;
+  UINT8 Count;      // number of elements of the arrays
+  UINT8 Handles;    // pointer to UINT16 elements
+  UINT8 Values;     // pointer to UINT64 elements
+  UINT8 Text;       // pointer to ASCII
+  UINT8 TailBegin;
+};
+
+/// The shape of a record whose type is known.
+[[nodiscard]] const RecordShape& ShapeOf(const AttributeRecord& record);
+
+/// How the text of a string record is laid out: terminated, or with its length as UINT16 in front.
+enum class TextForm : UINT8 { Terminated, Counted };
+
+/// Serializes a record whose type is known. A null text is laid out as an empty one.
+void PutRecord(ByteWriter& writer, const AttributeRecord& record, TextForm textForm);
+
+/// Frees a record and what it owns.
 void FreeRecord(AttributeRecord* record);
 
 struct RecordDeleter {
@@ -96,6 +120,18 @@ T& As(AttributeRecord& record) {
 /// Bytes [offset, end) of the record's image.
 inline std::span<const std::byte> RecordBytes(const AttributeRecord& record, size_t offset, size_t end) {
   return {reinterpret_cast<const std::byte*>(&record) + offset, end - offset};
+}
+
+/// The pointer that the record keeps, unaligned, at `offset`.
+template <typename T>
+T* PointerAt(const AttributeRecord& record, size_t offset) {
+  T* pointer = nullptr;
+  CopyMem(&pointer, RecordBytes(record, offset, offset + sizeof(pointer)).data(), sizeof(pointer));
+  return pointer;
+}
+template <typename T>
+void SetPointerAt(AttributeRecord& record, size_t offset, T* pointer) {
+  CopyMem(reinterpret_cast<std::byte*>(&record) + offset, &pointer, sizeof(pointer));
 }
 
 /// The bytes of an array that a record owns; an array without elements may be null.

@@ -78,121 +78,56 @@ Outcome RestoreStrings(AttributeDatabase& database, const CachedStrings& kind, U
   return whole ? Outcome::Fine : Outcome::Silent;
 }
 
-/// `count` elements in a block of their own, or null when they are not there or there is no memory for them.
-template <typename T>
-PoolPtr<T[]> TakeArray(ByteReader& reader, size_t count) {
-  const std::span<const std::byte> elements = reader.Take(count * sizeof(T));
+/// Takes `size` bytes into a block of the record's own, zero-terminated, and keeps it at `pointer`. False when they are
+/// not there or there is no memory for them.
+bool TakeOwned(ByteReader& reader, AttributeRecord& record, size_t pointer, size_t size) {
+  const std::span<const std::byte> bytes = reader.Take(size);
   if (!reader.Ok()) {
-    return nullptr;
+    return false;
   }
-  PoolPtr<T[]> array = AllocateZeroedArray<T>(count);
-  if (array) {
-    CopyMem(array.get(), elements.data(), elements.size());
+  std::byte* const block = AllocateZeroedArray<std::byte>(size + 1).release();  // to the record
+  if (block == nullptr) {
+    return false;
   }
-  return array;
+  CopyMem(block, bytes.data(), size);
+  SetPointerAt(record, pointer, block);
+  return true;
 }
 
-template <typename T>
-OwnedRecord<T> MakeRestored(const AttributeRecord& head) {
-  OwnedRecord<T> record = MakeRecord<T>();
-  if (record) {
-    record->Head = head;
-  }
-  return record;
-}
-
-/// Copies the bytes of the record's body that stand next in the stream.
-template <typename T>
-void TakeBody(ByteReader& reader, T& record, size_t end) {
-  const std::span<const std::byte> body = reader.Take(end - sizeof(AttributeRecord));
-  CopyMem(reinterpret_cast<std::byte*>(&record) + sizeof(AttributeRecord), body.data(), body.size());
-}
-
-OwnedRecord<AttributeRecord> TakeEnumeration(ByteReader& reader, const AttributeRecord& head) {
-  OwnedRecord<EnumerationRecord> record = MakeRestored<EnumerationRecord>(head);
-  const auto count = reader.Read<UINT8>();
-  PoolPtr<UINT16[]> names = TakeArray<UINT16>(reader, count);
-  PoolPtr<UINT64[]> values = TakeArray<UINT64>(reader, count);
-  if (!record || !names || !values) {
-    return nullptr;
-  }
-  record->PossibleValueCount = count;
-  record->PossibleValueNames = names.release();
-  record->PossibleValues = values.release();
-  record->DefaultIndex = reader.Read<UINT8>();
-  record->CurrentIndex = reader.Read<UINT8>();
-  return AsAttribute(std::move(record));
-}
-
-OwnedRecord<AttributeRecord> TakeString(ByteReader& reader, const AttributeRecord& head) {
-  OwnedRecord<StringRecord> record = MakeRestored<StringRecord>(head);
-  if (!record) {
-    return nullptr;
-  }
-  TakeBody(reader, *record, offsetof(StringRecord, CurrentString));
-  const std::span<const std::byte> text = reader.Take(reader.Read<UINT16>());
-  if (!text.empty()) {
-    PoolPtr<CHAR8[]> current = AllocateZeroedArray<CHAR8>(text.size() + 1);
-    if (!current) {
-      return nullptr;
-    }
-    CopyMem(current.get(), text.data(), text.size());
-    record->CurrentString = current.release();
-  }
-  return AsAttribute(std::move(record));
-}
-
-/// A record without arrays.
-template <typename T>
-OwnedRecord<AttributeRecord> TakeFlat(ByteReader& reader, const AttributeRecord& head) {
-  OwnedRecord<T> record = MakeRestored<T>(head);
-  if (record) {
-    TakeBody(reader, *record, sizeof(T));
-  }
-  return AsAttribute(std::move(record));
-}
-
-OwnedRecord<AttributeRecord> TakeCollection(ByteReader& reader, const AttributeRecord& head) {
-  OwnedRecord<CollectionRecord> record = MakeRestored<CollectionRecord>(head);
-  if (!record) {
-    return nullptr;
-  }
-  TakeBody(reader, *record, offsetof(CollectionRecord, Items));
-  record->Items = TakeArray<UINT16>(reader, record->ItemCount).release();
-  return record->Items != nullptr ? AsAttribute(std::move(record)) : nullptr;
-}
-
-OwnedRecord<AttributeRecord> TakeConfigurationSet(ByteReader& reader, const AttributeRecord& head) {
-  OwnedRecord<ConfigurationSetRecord> record = MakeRestored<ConfigurationSetRecord>(head);
-  if (!record) {
-    return nullptr;
-  }
-  TakeBody(reader, *record, offsetof(ConfigurationSetRecord, ConfigNames));
-  record->ConfigNames = TakeArray<UINT16>(reader, record->ConfigCount).release();
-  record->CurrentConfig = reader.Read<UINT8>();
-  return record->ConfigNames != nullptr ? AsAttribute(std::move(record)) : nullptr;
+/// Takes the bytes [begin, end) of the record itself.
+void TakeBytes(ByteReader& reader, AttributeRecord& record, size_t begin, size_t end) {
+  const std::span<const std::byte> bytes = reader.Take(end - begin);
+  CopyMem(reinterpret_cast<std::byte*>(&record) + begin, bytes.data(), bytes.size());
 }
 
 /// Takes one record off the stream, or null when it is malformed or there is no memory for it.
 OwnedRecord<AttributeRecord> TakeRecord(ByteReader& reader) {
   const auto head = reader.ReadStruct<AttributeRecord>();
-  switch (BaseType(head)) {
-    case AttributeType::Enumeration:
-      return TakeEnumeration(reader, head);
-    case AttributeType::String:
-      return TakeString(reader, head);
-    case AttributeType::Password:
-      return TakeFlat<PasswordRecord>(reader, head);
-    case AttributeType::Integer:
-      return TakeFlat<IntegerRecord>(reader, head);
-    case AttributeType::Collection:
-      return TakeCollection(reader, head);
-    case AttributeType::ConfigurationSet:
-      return TakeConfigurationSet(reader, head);
-    case AttributeType::BootConfiguration:  // never written
-      break;
+  if (!reader.Ok() || !IsCached(head)) {
+    return nullptr;
   }
-  return nullptr;
+  const RecordShape& shape = ShapeOf(head);
+  OwnedRecord<AttributeRecord> record{static_cast<AttributeRecord*>(AllocateZeroedBytes(shape.Size))};
+  if (!record) {
+    return nullptr;
+  }
+  *record = head;
+  TakeBytes(reader, *record, sizeof(head), shape.FixedEnd);
+  const auto count = std::to_integer<size_t>(*RecordBytes(*record, shape.Count, shape.Size).data());
+  if (shape.Handles != 0 && !TakeOwned(reader, *record, shape.Handles, count * sizeof(UINT16))) {
+    return nullptr;
+  }
+  if (shape.Values != 0 && !TakeOwned(reader, *record, shape.Values, count * sizeof(UINT64))) {
+    return nullptr;
+  }
+  if (shape.Text != 0) {
+    const UINT16 length = reader.Read<UINT16>();
+    if (length != 0 && !TakeOwned(reader, *record, shape.Text, length)) {
+      return nullptr;
+    }
+  }
+  TakeBytes(reader, *record, shape.TailBegin, shape.Size);
+  return reader.Ok() ? std::move(record) : nullptr;
 }
 
 bool KeepRecord(AttributeDatabase& database, OwnedRecord<AttributeRecord> record) {
@@ -223,7 +158,7 @@ Outcome RestoreAttributes(AttributeDatabase& database, UINT64 count) {
   // The reserved handles come on top of the counted records. The counter is compared, not added to: it may be anything.
   for (UINT64 i = 1; !reader.AtEnd() && (i < kFirstHandle || i - kFirstHandle < count); ++i) {
     OwnedRecord<AttributeRecord> record = TakeRecord(reader);
-    if (!record || !reader.Ok() || !KeepRecord(database, std::move(record))) {
+    if (!record || !KeepRecord(database, std::move(record))) {
       return Outcome::Recorded;
     }
   }

@@ -25,6 +25,11 @@ inline constexpr const CHAR16* kCacheStatusVariable = u"" ATTRIBUTE_CACHE_STATUS
 inline constexpr std::array kCacheVariables = {kBiosVersionVariable, kAttributesDataVariable, kAttributesCountVariable,
                                                kNamesVariable,       kDisplayStringsVariable, kHelpStringsVariable};
 
+/// Boot configuration settings are read anew in every boot; unknown types are nobody's.
+inline bool IsCached(const AttributeRecord& record) {
+  return HasKnownType(record) && BaseType(record) != AttributeType::BootConfiguration;
+}
+
 struct CachedStrings {
   const CHAR16* Variable;
   StringArray Array;

@@ -20,63 +20,11 @@ void PutStrings(ByteWriter& list, const AttributeDatabase& database, StringArray
   }
 }
 
-/// Boot configuration settings are read anew in every boot; unknown types are nobody's.
-bool IsCached(const AttributeRecord& record) {
-  const AttributeType type = BaseType(record);
-  return type <= AttributeType::ConfigurationSet && type != AttributeType::BootConfiguration;
-}
-
-/// The part of a cached record behind its head.
-void PutCachedBody(ByteWriter& data, const AttributeRecord& record) {
-  constexpr size_t kBody = sizeof(AttributeRecord);
-  switch (BaseType(record)) {
-    case AttributeType::Enumeration: {
-      const auto& enumeration = As<EnumerationRecord>(record);
-      const UINT8 count = enumeration.PossibleValueCount;
-      data.PutValue(count);
-      data.Put(ArrayBytes(enumeration.PossibleValueNames, count));
-      data.Put(ArrayBytes(enumeration.PossibleValues, count));
-      data.Put(RecordBytes(record, offsetof(EnumerationRecord, DefaultIndex), sizeof(enumeration)));
-      break;
-    }
-    case AttributeType::String: {
-      const CHAR8* const current = As<StringRecord>(record).CurrentString;
-      const auto length = static_cast<UINT16>(current != nullptr ? AsciiLength(current) : 0);
-      data.Put(RecordBytes(record, kBody, offsetof(StringRecord, CurrentString)));
-      data.PutValue(length);
-      data.Put(ArrayBytes(current, length));
-      break;
-    }
-    case AttributeType::Password:
-      data.Put(RecordBytes(record, kBody, sizeof(PasswordRecord)));
-      break;
-    case AttributeType::Integer:
-      data.Put(RecordBytes(record, kBody, sizeof(IntegerRecord)));
-      break;
-    case AttributeType::Collection: {
-      const auto& collection = As<CollectionRecord>(record);
-      data.Put(RecordBytes(record, kBody, offsetof(CollectionRecord, Items)));
-      data.Put(ArrayBytes(collection.Items, collection.ItemCount));
-      break;
-    }
-    case AttributeType::ConfigurationSet: {
-      const auto& set = As<ConfigurationSetRecord>(record);
-      data.Put(RecordBytes(record, kBody, offsetof(ConfigurationSetRecord, ConfigNames)));
-      data.Put(ArrayBytes(set.ConfigNames, set.ConfigCount));
-      data.PutValue(UINT8{set.CurrentConfig});
-      break;
-    }
-    case AttributeType::BootConfiguration:
-      break;
-  }
-}
-
 void PutAttributes(ByteWriter& data, const AttributeDatabase& database) {
   UINT16 slot = 0;
   while (const AttributeRecord* const record = database.NextAttribute(slot)) {
     if (IsCached(*record)) {
-      data.Put(RecordBytes(*record, 0, sizeof(AttributeRecord)));
-      PutCachedBody(data, *record);
+      PutRecord(data, *record, TextForm::Counted);
     }
   }
 }

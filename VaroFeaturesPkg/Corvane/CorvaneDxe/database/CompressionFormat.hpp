@@ -17,10 +17,10 @@ constexpr UINT32 kMaxMatch = 256;
 constexpr UINT32 kWindowSize = 8192;
 
 constexpr UINT32 kMaxCodeLength = 16;
-constexpr UINT32 kLengthCodes = kMaxCodeLength + 3;                 // T: three kinds of zero runs, then 1 to 16
-constexpr UINT32 kByteCodes = 256 + kMaxMatch - kMinMatch + 1;      // C
-constexpr UINT32 kDistanceCodes = 14;                               // P: significant bits of 0 to kWindowSize - 1
-constexpr UINT32 kFirstMatchCode = 256;                             // of C: a match of kMinMatch bytes
+constexpr UINT32 kLengthCodes = kMaxCodeLength + 3;             // T: three kinds of zero runs, then 1 to 16
+constexpr UINT32 kByteCodes = 256 + kMaxMatch - kMinMatch + 1;  // C
+constexpr UINT32 kDistanceCodes = 14;                           // P: significant bits of 0 to kWindowSize - 1
+constexpr UINT32 kFirstMatchCode = 256;                         // of C: a match of kMinMatch bytes
 
 constexpr UINT32 kBlockSizeBits = 16;
 constexpr UINT32 kLengthCountBits = 5;

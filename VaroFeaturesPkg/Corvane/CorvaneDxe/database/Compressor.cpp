@@ -1,6 +1,6 @@
 /** @file
-  Encoder of the UEFI compression format: hash chains over the last 8 KiB, a parse that looks one byte ahead, and three
-  prefix codes for each block.
+  Encoder of the UEFI compression format: hash chains over the last 8 KiB, the cheapest parse of each stretch by the
+  prices of the codes so far, and three prefix codes for each block.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,43 +14,67 @@
 
 namespace {
 
+// The codes of one block wait here until its alphabets are known.
 constexpr size_t kStagingSize = 16384;
 constexpr size_t kSmallestStagingSize = 4096;
-#ifndef CHAIN
-#define CHAIN 24
-#define NICE 64
-#define LAZY 1
-#define HASHN 4
-#endif
 
+// The texts are UCS-2: shorter strings than these repeat everywhere, and are hardly worth a match.
+constexpr UINT32 kHashedBytes = 5;
 constexpr UINT32 kHashSize = 4096;
-constexpr UINT32 kHashedBytes = HASHN;  // UCS-2 text: two characters
-constexpr UINT32 kLongestChain = CHAIN;
-constexpr UINT32 kGoodMatch = NICE;
+constexpr UINT32 kLongestChain = 8;  // candidates tried at one position
+constexpr UINT32 kGoodMatch = 24;    // bytes; what lies inside such a match is not searched
+
+constexpr UINT32 kStretch = 2048;  // bytes parsed at once
+constexpr UINT32 kRehearsal = 1024;
+constexpr UINT32 kEnoughCodes = 128;  // in a block, before its counts are worth more than the prices of the last one
+
+// Prices are in sixteenths of a bit.
+constexpr UINT32 kPricePerBit = 16;
+constexpr UINT8 kFirstPrice = 90;
+static_assert(kRehearsal < kSmallestStagingSize / sizeof(UINT16) - 1, "a rehearsal writes no block");
+static_assert(std::bit_width(kStagingSize) * kPricePerBit < 256, "a price fits a byte");
 
 /// The three alphabets lie one behind the other in every array over symbols.
 struct Alphabet {
   UINT32 First;
   UINT32 Size;
   UINT32 CountBits;
+  UINT32 GapAfter;  // lengths before the 2-bit gap; 0 = there is none
 };
-constexpr Alphabet kBytes{0, kByteCodes, kByteCountBits};
-constexpr Alphabet kDistances{kBytes.First + kBytes.Size, kDistanceCodes, kDistanceCountBits};
-constexpr Alphabet kLengths{kDistances.First + kDistances.Size, kLengthCodes, kLengthCountBits};
+constexpr Alphabet kBytes{0, kByteCodes, kByteCountBits, 0};
+constexpr Alphabet kDistances{kBytes.First + kBytes.Size, kDistanceCodes, kDistanceCountBits, 0};
+constexpr Alphabet kLengths{kDistances.First + kDistances.Size, kLengthCodes, kLengthCountBits, kGapAfter};
 constexpr UINT32 kSymbols = kLengths.First + kLengths.Size;
 
+/// The last code on the cheapest way to a position: a byte, or a match when the length is above 1.
+struct Step {
+  UINT32 Price;  // of the whole way
+  UINT16 Length;
+  UINT16 Distance;
+};
+
+struct Code {
+  UINT16 Bits;
+  UINT16 Length;
+};
+
+/// Of Huffman's tree.
+struct Node {
+  UINT32 Weight;
+  UINT32 Symbol;
+  UINT32 Parent;
+  UINT32 Depth;
+};
+
 struct Workspace {
+  UINT8 Prices[kSymbols];
+  Code Codes[kSymbols];
+  UINT32 Counts[kSymbols];  // of the block so far
   UINT16 Crc[256];
   UINT16 Head[kHashSize];        // latest position with this hash, modulo 65536
   UINT16 Previous[kWindowSize];  // the one before it
-  UINT32 Counts[kSymbols];
-  UINT16 Codes[kSymbols];
-  UINT8 CodeLengths[kSymbols];
-  // Huffman's algorithm: the leaves by count, then the inner nodes.
-  UINT32 Weight[2 * kByteCodes];
-  UINT16 Symbol[kByteCodes];
-  UINT16 Parent[2 * kByteCodes];
-  UINT8 Depth[2 * kByteCodes];
+  Step Steps[kStretch + 1];
+  Node Nodes[2 * kByteCodes];  // the leaves by weight, then the inner nodes in the order of their making
 };
 
 /// Counts what does not fit, so that one pass gives both the stream and the size it needs.
@@ -84,11 +108,6 @@ class BitWriter {
   UINT32 pendingBits_ = 0;
 };
 
-struct Match {
-  UINT32 Length;
-  UINT32 Distance;
-};
-
 class Encoder {
  public:
   Encoder(std::span<const std::byte> source, std::span<UINT16> staging, Workspace& work, BitWriter& output)
@@ -97,50 +116,27 @@ class Encoder {
   }
 
   void Run() {
-    const UINT32 end = static_cast<UINT32>(source_.size());
-    UINT32 position = 0;
-    Match held{};
-    while (position < end) {
-      const Match match = FindMatch(position);
-      if (held.Length != 0 && Gain(held) + 4 >= Gain(match)) {
-        StageMatch(held);
-        for (UINT32 skip = held.Length - 2; skip > 0; --skip) {
-          Insert(++position);
-        }
-        ++position;
-        held = {};
-        continue;
+    // The beginning is parsed twice, the first time only to learn its prices.
+    SetMem(work_.Prices, sizeof(work_.Prices), kFirstPrice);
+    Parse(source_.first(std::min<size_t>(source_.size(), kRehearsal)), 0);
+    UpdatePrices(kBytes);
+    UpdatePrices(kDistances);
+    StartBlock();
+    ZeroMem(work_.Head, sizeof(work_.Head));
+
+    for (size_t start = 0; start < source_.size(); start += kStretch) {
+      Parse(source_.first(std::min<size_t>(source_.size(), start + kStretch)), start);
+      if (blockSize_ >= kEnoughCodes) {
+        UpdatePrices(kBytes);
+        UpdatePrices(kDistances);
       }
-      if (held.Length != 0) {
-        StageByte(position - 1);
-      }
-      held = {};
-      if (match.Length >= kGoodMatch) {
-        StageMatch(match);
-        for (UINT32 skip = match.Length - 1; skip > 0; --skip) {
-          Insert(++position);
-        }
-        ++position;
-      } else if (match.Length == 0) {
-        StageByte(position++);
-      } else {
-        held = match;
-        ++position;
-      }
-    }
-    if (held.Length != 0) {
-      StageMatch(held);
     }
     WriteBlock();
     output_.Flush();
   }
 
  private:
-  static INT32 Gain(const Match& match) {
-    return match.Length == 0 ? -1000 : static_cast<INT32>(4 * match.Length - std::bit_width(match.Distance));
-  }
-
-  /// CRC-16, reflected polynomial 0xA001: entry i + j is the sum of entries i and j when i is a power of two above j.
+  /// CRC-16, reflected polynomial 0xA001. It is linear: entry i + j is the sum of entries i and j if they share no bit.
   void BuildCrcTable() {
     UINT32 crc = 1;
     for (UINT32 bit = 128; bit > 0; bit >>= 1) {
@@ -151,65 +147,144 @@ class Encoder {
     }
   }
 
-  UINT32 Hash(const std::byte* bytes) const {
-    UINT32 crc = 0;
-    for (UINT32 i = 0; i < kHashedBytes; ++i) {
-      crc = (crc >> 8) ^ work_.Crc[(crc ^ std::to_integer<UINT32>(bytes[i])) & 0xFF];
-    }
+  /// Of five bytes, in three steps: most of the bytes of a text are zero, so neighbours go in together.
+  [[nodiscard]] UINT32 Hash(const std::byte* bytes) const {
+    UINT32 pairs = 0;
+    __builtin_memcpy(&pairs, bytes, sizeof(pairs));
+    pairs ^= pairs >> 8;
+    UINT32 crc = work_.Crc[pairs & 0xFF];
+    crc = (crc >> 8) ^ work_.Crc[(crc ^ (pairs >> 16)) & 0xFF];
+    crc = (crc >> 8) ^ work_.Crc[(crc ^ std::to_integer<UINT32>(bytes[4])) & 0xFF];
     return crc % kHashSize;
   }
 
-  /// Enters a position, and gives the one before it with the same hash, or itself.
-  UINT16 Insert(UINT32 position) {
+  /// Enters a position, and gives the one before it with the same hash. Positions are modulo 65536.
+  UINT16 Insert(size_t position) {
+    const UINT16 entry = static_cast<UINT16>(position);
     if (source_.size() - position < kHashedBytes) {
-      return static_cast<UINT16>(position);
+      return entry;  // no match begins here
     }
-    UINT16& head = work_.Head[Hash(&source_[position])];
-    const UINT16 before = head;
-    work_.Previous[position % kWindowSize] = before;
-    head = static_cast<UINT16>(position);
+    const UINT16 before = std::exchange(work_.Head[Hash(&source_[position])], entry);
+    work_.Previous[entry % kWindowSize] = before;
     return before;
   }
 
-  Match FindMatch(UINT32 position) {
-    const UINT32 limit = std::min<UINT32>(kMaxMatch, static_cast<UINT32>(source_.size()) - position);
-    const std::byte* here = source_.data() + position;
-    Match best{kMinMatch - 1, 0};
+  [[nodiscard]] static UINT32 MatchLength(const std::byte* here, const std::byte* there, UINT32 limit) {
+    UINT32 length = 0;
+    for (; limit - length >= sizeof(UINT64); length += sizeof(UINT64)) {
+      UINT64 ours = 0;
+      UINT64 theirs = 0;
+      __builtin_memcpy(&ours, here + length, sizeof(ours));
+      __builtin_memcpy(&theirs, there + length, sizeof(theirs));
+      if (ours != theirs) {
+        return length + static_cast<UINT32>(std::countr_zero(ours ^ theirs)) / 8;
+      }
+    }
+    while (length < limit && here[length] == there[length]) {
+      ++length;
+    }
+    return length;
+  }
+
+  /// Finds the cheapest codes from `start` to the end of `text`, and stages them.
+  void Parse(std::span<const std::byte> text, size_t start) {
+    const std::span<Step> steps{work_.Steps, text.size() - start + 1};
+    for (Step& step : steps) {
+      step.Price = MAX_UINT32;
+    }
+    steps[0].Price = 0;
+    for (size_t at = 0; at < steps.size() - 1; ++at) {
+      const UINT32 price = steps[at].Price + work_.Prices[kBytes.First + std::to_integer<UINT32>(text[start + at])];
+      Offer(steps[at + 1], {price, 1, 0});
+      const UINT32 longest = OfferMatches(text, start + at, &steps[at]);
+      // Whatever starts inside a good match seldom does better.
+      for (UINT32 inside = 1; longest >= kGoodMatch && inside < longest; ++inside) {
+        Insert(start + ++at);
+      }
+    }
+
+    // Turn the steps of the best way round, so that each stands where it leaves.
+    Step leaving = steps.back();
+    for (size_t at = steps.size() - 1; at > 0;) {
+      at -= leaving.Length;
+      std::swap(leaving, steps[at]);
+    }
+    for (size_t at = 0; at < steps.size() - 1; at += steps[at].Length) {
+      if (steps[at].Length == 1) {
+        Stage(std::to_integer<UINT16>(text[start + at]));
+      } else {
+        StageMatch(steps[at]);
+      }
+    }
+  }
+
+  static void Offer(Step& best, const Step& step) {
+    if (step.Price < best.Price) {
+      best = step;
+    }
+  }
+
+  /// Offers the matches at `position` to the steps behind `from`; gives the longest one's length.
+  UINT32 OfferMatches(std::span<const std::byte> text, size_t position, Step* from) {
+    const std::byte* here = text.data() + position;
+    const UINT32 limit = static_cast<UINT32>(std::min<size_t>(text.size() - position, kMaxMatch));
+    const UINT32 reach = static_cast<UINT32>(std::min<size_t>(position, kWindowSize));
+    UINT32 longest = kMinMatch - 1;
     UINT32 farthest = 0;
     UINT16 candidate = Insert(position);
-    // A stale entry is as good as a fresh one: only its bytes count.
-    for (UINT32 tries = kLongestChain; tries > 0; --tries) {
+    for (UINT32 tries = kLongestChain; tries > 0 && longest < limit; --tries) {
+      // Stale entries are told from others by their bytes alone; a chain that turns back has come to its end.
       const UINT32 distance = static_cast<UINT16>(position - candidate);
-      if (distance <= farthest || distance > kWindowSize || distance > position) {
+      if (distance <= farthest || distance > reach) {
         break;
       }
       farthest = distance;
       const std::byte* there = here - distance;
-      if (there[best.Length] == here[best.Length]) {
-        UINT32 length = 0;
-        while (length < limit && there[length] == here[length]) {
-          ++length;
-        }
-        if (length > best.Length) {
-          const Match match{length, distance};
-          if (best.Distance == 0 || Gain(match) > Gain(best)) best = match;
-          if (length >= limit) {
-            break;
-          }
+      if (there[longest] == here[longest]) {
+        const UINT32 length = MatchLength(here, there, limit);
+        const UINT32 width = BitWidth(distance - 1);
+        const UINT32 price =
+            from->Price + work_.Prices[kDistances.First + width] + kPricePerBit * (width - std::min(width, 1U));
+        while (longest < length) {
+          ++longest;
+          Offer(from[longest], {price + work_.Prices[kBytes.First + MatchCode(longest)], static_cast<UINT16>(longest),
+                                static_cast<UINT16>(distance)});
         }
       }
       candidate = work_.Previous[candidate % kWindowSize];
     }
-    if (best.Distance == 0 || (best.Length == 3 && best.Distance > 256)) return {};
-    return best;
+    return longest;
   }
 
-  void StageByte(UINT32 position) { Stage(std::to_integer<UINT16>(source_[position])); }
+  /// Prices from the counts of the block so far, as if each symbol had come half a time more.
+  void UpdatePrices(const Alphabet& alphabet) {
+    const std::span<const UINT32> counts{&work_.Counts[alphabet.First], alphabet.Size};
+    UINT32 total = 0;
+    for (const UINT32 count : counts) {
+      total += count;
+    }
+    const UINT32 whole = Log2(2 * total + 1);
+    UINT8* price = &work_.Prices[alphabet.First];
+    for (const UINT32 count : counts) {
+      *price++ = static_cast<UINT8>(whole - Log2(2 * count + 1));
+    }
+  }
 
-  void StageMatch(const Match& match) {
-    Stage(static_cast<UINT16>(match.Length - kMinMatch + kFirstMatchCode));
-    staging_[staged_++] = static_cast<UINT16>(match.Distance - 1);
-    ++work_.Counts[kDistances.First + std::bit_width(match.Distance - 1)];
+  /// In units of the prices, straight between powers of two.
+  static UINT32 Log2(UINT32 number) {
+    const UINT32 whole = BitWidth(number) - 1;
+    return (whole - 1) * kPricePerBit + (number * kPricePerBit >> whole);
+  }
+
+  static UINT32 BitWidth(UINT32 number) { return static_cast<UINT32>(std::bit_width(number)); }
+
+  static UINT32 MatchCode(UINT32 length) { return length - kMinMatch + kFirstMatchCode; }
+
+  void StageMatch(const Step& match) {
+    Stage(static_cast<UINT16>(MatchCode(match.Length)));
+    const auto distance = static_cast<UINT16>(match.Distance - 1);
+    staging_[staged_++] = distance;
+    ++work_.Counts[kDistances.First + BitWidth(distance)];
   }
 
   void Stage(UINT16 code) {
@@ -219,6 +294,12 @@ class Encoder {
     staging_[staged_++] = code;
     ++blockSize_;
     ++work_.Counts[kBytes.First + code];
+  }
+
+  void StartBlock() {
+    staged_ = 0;
+    blockSize_ = 0;
+    ZeroMem(work_.Counts, sizeof(work_.Counts));
   }
 
   void WriteBlock() {
@@ -245,34 +326,33 @@ class Encoder {
       PutSymbol(kBytes, code);
       if (code >= kFirstMatchCode) {
         const UINT32 distance = staging_[next++];
-        const UINT32 width = std::bit_width(distance);
+        const UINT32 width = BitWidth(distance);
         PutSymbol(kDistances, width);
         if (width > 1) {
           output_.Put(distance - (1 << (width - 1)), width - 1);
         }
       }
     }
-    staged_ = 0;
-    blockSize_ = 0;
-    gBS->SetMem(work_.Counts, sizeof(work_.Counts), 0);
+    StartBlock();
   }
 
   void PutSymbol(const Alphabet& alphabet, UINT32 symbol) {
-    output_.Put(work_.Codes[alphabet.First + symbol], work_.CodeLengths[alphabet.First + symbol]);
+    const Code code = work_.Codes[alphabet.First + symbol];
+    output_.Put(code.Bits, code.Length);
   }
 
   /// The lengths of the C code as codes of T.
   template <typename Function>
   void ForEachLengthCode(UINT32 used, Function&& function) {
-    const UINT8* lengths = &work_.CodeLengths[kBytes.First];
+    const Code* codes = &work_.Codes[kBytes.First];
     for (UINT32 next = 0; next < used;) {
       UINT32 run = 0;
-      while (lengths[next + run] == 0) {
+      while (codes[next + run].Length == 0) {
         ++run;  // ends: the last length in use is not 0
       }
       next += run;
       if (run == 0) {
-        function(lengths[next++] + 2U, 0U, 0U);
+        function(codes[next++].Length + 2U, 0U, 0U);
         continue;
       }
       if (run == kLongRunBase - 1) {
@@ -305,29 +385,29 @@ class Encoder {
       WriteOnlySymbol(alphabet);
       return;
     }
-    const UINT8* lengths = &work_.CodeLengths[alphabet.First];
+    const Code* codes = &work_.Codes[alphabet.First];
     output_.Put(used, alphabet.CountBits);
     for (UINT32 next = 0; next < used;) {
-      const UINT32 length = lengths[next++];
+      const UINT32 length = codes[next++].Length;
       if (length < 7) {
         output_.Put(length, 3);
       } else {
         output_.Put((1 << (length - 3)) - 2, length - 3);
       }
-      if (alphabet.First == kLengths.First && next == kGapAfter) {
-        while (next < kGapAfter + 3 && lengths[next] == 0) {
+      if (next == alphabet.GapAfter) {
+        while (next < alphabet.GapAfter + 3 && codes[next].Length == 0) {
           ++next;
         }
-        output_.Put(next - kGapAfter, 2);
+        output_.Put(next - alphabet.GapAfter, 2);
       }
     }
   }
 
-  /// Gives every counted symbol a code. Returns the number of symbols up to the last one in use, or 0 when fewer than two
-  /// are: such an alphabet takes no bits.
+  /// Gives every counted symbol a code. Returns the number of symbols up to the last one in use, or 0 when fewer than
+  /// two are: such an alphabet takes no bits.
   UINT32 BuildCode(const Alphabet& alphabet) {
-    UINT8* lengths = &work_.CodeLengths[alphabet.First];
-    gBS->SetMem(lengths, alphabet.Size, 0);
+    const std::span<Code> codes{&work_.Codes[alphabet.First], alphabet.Size};
+    ZeroMem(codes.data(), codes.size_bytes());
     UINT32 leaves = 0;
     UINT32 used = 0;
     for (UINT32 symbol = 0; symbol < alphabet.Size; ++symbol) {
@@ -336,60 +416,59 @@ class Encoder {
         continue;
       }
       used = symbol + 1;
-      // sorted insertion
-      UINT32 slot = leaves++;
-      for (; slot > 0 && work_.Weight[slot - 1] > count; --slot) {
-        work_.Weight[slot] = work_.Weight[slot - 1];
-        work_.Symbol[slot] = work_.Symbol[slot - 1];
+      Node* node = &work_.Nodes[leaves++];
+      for (; node > work_.Nodes && node[-1].Weight > count; --node) {
+        *node = node[-1];
       }
-      work_.Weight[slot] = count;
-      work_.Symbol[slot] = static_cast<UINT16>(symbol);
+      *node = {count, symbol, 0, 0};
     }
     if (leaves < 2) {
       return 0;
     }
-    while (!FindDepths(leaves)) {
-      for (UINT32 leaf = 0; leaf < leaves; ++leaf) {
-        work_.Weight[leaf] = (work_.Weight[leaf] >> 1) | 1;
+    const std::span<Node> tree{work_.Nodes, 2 * leaves - 1};
+    while (!BuildTree(tree, leaves)) {
+      for (Node& leaf : tree.first(leaves)) {
+        leaf.Weight = leaf.Weight / 2 + 1;  // keeps the order
       }
     }
-    UINT32 first[kMaxCodeLength + 1]{};
-    for (UINT32 leaf = 0; leaf < leaves; ++leaf) {
-      lengths[work_.Symbol[leaf]] = work_.Depth[leaf];
-      ++first[work_.Depth[leaf]];
+
+    UINT32 next[kMaxCodeLength + 1]{};
+    for (const Node& leaf : tree.first(leaves)) {
+      codes[leaf.Symbol].Length = static_cast<UINT16>(leaf.Depth);
+      ++next[leaf.Depth];
     }
-    UINT32 code = 0;
-    for (UINT32& count : first) {
-      code <<= 1;
-      code += std::exchange(count, code);
+    UINT32 first = 0;
+    for (UINT32& count : next) {
+      first = first * 2 + std::exchange(count, first * 2);
     }
-    for (UINT32 symbol = 0; symbol < used; ++symbol) {
-      work_.Codes[alphabet.First + symbol] = static_cast<UINT16>(first[lengths[symbol]]++);
+    for (Code& code : codes) {
+      if (code.Length != 0) {
+        code.Bits = static_cast<UINT16>(next[code.Length]++);
+      }
     }
     return used;
   }
 
-  /// The depth of each leaf in Huffman's tree; false when one is deeper than the format allows.
-  bool FindDepths(UINT32 leaves) {
+  /// Huffman's tree over leaves in the order of their weights; false when one is deeper than the format allows.
+  static bool BuildTree(std::span<Node> tree, UINT32 leaves) {
     UINT32 leaf = 0;
     UINT32 inner = leaves;
-    const UINT32 root = 2 * leaves - 2;
-    for (UINT32 node = leaves; node <= root; ++node) {
-      work_.Weight[node] = 0;
+    for (UINT32 made = leaves; made < tree.size(); ++made) {
+      tree[made].Weight = 0;
       for (int child = 0; child < 2; ++child) {
-        const UINT32 lightest =
-            leaf < leaves && (inner == node || work_.Weight[leaf] <= work_.Weight[inner]) ? leaf++ : inner++;
-        work_.Weight[node] += work_.Weight[lightest];
-        work_.Parent[lightest] = static_cast<UINT16>(node);
+        const bool leafIsNext = leaf < leaves && (inner == made || tree[leaf].Weight <= tree[inner].Weight);
+        Node& lightest = tree[leafIsNext ? leaf++ : inner++];
+        tree[made].Weight += lightest.Weight;
+        lightest.Parent = made;
       }
     }
-    work_.Depth[root] = 0;
-    bool fits = true;
-    for (UINT32 node = root; node-- > 0;) {
-      work_.Depth[node] = work_.Depth[work_.Parent[node]] + 1;
-      fits = fits && (node >= leaves || work_.Depth[node] <= kMaxCodeLength);
+    tree.back().Depth = 0;
+    UINT32 deepest = 0;
+    for (size_t node = tree.size() - 1; node-- > 0;) {
+      tree[node].Depth = tree[tree[node].Parent].Depth + 1;
+      deepest = std::max(deepest, tree[node].Depth);
     }
-    return fits;
+    return deepest <= kMaxCodeLength;
   }
 
   std::span<const std::byte> source_;

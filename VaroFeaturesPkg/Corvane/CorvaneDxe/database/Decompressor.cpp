@@ -277,6 +277,6 @@ EFI_STATUS Decompress(std::span<const std::byte> source, std::span<std::byte> de
   void* block = scratch.data();
   size_t space = scratch.size();
   auto* tables = static_cast<DecoderTables*>(std::align(alignof(DecoderTables), sizeof(DecoderTables), block, space));
-  gBS->SetMem(tables, sizeof(DecoderTables), 0);
+  ZeroMem(tables, sizeof(DecoderTables));
   return Decoder(stream, *tables).Run(destination.first(size)) ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
 }

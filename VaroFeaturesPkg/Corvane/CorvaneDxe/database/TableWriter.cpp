@@ -38,8 +38,11 @@ std::byte* DataOf(const TableDescriptor& table) { return reinterpret_cast<std::b
 }  // namespace
 
 void TableWriter::InitTableDescriptors() {
+  crc32_.Prepare();
   if (descriptors_ != nullptr) {
-    std::for_each(kBuiltTables.begin(), kBuiltTables.end(), [this](UINT32 index) { InitTableDescriptor(index); });
+    for (const UINT32 index : kBuiltTables) {
+      InitTableDescriptor(index);
+    }
   }
 }
 
@@ -129,7 +132,7 @@ EFI_STATUS TableWriter::FinishTable(UINT32 index) {
     table->PadLength = pad;
   }
   table->Limit = table->Capacity;
-  const UINT32 checksum = CalculateCrc32(DataOf(*table), table->Used);
+  const UINT32 checksum = crc32_.Of({DataOf(*table), table->Used});
   table->Checksum = checksum;
   IgnoreStatus(AppendValue(index, checksum));
 

@@ -6,6 +6,7 @@
 **/
 #pragma once
 
+#include "database/Crc32.hpp"
 #include "uefi/Pool.hpp"
 #include "uefi/Status.hpp"
 #include "uefi/Text.hpp"
@@ -23,7 +24,7 @@ class TableWriter {
   /// `descriptors` are TABLE_DESCRIPTOR_COUNT, or null: then every operation fails.
   explicit TableWriter(TableDescriptor* descriptors) : descriptors_(descriptors) {}
 
-  /// Prepares the descriptors of the tables that are built, and leaves the others zero.
+  /// Prepares the checksum and the descriptors of the tables that are built, and leaves the others zero.
   void InitTableDescriptors();
 
   [[nodiscard]] EFI_STATUS AllocateTable(UINT32 index);
@@ -57,4 +58,5 @@ class TableWriter {
   [[nodiscard]] TableDescriptor* Filling(UINT32 index) const;
 
   TableDescriptor* descriptors_;
+  Crc32 crc32_;
 };

@@ -43,8 +43,12 @@ EFI_STATUS QueryAssetTagLength() {
   }
   // The form in which the bounds belong into the name of the asset tag's attribute. No attribute carries it yet.
   std::array<CHAR16, 50> name{};
-  UnicodeSPrint(name.data(), sizeof(name), u"Asset[RegEx:^\\\\133\\\\x20-~\\\\135{%d,%d}$]"_ucs2,
-                static_cast<UINT32>(minimum), static_cast<UINT32>(maximum));
+  TextWriter{name}
+      .Put(ViewOf(u"Asset[RegEx:^\\\\133\\\\x20-~\\\\135{"_ucs2))
+      .PutDecimal(minimum)
+      .Put(ViewOf(u","_ucs2))
+      .PutDecimal(maximum)
+      .Put(ViewOf(u"}$]"_ucs2));
   return status;
 }
 

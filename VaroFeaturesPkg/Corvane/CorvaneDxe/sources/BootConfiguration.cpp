@@ -137,7 +137,7 @@ PoolPtr<CHAR16[]> SourceName(const BootOptionView& option, UINT32 position) {
     const void* const source = type.empty() ? option.Description : type.data();
     CopyMem(name.get(), kSourcePrefix, sizeof(kSourcePrefix));
     CopyMem(rest, source, length * sizeof(CHAR16));
-    UnicodeSPrint(rest + length, (kSuffixLength + 1) * sizeof(CHAR16), u":%04d"_ucs2, position + 1);
+    TextWriter{{rest + length, kSuffixLength + 1}}.Put(ViewOf(u":"_ucs2)).PutDecimal(position + 1, kSuffixLength - 1);
   }
   return name;
 }

@@ -47,8 +47,8 @@ EFI_STATUS BuildCameras(AttributeDatabase& database) {
   do {  // once even for no camera: the first identifier then tells
     std::array<CHAR16, 12> name{};
     std::array<CHAR16, 24> displayName{};
-    UnicodeSPrint(name.data(), sizeof(name), u"MIPICam%d"_ucs2, camera + 1);
-    UnicodeSPrint(displayName.data(), sizeof(displayName), u"MIPI Camera %d"_ucs2, camera + 1);
+    TextWriter{name}.Put(ViewOf(u"MIPICam"_ucs2)).PutDecimal(camera + 1);
+    TextWriter{displayName}.Put(ViewOf(u"MIPI Camera "_ucs2)).PutDecimal(camera + 1);
     if (camera < kCameraAttributes && cameras->Identifiers != nullptr) {
       const CHAR8* const identifier = cameras->Identifiers[camera];
       if (identifier != nullptr && *identifier != 0) {

@@ -22,7 +22,12 @@ struct NameList {
   size_t Count = 0;
 
   [[nodiscard]] bool Contains(Ucs2View name) const {
-    return std::any_of(Names.get(), Names.get() + Count, [name](Ucs2View known) { return Equal(known, name); });
+    for (const Ucs2View known : std::span(Names.get(), Count)) {
+      if (Equal(known, name)) {
+        return true;
+      }
+    }
+    return false;
   }
 };
 

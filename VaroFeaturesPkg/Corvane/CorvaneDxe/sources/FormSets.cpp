@@ -23,9 +23,24 @@ constexpr std::array<UINT32, 16> kExcludedQuestions = {1276, 9781, 50860, 1797, 
 // count slots in eight bits.
 constexpr UINT32 kCountedQuestionLimit = 241;
 
-template <size_t N>
-bool Contains(const std::array<UINT32, N>& list, UINT32 identifier) {
-  return std::find(list.begin(), list.end(), identifier) != list.end();
+/// A plain loop: the lists are short, and the library's search is unrolled at each of its uses.
+bool Contains(std::span<const UINT32> list, UINT32 identifier) {
+  for (const UINT32 member : list) {
+    if (member == identifier) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void RemoveBlanks(CHAR16* text) {
+  CHAR16* kept = text;
+  for (; *text != 0; ++text) {
+    if (*text != ' ') {
+      *kept++ = *text;
+    }
+  }
+  *kept = 0;
 }
 
 PoolPtr<CHAR16[]> CopyOf(const CHAR16* text) {
@@ -143,7 +158,7 @@ void FormSets::AddCollection(const FormSetRecord& formSet, UINT64 attributesBefo
     DEBUG((DEBUG_WARN, "CorvaneDxe: collection \"%s\" dropped: out of memory\n", title));
     return;
   }
-  *std::remove(name.get(), name.get() + StringLength(name.get()), CHAR16{' '}) = 0;
+  RemoveBlanks(name.get());
   const UINT16 nameHandle = Raw(InternName(database_, name.get()));
   InternDisplayString(database_, title);
   for (UINT8 i = 0; i < count; ++i) {

@@ -123,11 +123,8 @@ void BuildFixedText(AttributeDatabase& database, const CHAR16* name, const CHAR1
 }
 
 void BuildGenerationAndVendor(AttributeDatabase& database) {
-  constexpr UINT32 kYear = 0x23;
-  constexpr UINT32 kQuarter = 1;
-  std::array<CHAR8, 5> generation{};
-  AsciiSPrint(generation.data(), generation.size(), "%02XQ%X", kYear, kQuarter);
-  BuildFixedText(database, u"Generation"_ucs2, u"System Generation"_ucs2, generation.data());
+  constexpr CHAR8 kGeneration[] = "23Q1";  // year and quarter
+  BuildFixedText(database, u"Generation"_ucs2, u"System Generation"_ucs2, kGeneration);
   BuildFixedText(database, u"IBV"_ucs2, u"Independent BIOS Vendor"_ucs2, "VARO");
 }
 

@@ -24,6 +24,14 @@ constexpr std::array kAutoOnNames = {u"Auto On Sunday"_ucs2,    u"Auto On Monday
                                      u"Auto On Saturday"_ucs2};
 
 constexpr std::array<UINT32, 5> kSwitchQuestions = {1568, 1569, 1578, 1655, 1656};
+bool IsSwitchQuestion(UINT32 identifier) {
+  for (const UINT32 question : kSwitchQuestions) {
+    if (question == identifier) {
+      return true;
+    }
+  }
+  return false;
+}
 constexpr CHAR16 kSwitchSuffix[] = {' ', 'S', 'w', 'i', 't', 'c', 'h'};
 
 /// Names of a checkbox's two values.
@@ -45,9 +53,12 @@ constexpr std::array kAnnotatedSwitches = {
 constexpr SwitchNames kPlainSwitch{0, u"Disabled"_ucs2, u"Enabled"_ucs2};
 
 const SwitchNames& SwitchNamesOf(UINT32 identifier) {
-  const auto* const found = std::find_if(kAnnotatedSwitches.begin(), kAnnotatedSwitches.end(),
-                                         [identifier](const SwitchNames& names) { return names.Identifier == identifier; });
-  return found != kAnnotatedSwitches.end() ? *found : kPlainSwitch;
+  for (const SwitchNames& names : kAnnotatedSwitches) {
+    if (names.Identifier == identifier) {
+      return names;
+    }
+  }
+  return kPlainSwitch;
 }
 
 /// Numerics whose range is fixed here, whatever the form says.
@@ -106,7 +117,7 @@ StringHandle QuestionAttributes::InternQuestionName(UINT32 identifier, const CHA
 
 InternedString QuestionAttributes::InternPrompt(const QuestionRecord& question) {
   const CHAR16* const prompt = strings_.GetHiiString(question.HiiHandle, question.Prompt).Text;
-  if (std::find(kSwitchQuestions.begin(), kSwitchQuestions.end(), question.Identifier) == kSwitchQuestions.end()) {
+  if (!IsSwitchQuestion(question.Identifier)) {
     return InternDistinctDisplayString(database_, prompt);
   }
   const size_t length = StringLength(prompt);

@@ -6,6 +6,12 @@
 **/
 #include "uefi/Pool.hpp"
 
+[[gnu::noinline]] void FreeBlock(const void* block) {
+  if (block != nullptr) {
+    gBS->FreePool(const_cast<void*>(block));
+  }
+}
+
 void* AllocateZeroedBytes(size_t size) {
   size = std::max<size_t>(size, 1);
   void* block = nullptr;

@@ -10,11 +10,14 @@
 
 #include "uefi/Text.hpp"
 
+/// Frees a block of pool, or nothing for null. Out of line: nearly every path of the driver ends in one of these.
+void FreeBlock(const void* block);
+
 struct PoolDeleter {
   template <typename T>
   void operator()(T* block) const {
     static_assert(std::is_trivially_destructible_v<T>, "pool memory is freed, not destroyed");
-    gBS->FreePool(block);
+    FreeBlock(block);
   }
 };
 

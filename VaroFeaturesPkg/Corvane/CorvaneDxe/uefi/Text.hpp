@@ -53,6 +53,44 @@ constexpr bool Equal(Ucs2View left, Ucs2View right) {
   return true;
 }
 
+/// Composes a text in a buffer; what does not fit is left out. The buffer stays terminated.
+class TextWriter {
+ public:
+  /// `buffer` is zero-filled and at least one character long.
+  constexpr explicit TextWriter(std::span<CHAR16> buffer) : rest_(buffer) {}
+
+  constexpr TextWriter& Put(Ucs2View text) {
+    for (const CHAR16 character : text) {
+      PutCharacter(character);
+    }
+    return *this;
+  }
+
+  /// A decimal number of at least `digits` digits.
+  constexpr TextWriter& PutDecimal(UINT64 value, size_t digits = 1) {
+    std::array<CHAR16, 20> reversed{};
+    size_t count = 0;
+    for (; count < reversed.size() && (value != 0 || count < digits); ++count) {
+      reversed[count] = static_cast<CHAR16>('0' + value % 10);
+      value /= 10;
+    }
+    while (count > 0) {
+      PutCharacter(reversed[--count]);
+    }
+    return *this;
+  }
+
+ private:
+  constexpr void PutCharacter(CHAR16 character) {
+    if (rest_.size() > 1) {
+      rest_[0] = character;
+      rest_ = rest_.subspan(1);
+    }
+  }
+
+  std::span<CHAR16> rest_;
+};
+
 /// Copies `source` without leading blanks and without every character whose bit 7 is set, and terminates the copy.
 /// Readers of the tables depend on exactly this test: U+00E9 goes, U+0142 stays. `destination` has room for `source`.
 /// Returns the terminator of the copy; a null argument does nothing and gives null.
