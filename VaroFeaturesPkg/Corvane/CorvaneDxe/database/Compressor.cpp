@@ -486,17 +486,18 @@ EFI_STATUS Compress(std::span<const std::byte> source, std::byte* destination, U
     return EFI_INVALID_PARAMETER;
   }
   const PoolPtr<Workspace> work = AllocateZeroed<Workspace>();
-  PoolPtr<UINT16[]> staging;
-  size_t stagingSize = kStagingSize;
-  while (work != nullptr && stagingSize >= kSmallestStagingSize) {
-    staging = AllocateZeroedArray<UINT16>(stagingSize / sizeof(UINT16));
-    if (staging != nullptr) {
-      break;
-    }
-    stagingSize = stagingSize / 10 * 9;
-  }
-  if (staging == nullptr) {
+  if (work == nullptr) {
     return EFI_OUT_OF_RESOURCES;
+  }
+  // A smaller staging buffer makes shorter blocks, and nothing worse.
+  size_t stagingSize = kStagingSize;
+  PoolPtr<UINT16[]> staging{static_cast<UINT16*>(AllocateZeroedBytes(stagingSize))};
+  while (staging == nullptr) {
+    stagingSize = stagingSize / 10 * 9;
+    if (stagingSize < kSmallestStagingSize) {
+      return EFI_OUT_OF_RESOURCES;
+    }
+    staging.reset(static_cast<UINT16*>(AllocateZeroedBytes(stagingSize)));
   }
 
   const UINT32 room = destination == nullptr ? 0 : destinationSize;

@@ -93,6 +93,7 @@ EFI_STATUS PublishOnce(DriverState& state) {
   if (!EFI_ERROR(ReadBootOptions(state.BootConfiguration))) {
     BuildBootConfiguration(state.Database, state.BootConfiguration);
   }
+  state.Database.ReleaseIndexes();  // one comes to be when no string was restored
   TableWriter writer(state.Descriptors);
   ValueEntries values(state.Settings, restored);
   IgnoreStatus(TableBuilder(state.Database, writer, values).BuildTables());  // what could be built is published

@@ -31,12 +31,18 @@ void ReserveRuntimePages() {
 bool ReadOwnerPasswordFlag() {
   static_assert(offsetof(PasswordServiceProtocol, OwnerPassword) == 13);
   const auto* const service = FindProtocol<PasswordServiceProtocol>(gVaroPasswordServiceProtocolGuid);
+  if (service == nullptr) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroPasswordServiceProtocolGuid not found: there is no owner password\n"));
+  }
   return service != nullptr && service->Revision >= PASSWORD_SERVICE_OWNER_REVISION && service->OwnerPassword != 0;
 }
 
 template <typename T>
 EFI_STATUS Require(EFI_GUID& guid, [[maybe_unused]] const CHAR8* name, T*& interface) {
-  const EFI_STATUS status = LocateProtocol(guid, interface);
+  EFI_STATUS status = LocateProtocol(guid, interface);
+  if (status == EFI_SUCCESS && interface == nullptr) {
+    status = EFI_NOT_FOUND;  // installed as a mere signal
+  }
   if (EFI_ERROR(status)) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: %a not found: no attribute is gathered or published\n", name));
   }

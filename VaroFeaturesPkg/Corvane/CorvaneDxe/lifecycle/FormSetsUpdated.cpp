@@ -26,9 +26,12 @@ constexpr UINT32 kCachePermissionSetting = 0x2618;
 
 bool QueryFactoryMode() {
   const auto* const modes = FindProtocol<ModeQueryProtocol>(gVaroModeQueryProtocolGuid);
+  if (modes == nullptr) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroModeQueryProtocolGuid not found: the platform counts as in no factory mode\n"));
+    return false;
+  }
   UINT32 result = 0;
-  if (modes == nullptr ||
-      EFI_ERROR(modes->QueryAny(&result, UINT32{1}, UINT32{2}, UINT32{3}, UINT32{4}, UINT32{5}, UINT32{6}, UINT32{7},
+  if (EFI_ERROR(modes->QueryAny(&result, UINT32{1}, UINT32{2}, UINT32{3}, UINT32{4}, UINT32{5}, UINT32{6}, UINT32{7},
                                 UINT32{8}, UINT32{9}, UINT32{10}, UINT32{11}, UINT32{12}, UINT32{13}, UINT32{14},
                                 UINT32{MODE_QUERY_END}, UINT32{0}))) {
     return false;

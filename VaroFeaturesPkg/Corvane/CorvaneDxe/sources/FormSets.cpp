@@ -65,6 +65,9 @@ FormSets::FormSets(AttributeDatabase& database, HiiStrings& strings, Dependencie
                summary.AllValuesAtDefault) {}
 
 EFI_STATUS FormSets::Walk(FormBrowserDataProtocol* browser) {
+  if (!builder_.HasDefaults()) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroSettingDefaultsProtocolGuid not found: every default is 0\n"));
+  }
   const FormSetRecord** list = nullptr;
   const EFI_STATUS status = browser->ListFormSets(browser, &gVaroSetupFormSetsGuid, &list);
   if (EFI_ERROR(status)) {

@@ -75,6 +75,7 @@ InternedString InternDistinctDisplayString(AttributeDatabase& database, const CH
   while (interned.AlreadyPresent) {  // ends when the text is new, or too long for the table
     distinct = PrefixWithStar(distinct ? distinct.get() : text, length);
     if (!distinct) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: out of memory\n", text));
       return {{}, starred};
     }
     interned = InternDisplayString(database, distinct.get());

@@ -123,6 +123,7 @@ InternedString QuestionAttributes::InternPrompt(const QuestionRecord& question) 
   const size_t length = StringLength(prompt);
   const PoolPtr<CHAR16[]> text = AllocateZeroedArray<CHAR16>(length + std::size(kSwitchSuffix) + 1);
   if (!text) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: out of memory\n", prompt));
     return {};
   }
   CopyMem(text.get(), prompt, length * sizeof(CHAR16));
@@ -152,7 +153,7 @@ UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const Qu
 
 OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord& question, const CHAR16* keyword) {
   OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>();
-  const auto count = static_cast<UINT8>(question.OptionCount);
+  const auto count = static_cast<UINT8>(question.Options != nullptr ? question.OptionCount : 0);
   PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(count);
   PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(count);
   if (!record || !names || !values) {

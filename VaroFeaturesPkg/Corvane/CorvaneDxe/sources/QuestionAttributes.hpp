@@ -23,6 +23,8 @@ class QuestionAttributes {
                      bool& allValuesAtDefault)
       : database_(database), strings_(strings), defaults_(defaults), allValuesAtDefault_(allValuesAtDefault) {}
 
+  [[nodiscard]] bool HasDefaults() const { return defaults_ != nullptr; }
+
   /// The attribute of a one-of, checkbox, numeric or string question, its name and texts interned; null for any other
   /// question or without memory.
   [[nodiscard]] OwnedRecord<AttributeRecord> Build(const QuestionRecord& question, const CHAR16* keyword);

@@ -45,7 +45,7 @@ class ByteReader {
   T ReadStruct() {
     const std::span<const std::byte> bytes = Take(sizeof(T));
     T value{};
-    __builtin_memcpy(&value, bytes.data(), bytes.size());
+    CopyMem(&value, bytes.data(), bytes.size());
     return value;
   }
 
