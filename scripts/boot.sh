@@ -1,0 +1,130 @@
+# @file
+# Boots the virtual notebook once, as a named scenario, and gathers what the boot left in out/<boot>/.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+# QEMU's "virt" board maps two flash banks of this size: the code and the variables.
+readonly FLASH_BANK_SIZE=64M
+readonly VARS_SIZE=768K
+readonly DISK_SECTORS=65536
+
+# What a firmware prints when it cannot go on.
+readonly FATAL_LINES='^ASSERT |Synchronous Exception'
+
+# Virtual time is counted in instructions (shift=4: 16 ns each) and idle time is skipped, so that two boots of one scenario
+# run alike to the instruction and the notebook's clock compares work, not the host's mood.
+readonly QEMU_MACHINE=(
+  -machine 'virt,gic-version=2,dtb-randomness=off' -cpu cortex-a57 -m 256M -smp 1
+  -icount 'shift=4,sleep=off' -rtc 'base=2026-01-01T00:00:00,clock=vm'
+  -nodefaults -nographic -monitor none
+)
+
+# boot NAME TARGET [--vars FILE] [--set KEY=VALUE]... [--file PATH]... [--command LINE]... [--limit SECONDS]
+#   NAME       folder of the boot under out/
+#   TARGET     RELEASE or DEBUG firmware
+#   --vars     variable flash to start from, such as an earlier boot's vars.fd; an empty one otherwise
+#   --set      a scenario setting: the guest reads it from fw_cfg as opt/corvane/KEY
+#   --file     a file for the disk that the Shell finds as FS0:
+#   --command  a line of startup.nsh, which ends with the power-off
+#   --limit    seconds after which a boot that does not power off has failed
+# Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
+boot() {
+  local name=$1 target=$2 vars='' limit=180 setting value
+  local -a settings=() files=() commands=()
+  shift 2
+  while (($# > 0)); do
+    case $1 in
+      --vars) vars=$2 ;;
+      --set) settings+=("$2") ;;
+      --file) files+=("$2") ;;
+      --command) commands+=("$2") ;;
+      --limit) limit=$2 ;;
+      *) die "boot: unknown option $1" ;;
+    esac
+    shift 2
+  done
+
+  local folder="$OUT/$name" work="$BUILD/boot/$name" firmware start
+  firmware=$(firmware_output "$target")/FV
+  rm -rf "$folder" "$work.new"
+  mkdir -p "$folder" "$work.new"
+  cp "${vars:-$firmware/QEMU_VARS.fd}" "$work.new/vars.fd"
+  rm -rf "$work"
+  mv "$work.new" "$work"
+  make_flash "$firmware/QEMU_EFI.fd" "$work"
+  printf '%s\r\n' fs0: "${commands[@]}" 'reset -s' >"$work/startup.nsh"
+  make_disk "$work" "$work/startup.nsh" "${files[@]}"
+
+  local -a qemu=(
+    qemu-system-aarch64 "${QEMU_MACHINE[@]}"
+    -drive "if=pflash,unit=0,format=raw,readonly=on,file=$work/code.fd"
+    -drive "if=pflash,unit=1,format=raw,cache=unsafe,file=$work/vars.fd"
+    -drive "if=none,id=disk,format=raw,cache=unsafe,file=$work/disk.img" -device 'virtio-blk-pci,drive=disk'
+    -serial "file:$folder/serial.log"
+  )
+  for setting in "${settings[@]}"; do
+    value=${setting#*=}  # where a comma is written twice in a QEMU option
+    qemu+=(-fw_cfg "name=opt/corvane/${setting%%=*},string=${value//,/,,}")
+  done
+
+  start=$(now_ms)
+  run_until_power_off "$name" "$limit" "$folder/serial.log" "${qemu[@]}" || return
+  truncate -s "$VARS_SIZE" "$work/vars.fd"
+  mv "$work/vars.fd" "$folder/vars.fd"
+  copy_from_disk "$work/disk.img" "$folder" "${files[@]}"
+  rm -rf "$work"
+  say "    boot '$name': powered off after $(seconds_since "$start") s"
+}
+
+make_flash() {
+  cp "$1" "$2/code.fd"
+  truncate -s "$FLASH_BANK_SIZE" "$2/code.fd" "$2/vars.fd"
+}
+
+# A FAT disk with the given files. Serial number and dates are fixed: they would show in the console log.
+make_disk() {
+  local work=$1 file
+  shift
+  local -x SOURCE_DATE_EPOCH=1767225600 TZ=UTC
+  mformat -C -i "$work/disk.img" -T "$DISK_SECTORS" -h 16 -s 63 -N 20260101 -v CORVANE ::
+  for file in "$@"; do
+    [[ -f $file ]] || die "boot: $file: no such file"
+    mcopy -i "$work/disk.img" "$file" ::
+  done
+}
+
+# Every file that the guest wrote; what was put on the disk for it stays behind.
+copy_from_disk() {
+  local image=$1 folder=$2 file
+  shift 2
+  mdel -i "$image" ::startup.nsh
+  for file in "$@"; do mdel -i "$image" "::$(basename "$file")"; done
+  if mdir -b -i "$image" :: 2>/dev/null | grep -q .; then mcopy -s -n -i "$image" '::*' "$folder/"; fi
+}
+
+# A DEBUG firmware that fails an assertion stops for good: no use waiting for the limit.
+run_until_power_off() {
+  local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) problem=''
+  shift 3
+  : >"$log"
+  start_child "$log.qemu" "$@"
+  while [[ -z $problem ]] && child_runs; do
+    sleep 0.1
+    if grep -aqE "$FATAL_LINES" "$log"; then
+      problem="stopped: $(grep -aE -m1 "$FATAL_LINES" "$log" | tr -d '\r')"
+    elif ((SECONDS >= deadline)); then
+      problem="did not power off within $limit s; its last line: $(last_line "$log")"
+    fi
+  done
+  if [[ -n $problem ]]; then
+    stop_child
+  else
+    reap_child || problem="QEMU failed: $(tail -n 1 "$log.qemu")"
+  fi
+  rm -f "$log.qemu"
+  [[ -z $problem ]] || { complain "boot '$name' $problem [log: ${log#"$ROOT/"}]"; return 1; }
+}
+
+last_line() { tr -d '\r\0' <"$1" | grep -a '[[:graph:]]' | tail -n 1; }

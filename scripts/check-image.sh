@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# @file
+# Checks the ELF behind a DXE image for what nobody would run or could answer in firmware: static constructors, guards,
+# exit handlers, exception unwinding, run-time type information, a C++ allocator. Prints the sizes.
+#
+# Usage: check-image.sh ELF
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+set -euo pipefail
+
+readonly PREFIX=${GCC5_AARCH64_PREFIX:-aarch64-linux-gnu-}
+readonly SECTIONS='\.(init_array|fini_array|ctors|dtors|preinit_array|eh_frame|eh_frame_hdr|gcc_except_table|ARM\.exidx)'
+readonly SYMBOLS='__cxa_|atexit|__gxx_|_Unwind|__dso_handle|_GLOBAL__sub_I|__static_initialization|_ZGV|_ZTI|_ZTS|_Zn[wa]|_Zd[la]|__throw'
+
+elf=$1
+module=$(basename "$elf" .debug)
+[[ -f $elf ]] || { printf 'check-image: %s: no such file\n' "$elf" >&2; exit 1; }
+
+# Only sections with content count: the linker script may leave an empty one behind.
+bad_sections=$("${PREFIX}readelf" --wide --section-headers "$elf" | sed 's/^ *\[ *[0-9]*\] *//' |
+  awk -v bad="^$SECTIONS" '$1 ~ bad && $5 !~ /^0+$/ { print $1 }')
+bad_symbols=$("${PREFIX}nm" "$elf" | awk -v bad="$SYMBOLS" '$NF ~ bad { print $NF }' | sort -u)
+
+if [[ -n $bad_sections$bad_symbols ]]; then
+  printf 'corvane: %s: the image holds what firmware cannot run: %s\n' "$module" \
+    "$(tr '\n' ' ' <<<"$bad_sections $bad_symbols")" >&2
+  exit 1
+fi
+
+"${PREFIX}size" "$elf" | awk -v module="$module" 'NR == 2 { printf "    %s: code %d + data %d + bss %d = %d bytes\n", module, $1, $2, $3, $4 }'

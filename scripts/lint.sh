@@ -1,0 +1,43 @@
+# @file
+# Formatter and linters over the project's own sources.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+readonly TIDY_STAMPS="$STAMPS/tidy"
+
+run_linters() {
+  local before=$FAILED
+  say '==> Formatter and linters'
+  check 'shellcheck: scripts' lint_scripts
+  check 'clang-format: C++ sources' lint_format
+  check 'clang-tidy: C++ sources' lint_tidy
+  ((FAILED == before))
+}
+
+cxx_sources() { find "$ROOT/VaroFeaturesPkg" "$ROOT/tools" -name "$1" -type f 2>/dev/null | sort; }
+
+lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh); }
+
+lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
+
+# Each due source and its stamp. A source is looked at again when it, a header or the configuration has changed since it
+# was found clean. Sources outside the host build have no compile command and are left to the firmware's compiler.
+sources_to_tidy() {
+  local newest source stamp
+  newest=$({ cxx_sources '*.hpp'; cxx_sources '*.h'; echo "$ROOT/.clang-tidy"; } | xargs -r ls -t 2>/dev/null | head -n 1)
+  cxx_sources '*.cpp' | while read -r source; do
+    stamp="$TIDY_STAMPS/$(tr / _ <<<"${source#"$ROOT/"}")"
+    if [[ $stamp -nt $source && $stamp -nt $newest ]]; then continue; fi
+    if grep -qF "\"$source\"" "$HOST_TESTS/compile_commands.json"; then printf '%s\0%s\0' "$source" "$stamp"; fi
+  done
+}
+
+lint_tidy() {
+  mkdir -p "$TIDY_STAMPS"
+  export HOST_TESTS
+  # shellcheck disable=SC2016  # the inner shell expands it
+  sources_to_tidy | xargs -0 -r -n 2 -P "$JOBS" bash -c \
+    'clang-tidy --quiet --warnings-as-errors="*" -p "$HOST_TESTS" "$1" 2>/dev/null && touch "$2"' tidy
+}

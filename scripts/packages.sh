@@ -1,0 +1,73 @@
+# @file
+# The distribution packages the builds and boots need: installs those that are missing.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+readonly PACKAGES_TO_BUILD=(
+  gcc g++ make cmake ninja-build                # host tools and EDK II BaseTools
+  gcc-aarch64-linux-gnu g++-aarch64-linux-gnu   # the firmware
+  python3 python3-distutils uuid-dev acpica-tools
+  dpkg-dev patch xz-utils                       # unpack the EDK II source package
+  qemu-system-arm mtools                        # boot it
+  libcli11-dev libfmt-dev nlohmann-json3-dev    # the inspector
+)
+readonly PACKAGES_TO_TEST=(libgtest-dev libgmock-dev clang-format clang-tidy shellcheck)
+
+# Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=900
+
+as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
+
+# Those of the given packages that are not installed, on one line.
+missing_packages() {
+  local package status
+  for package in "$@"; do
+    # shellcheck disable=SC2016  # a dpkg-query format, not a shell variable
+    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) || status=none
+    [[ $status == installed ]] || printf '%s ' "$package"
+  done
+}
+
+# apt knows no candidate for a package when its index was never fetched or is stale.
+index_has() {
+  local package
+  for package in "$@"; do
+    apt-cache policy "$package" 2>/dev/null | grep -q 'Candidate: [^(]' || return 1
+  done
+}
+
+apt_install() {
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
+    -o Dpkg::Use-Pty=0 -o Acquire::Retries=2 "$@"
+}
+
+# An index with a candidate may still name versions that the registry has since replaced: refresh once and try again.
+update_and_install() {
+  if index_has "$@" && apt_install "$@"; then return; fi
+  as_root apt-get update -o Acquire::Retries=2 && apt_install "$@"
+}
+
+# install_packages build|test
+install_packages() {
+  local -a wanted=("${PACKAGES_TO_BUILD[@]}") missing
+  local space=$PACKAGE_SPACE_BUILD
+  if [[ $1 == test ]]; then
+    wanted+=("${PACKAGES_TO_TEST[@]}")
+    space=$((space + PACKAGE_SPACE_TEST))
+  fi
+  read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
+  ((${#missing[@]} > 0)) || return 0
+
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || die "packages are missing and neither root nor sudo is at hand: ${missing[*]}"
+    sudo -v || die "packages are missing and sudo was refused: ${missing[*]}"
+  fi
+  # A few missing packages take their share of what all of them take.
+  need_space /usr $((space * ${#missing[@]} / ${#wanted[@]})) "${#missing[@]} packages"
+  say "==> Missing packages: ${missing[*]}"
+  run_logged packages "Installing ${#missing[@]} packages" update_and_install "${missing[@]}"
+  read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
+  ((${#missing[@]} == 0)) || die "packages are still missing: ${missing[*]}"
+}

@@ -1,0 +1,48 @@
+# @file
+# Prints what boots have left: the attributes and how full the tables are, then how long the phases took.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+# report_boots BOOT...: attributes and fill of each, then the times side by side.
+report_boots() {
+  local name
+  for name in "$@"; do
+    say
+    say "== $name boot: attributes and tables"
+    [[ -f $OUT/$name/records.bin ]] || die "the $name boot left no records.bin: the driver sent no tables"
+    "$OUT/inspect" show "$OUT/$name/records.bin" || die "the inspector complains of out/$name/records.bin"
+  done
+  say
+  say '== Times (virtual: 16 ns an instruction)'
+  print_times "$@"
+}
+
+# A line of timings.txt is a measured phase (name, ticks, nanoseconds) or a count (name, number). One column a boot.
+print_times() {
+  local name
+  local -a files=()
+  for name in "$@"; do
+    [[ -f $OUT/$name/timings.txt ]] || die "the $name boot left no timings.txt"
+    files+=("$OUT/$name/timings.txt")
+  done
+  awk -v boots="$*" '
+    FNR == 1 { ++boot }
+    { sub(/\r$/, "") }
+    NF == 2 || NF == 3 {
+      if (!($1 in known)) { known[$1] = 1; order[++lines] = $1 }
+      shown[$1, boot] = NF == 3 ? sprintf("%.1f us", $3 / 1000) : $2
+    }
+    END {
+      columns = split(boots, title, " ")
+      printf "  %-30s", ""
+      for (b = 1; b <= columns; ++b) printf "%16s", title[b]
+      print ""
+      for (i = 1; i <= lines; ++i) {
+        printf "  %-30s", order[i]
+        for (b = 1; b <= columns; ++b) printf "%16s", (order[i], b) in shown ? shown[order[i], b] : "-"
+        print ""
+      }
+    }' "${files[@]}"
+}
