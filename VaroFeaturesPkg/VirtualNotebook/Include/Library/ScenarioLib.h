@@ -1,0 +1,92 @@
+/** @file
+  ScenarioLib: what kind of boot was asked for from outside, by QEMU's fw_cfg files "opt/corvane/NAME".
+
+  A notebook that was asked for nothing boots as its owner left it.
+
+    NAME              value
+    cameras           number of cameras, 0 to 6
+    factory-mode      non-zero: the notebook is in a factory mode
+    failing-settings  NUMBER,NUMBER,...: settings that cannot be read
+    firmware-version  text that stands in for the version of the build
+    language          platform language, such as fr-FR
+    owner-password    non-zero: the platform knows an owner password
+    passwords         admin,system,owner: the passwords that are set
+    set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions that the user has changed since the last boot
+    without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
+                      firmware-version, form-data, mode-query, password-service, password-states, settings, transport
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#ifndef SCENARIO_LIB_H_
+#define SCENARIO_LIB_H_
+
+#include <Uefi/UefiBaseType.h>
+
+/**
+  Gives the text of a scenario item.
+
+  @param[in]  Name  Of the item, without "opt/corvane/".
+
+  @return  NUL-terminated text in boot services pool, owned by the caller; NULL when the item is not there.
+**/
+CHAR8 *
+EFIAPI
+GetScenarioText (
+  IN CONST CHAR8  *Name
+  );
+
+/**
+  Gives a scenario item as a number, decimal or with 0x in front.
+
+  @param[in]  Name     Of the item.
+  @param[in]  Default  Answer when the item is not there.
+**/
+UINT64
+EFIAPI
+GetScenarioNumber (
+  IN CONST CHAR8  *Name,
+  IN UINT64       Default
+  );
+
+/**
+  Tells whether a scenario item, a list with commas, names something.
+
+  @param[in]  Name  Of the item, for example "without".
+  @param[in]  Word  What may stand in the list, for example "asset-tag".
+**/
+BOOLEAN
+EFIAPI
+ScenarioLists (
+  IN CONST CHAR8  *Name,
+  IN CONST CHAR8  *Word
+  );
+
+/**
+  Cuts the next entry off a list, in place.
+
+  @param[in,out]  Rest       What is left of the list; advanced. NULL at the end.
+  @param[in]      Separator  Character between two entries.
+
+  @return  The entry, NUL-terminated; NULL when none is left.
+**/
+CHAR8 *
+EFIAPI
+NextScenarioEntry (
+  IN OUT CHAR8  **Rest,
+  IN     CHAR8  Separator
+  );
+
+/**
+  Reads a number, decimal or with 0x in front.
+
+  @param[in]  Text  Digits; what follows them is not looked at.
+**/
+UINT64
+EFIAPI
+ReadScenarioNumber (
+  IN CONST CHAR8  *Text
+  );
+
+#endif
