@@ -1,0 +1,30 @@
+/** @file
+  A capture taken apart into its transport records; nothing inside a payload is looked at.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+#include "ByteReader.hpp"
+#include "Findings.hpp"
+
+namespace corvane::inspect {
+
+inline constexpr std::size_t kRecordTypes = 8;
+
+// The payload of each record type; an absent one was not found whole.
+using RecordPayloads = std::array<std::optional<Bytes>, kRecordTypes>;
+
+std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path);  // throws UnusableInput
+
+// Throws UnusableInput when the string, attribute and value tables are not all there.
+RecordPayloads SplitCapture(Bytes capture, Findings& findings);
+
+}  // namespace corvane::inspect

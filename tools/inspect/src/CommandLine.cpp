@@ -1,0 +1,151 @@
+/** @file
+  The command line of inspect: subcommands, options, exit statuses.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include "CommandLine.hpp"
+
+#include <exception>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/ostream.h>
+
+#include "DiffTables.hpp"
+#include "Show.hpp"
+#include "Text.hpp"
+
+namespace corvane::inspect {
+namespace {
+
+struct ShowOptions {
+  std::vector<std::string> Arguments;  // [NAME] FILE
+  bool NoTables = false;
+  bool Texts = false;
+  bool Json = false;
+};
+
+struct DiffOptions {
+  std::string Older;
+  std::string Newer;
+  std::vector<TableId> Tables;
+  bool Json = false;
+};
+
+int ReportFindings(const Image& image, const Style& style, std::ostream& err) {
+  for (const Finding& finding : image.Findings.List()) {
+    fmt::print(err, "{} {}: {}\n", style.Bad("finding:"), finding.Code, finding.Text);
+  }
+  return image.Findings.List().empty() ? kClean : kFindings;
+}
+
+int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, std::ostream& err) {
+  const Image image = LoadImage(options.Arguments.back());
+  if (options.Arguments.size() > 1) {
+    const std::string& name = options.Arguments.front();
+    const std::vector<const AttributeEntry*> attributes = image.FindByName(name);
+    if (attributes.empty()) {
+      throw UnusableInput(fmt::format("{}: no attribute has the name {}", options.Arguments.back(), Quote(name)));
+    }
+    if (options.Json) {
+      out << AttributesAsJson(image, attributes);
+    } else {
+      for (const AttributeEntry* attribute : attributes) {
+        ShowOne(image, *attribute, out);
+      }
+    }
+  } else if (options.Json) {
+    out << ImageAsJson(image);
+  } else if (options.Texts) {
+    ShowTexts(image, style, out);
+  } else {
+    ShowAttributes(image, out);
+    if (!options.NoTables) {
+      out << '\n';
+      ShowFill(image, style, out);
+    }
+  }
+  return ReportFindings(image, style, err);
+}
+
+int RunDiffTables(const DiffOptions& options, std::ostream& out) {
+  const Image older = LoadImage(options.Older);
+  const Image newer = LoadImage(options.Newer);
+  const std::vector<TableDifference> differences = DiffTables(older, newer, options.Tables);
+  out << (options.Json ? DifferencesAsJson(differences) : DifferencesAsText(differences));
+  return std::ranges::all_of(differences, &TableDifference::Equal) ? kClean : kFindings;
+}
+
+std::vector<TableId> AllTables() {
+  std::vector<TableId> tables;
+  tables.reserve(kTableKinds.size());
+  for (const TableKind& kind : kTableKinds) {
+    tables.push_back(kind.Id);
+  }
+  return tables;
+}
+
+void AddShow(CLI::App& app, ShowOptions& options) {
+  CLI::App* show =
+      app.add_subcommand("show", "show [NAME] FILE: print the attributes of a capture and the fill of its tables");
+  show->add_option("FILE", options.Arguments,
+                   "A capture (records.bin); with NAME before it, that attribute alone in detail. NAME goes with or "
+                   "without its bracketed annotations")
+      ->required()
+      ->expected(1, 2)
+      ->type_name("[NAME] FILE");
+  show->add_flag("--no-tables", options.NoTables, "Attribute lines only");
+  show->add_flag("--texts", options.Texts, "The display and help tables by handle instead");
+  show->add_flag("--json", options.Json, "All that the capture holds, as JSON");
+}
+
+void AddDiffTables(CLI::App& app, DiffOptions& options) {
+  std::map<std::string, TableId> names;
+  for (const TableKind& kind : kTableKinds) {
+    names.emplace(kind.Name, kind.Id);
+  }
+  CLI::App* diff =
+      app.add_subcommand("diff-tables", "diff-tables A B: tell which tables of two captures differ byte for byte");
+  diff->add_option("A", options.Older, "The older capture")->required();
+  diff->add_option("B", options.Newer, "The newer capture")->required();
+  diff->add_option("--only", options.Tables, "Compare these tables: strings, attributes, values, display, help")
+      ->delimiter(',')
+      ->transform(CLI::CheckedTransformer(names))
+      ->type_name("TABLE,...");
+  diff->add_flag("--json", options.Json, "As JSON");
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
+  const Style style(colour);
+  ShowOptions showOptions;
+  DiffOptions diffOptions;
+  CLI::App app("Reads what CorvaneDxe publishes", "inspect");
+  app.require_subcommand(1);
+  app.footer("Exit status: 0 nothing found (diff-tables: equal), 1 findings (different), 2 unusable input or usage.");
+  AddShow(app, showOptions);
+  AddDiffTables(app, diffOptions);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, out, err) == 0 ? kClean : kUnusable;
+  }
+  if (app.got_subcommand("show")) {
+    return RunShow(showOptions, style, out, err);
+  }
+  if (diffOptions.Tables.empty()) {
+    diffOptions.Tables = AllTables();
+  }
+  return RunDiffTables(diffOptions, out);
+} catch (const std::exception& error) {
+  fmt::print(err, "inspect: {}\n", error.what());
+  return kUnusable;
+}
+
+}  // namespace corvane::inspect

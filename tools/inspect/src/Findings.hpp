@@ -1,0 +1,42 @@
+/** @file
+  Findings: what is wrong with an input that can still be read, and the exception for one that cannot.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace corvane::inspect {
+
+struct Finding {
+  std::string Code;  // stable, for programs
+  std::string Text;  // one sentence, for people
+};
+
+class Findings {
+ public:
+  template <typename... Args>
+  void Add(std::string code, fmt::format_string<Args...> text, Args&&... args) {
+    list_.push_back({std::move(code), fmt::format(text, std::forward<Args>(args)...)});
+  }
+  const std::vector<Finding>& List() const { return list_; }
+
+ private:
+  std::vector<Finding> list_;
+};
+
+// The input or the request cannot be answered at all; the text is the one line that says why.
+class UnusableInput : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace corvane::inspect

@@ -1,0 +1,17 @@
+/** @file
+  The driver's public wire headers. They define macros with everyday names: include this last, in sources alone.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+extern "C" {
+#include <Base.h>
+#include <Corvane/AttributeRecord.h>
+#include <Corvane/TableDescriptor.h>
+#include <Corvane/TableDirectory.h>
+#include <Corvane/TransportRecord.h>
+#include <IndustryStandard/PldmBios.h>
+}
