@@ -1,0 +1,218 @@
+/** @file
+  FakeNotebook: the platform side of a notebook on a FakeUefi; a test says what differs from an ordinary one and boots
+it.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include <array>
+#include <functional>
+#include <optional>
+
+#include "FakeUefi/FakeUefi.hpp"
+
+extern "C" {
+#include <Corvane/AttributeCache.h>
+#include <Corvane/TransportRecord.h>
+#include <Protocol/AssetTagLength.h>
+#include <Protocol/BootOptionSource.h>
+#include <Protocol/CameraIdentifiers.h>
+#include <Protocol/FirmwareVersion.h>
+#include <Protocol/FormBrowserData.h>
+#include <Protocol/FormSetsUpdated.h>
+#include <Protocol/ModeQuery.h>
+#include <Protocol/PasswordService.h>
+#include <Protocol/PasswordStateQuery.h>
+#include <Protocol/PublishedTables.h>
+#include <Protocol/SettingDefaults.h>
+#include <Protocol/Settings.h>
+#include <Protocol/TableTransport.h>
+#include <Protocol/TablesRequested.h>
+}
+
+/// One setup question. What is not said: eligible, with IFR, no help, its value 0 of one byte, and the text "en-US" as
+/// it is in "x-UEFI".
+class FakeQuestion {
+ public:
+  FakeQuestion(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt);
+
+  FakeQuestion& Help(std::u16string text) {
+    help_ = std::move(text);
+    return *this;
+  }
+  FakeQuestion& Value(UINT64 value, UINT16 size = 1) {
+    CurrentValue = value;
+    ValueSize = size;
+    return *this;
+  }
+  FakeQuestion& Text(std::optional<std::string> text) {
+    text_ = std::move(text);
+    return *this;
+  }
+  FakeQuestion& Bounds(UINT64 minimum, UINT64 maximum, UINT64 step = 1);
+  FakeQuestion& Option(UINT64 value, std::u16string keyword, std::u16string text);
+  FakeQuestion& Ineligible() {
+    eligible_ = 0;
+    return *this;
+  }
+  FakeQuestion& WithoutIfr() {
+    withoutIfr_ = true;
+    return *this;
+  }
+  FakeQuestion& WithoutKeyword() {
+    keyword_.reset();
+    return *this;
+  }
+
+  UINT32 Identifier;
+  UINT64 CurrentValue = 0;
+  UINT16 ValueSize = 1;
+
+ private:
+  friend class FakeNotebook;
+  struct Choice {
+    UINT64 Value;
+    std::u16string Keyword;
+    std::u16string Text;
+  };
+  UINT8 opcode_;
+  std::optional<std::u16string> keyword_;
+  std::u16string prompt_;
+  std::u16string help_;
+  std::optional<std::string> text_;
+  std::array<UINT64, 3> bounds_{};
+  std::vector<Choice> options_;
+  UINT8 eligible_ = 1;
+  bool withoutIfr_ = false;
+};
+
+class FakeFormSet {
+ public:
+  FakeQuestion& OneOf(UINT32 identifier, std::u16string keyword, std::u16string prompt);
+  FakeQuestion& Checkbox(UINT32 identifier, std::u16string keyword, std::u16string prompt);
+  FakeQuestion& Numeric(UINT32 identifier, std::u16string keyword, std::u16string prompt);
+  FakeQuestion& String(UINT32 identifier, std::u16string keyword, std::u16string prompt);
+  FakeQuestion& Question(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt);
+
+  EFI_GUID Guid{};
+  std::u16string Title;
+  EFI_STATUS ParseStatus = EFI_SUCCESS;
+  std::list<FakeQuestion> Questions;
+};
+
+struct FakeSetting {
+  UINT64 Value = 0;
+  EFI_STATUS Status = EFI_SUCCESS;
+};
+
+struct FakeBootOption {
+  UINT16 Priority;
+  bool Active;
+  std::u16string Description;
+  Bytes DevicePath;
+
+  /// A device path of one BBS node, and its end.
+  static Bytes Bbs(UINT16 deviceType);
+};
+
+struct FakePassword {
+  PasswordEntry Entry;
+  UINT32 State;
+};
+
+/// A platform with all its protocols. Reboot() keeps what the test set here and the non-volatile variables.
+class FakeNotebook {
+ public:
+  FakeNotebook();
+  FakeNotebook(const FakeNotebook&) = delete;
+  FakeNotebook& operator=(const FakeNotebook&) = delete;
+  ~FakeNotebook();
+
+  FakeUefi Uefi;
+
+  // What the notebook is like.
+
+  std::set<EFI_GUID, GuidLess> Absent;               ///< protocols that are not installed
+  std::map<EFI_GUID, EFI_STATUS, GuidLess> Failing;  ///< what every call of a protocol answers
+  std::optional<std::string> PlatformLanguage = "en-US";
+  std::map<UINT32, FakeSetting> Settings;  ///< a question's identifier reads the question otherwise
+  std::map<UINT32, UINT64> Defaults;
+  std::list<FakeFormSet> FormSets;
+  EFI_STATUS ListStatus = EFI_SUCCESS;
+  bool FactoryMode = false;
+  PasswordServiceProtocol PasswordService{PASSWORD_SERVICE_OWNER_REVISION, {}, 0};
+  std::vector<FakePassword> Passwords;
+  UINT64 AssetTagMaximum = 10;
+  std::array<std::optional<std::string>, 2> PlatformStrings;
+  std::string Version = "1.2.3";
+  std::vector<const CHAR8*> Cameras;
+  std::optional<UINT8> CameraCount;  ///< announced, when it is not the number of Cameras
+  std::vector<FakeBootOption> BootOptions;
+  size_t BootBlockCut = 0;                 ///< bytes missing at the end of their block
+  std::map<UINT8, EFI_STATUS> SendStatus;  ///< by type of record
+
+  FakeFormSet& AddFormSet(std::u16string title);
+  [[nodiscard]] FakeQuestion& QuestionOf(UINT32 identifier);
+
+  // The boot.
+
+  /// Installs what is not Absent and not installed yet. Part of Start.
+  void InstallProtocols();
+  /// Installs the platform's protocols and starts the driver; what its entry point returns.
+  EFI_STATUS Start();
+  EFI_HANDLE SignalFormSetsUpdated() { return Uefi.Install(gVaroFormSetsUpdatedProtocolGuid, nullptr); }
+  EFI_HANDLE SignalTablesRequested() { return Uefi.Install(gVaroTablesRequestedProtocolGuid, nullptr); }
+  /// Start and both signals.
+  EFI_STATUS Boot();
+  void Reboot();
+
+  // What it left.
+
+  std::vector<Bytes> Records;  ///< as sent, header included
+  std::vector<UINT32> ModesAsked;
+  std::vector<std::pair<UINT32, UINT64>> SettingsRead;  ///< number and announced size
+  size_t FormSetsParsed = 0;
+  size_t QuestionListsOut = 0;  ///< parsed and not yet released
+  std::function<void()> OnSend;
+
+  [[nodiscard]] Bytes Payload(size_t record) const;
+  [[nodiscard]] const PublishedTablesInterface* Published() const;
+  [[nodiscard]] Bytes Table(size_t descriptor) const;
+  [[nodiscard]] const FakeUefi::Variable* Variable(std::u16string_view name) const;
+  void SetVariable(std::u16string_view name, UINT32 attributes, const Bytes& data);
+
+ private:
+  struct ParsedFormSet {
+    QuestionRecord* First = nullptr;
+    std::deque<QuestionRecord> Questions;
+    std::deque<std::vector<QuestionOption>> Options;
+    std::deque<std::string> Texts;
+  };
+
+  void FillProtocols();
+
+  [[nodiscard]] EFI_STATUS Enter(const EFI_GUID& guid);
+  static EFI_STATUS EFIAPI QueryModes(UINT32* result, ...);
+  EFI_STATUS ReadSetting(UINT32 setting, UINT64* size, void* value);
+  EFI_STATUS ParseFormSet(const FormSetRecord& formSet, QuestionRecord** questions);
+  EFI_STATUS ReleaseQuestions(const QuestionRecord* questions);
+  EFI_STATUS GetOptions(UINT64* size, BootOptionBlock** block);
+  EFI_STATUS AnswerPassword(UINT32 question, UINT32 entry, UINT64* size, void* answer);
+
+  SettingsProtocol settings_{};
+  SettingDefaultsProtocol defaults_{};
+  FormBrowserDataProtocol browser_{};
+  TableTransportProtocol transport_{};
+  ModeQueryProtocol mode_{};
+  PasswordStateQueryProtocol passwordState_{};
+  AssetTagLengthProtocol assetTag_{};
+  FirmwareVersionData versionData_{};
+  FirmwareVersionProtocol version_{};
+  CameraIdentifiersProtocol cameras_{};
+  BootOptionSourceProtocol bootOptions_{};
+
+  std::list<FormSetRecord> formSetRecords_;
+  std::list<ParsedFormSet> parsed_;
+};

@@ -1,0 +1,49 @@
+/** @file
+  Fixture of tests that boot a FakeNotebook and look at what the driver gathered.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "FakeUefi/FakeNotebook.hpp"
+#include "Host/StoreBuilder.hpp"
+#include "Host/TestBytes.hpp"
+#include "lifecycle/DriverState.hpp"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Texts = std::vector<std::string>;
+
+/// A record in one line: handle, name, type (! = read-only), #token, bytes of the setting, and what its type adds:
+/// enum a=0|b=1 default,current; int lower..upper/step default,current; str min..max text; pw max installed;
+/// boot names order; set members.
+std::string Describe(const AttributeDatabase& database, const AttributeRecord& record);
+
+class NotebookFixture : public testing::Test {
+ protected:
+  /// Boots up to the form sets being updated.
+  void Gather() {
+    notebook.Start();
+    notebook.SignalFormSetsUpdated();
+  }
+  /// Boots anew, with what the test changed since.
+  void GatherAnew() {
+    notebook.Reboot();
+    Gather();
+  }
+  static AttributeDatabase& Database() { return mState.Database; }
+
+  /// All records, in handle order.
+  static Texts Attributes();
+  static std::string Attribute(UINT16 handle);
+  /// The attribute of a token, or "".
+  static std::string ByToken(UINT32 token);
+  /// All strings of an array from handle 16 on.
+  static Texts Strings(StringArray array);
+
+  FakeNotebook notebook;
+};

@@ -1,0 +1,236 @@
+/** @file
+  Tests of encoder and decoder against each other and against EDK II's, whose decoder other firmware reads the cache
+with.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "FakeUefi/ReferenceCompression.hpp"
+#include "Host/database/CompressionSamples.hpp"
+#include "database/Compressor.hpp"
+#include "database/Decompressor.hpp"
+
+namespace {
+
+constexpr UINT32 kScratchSize = 13376;
+
+Bytes Compressed(const Bytes& source) {
+  UINT32 size = 0;
+  EXPECT_EQ(Compress(Span(source), nullptr, size), EFI_BUFFER_TOO_SMALL);
+  Bytes stream(size);
+  EXPECT_EQ(Compress(Span(source), std::as_writable_bytes(std::span(stream)).data(), size), EFI_SUCCESS);
+  EXPECT_EQ(size, stream.size());
+  return stream;
+}
+
+struct Decompressed {
+  EFI_STATUS Status;
+  Bytes Data;
+};
+Decompressed DecompressAll(const Bytes& stream) {
+  UINT32 size = 0;
+  UINT32 scratchSize = 0;
+  if (DecompressGetInfo(Span(stream), size, scratchSize) != EFI_SUCCESS) {
+    return {EFI_INVALID_PARAMETER, {}};
+  }
+  Bytes output(size);
+  Bytes scratch(scratchSize, 0xA5);  // what it holds is no matter
+  const EFI_STATUS status =
+      Decompress(Span(stream), std::as_writable_bytes(std::span(output)), std::as_writable_bytes(std::span(scratch)));
+  return {status, output};
+}
+
+/// Bytes whose counts are Fibonacci numbers, in no order: their ideal codes are longer than the format's.
+Bytes SteepSample() {
+  Bytes bytes;
+  for (unsigned symbol = 0, count = 1, next = 1; symbol < 18; ++symbol) {
+    bytes.insert(bytes.end(), count, U8(symbol));
+    count = std::exchange(next, count + next);
+  }
+  std::shuffle(bytes.begin(), bytes.end(), std::mt19937{3});
+  return bytes;
+}
+
+class CompressionTest : public testing::Test {
+ protected:
+  ~CompressionTest() override { EXPECT_EQ(uefi.LivePoolBlocks(), 0U); }
+
+  static void ExpectRoundTrip(const Bytes& source) {
+    const Bytes stream = Compressed(source);
+    EXPECT_EQ(BytesAt(stream.data(), 8), Join(static_cast<UINT32>(stream.size() - 8), U32(UINT32(source.size()))));
+    const Decompressed ours = DecompressAll(stream);
+    EXPECT_EQ(ours.Status, EFI_SUCCESS);
+    EXPECT_TRUE(ours.Data == source);
+    if (!source.empty()) {
+      EXPECT_TRUE(ReferenceDecompress(stream) == source);
+      const Decompressed reference = DecompressAll(ReferenceCompress(source));
+      EXPECT_EQ(reference.Status, EFI_SUCCESS);
+      EXPECT_TRUE(reference.Data == source);
+    }
+  }
+
+  FakeUefi uefi;
+};
+
+TEST_F(CompressionTest, EveryKindOfDataComesBackThroughBothDecoders) {
+  const struct {
+    const char* Name;
+    Bytes Source;
+    double MostOfReference;  // size, against the stream of EDK II's encoder
+  } rows[] = {
+      {"nothing", {}, 9},
+      {"help texts", HelpTextSample(50000), 0.97},
+      {"few help texts", HelpTextSample(700), 0.97},
+      {"beyond 64 KiB, where positions repeat", HelpTextSample(150000), 0.97},
+      {"one run", Bytes(70000, 0x20), 1},
+      {"a run between other blocks", Join(RandomSample(20000, 256), Bytes(2200000, 0), RandomSample(20000, 256)), 1.01},
+      {"a period of the window", Join(RandomSample(8192, 256), RandomSample(8192, 256)), 1.01},
+      {"a period beyond it", Join(RandomSample(8193, 256), RandomSample(8193, 256)), 1.01},
+      {"no order", RandomSample(40000, 256), 1.01},
+      {"two symbols", RandomSample(40000, 2), 1},
+      {"two symbols that are far apart", Join(Bytes(20, 0), RandomSample(1, 256), Bytes{0xFF}), 1},
+      {"codes beyond 16 bits", SteepSample(), 1.01},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Name);
+    ExpectRoundTrip(row.Source);
+    if (!row.Source.empty()) {
+      EXPECT_LE(static_cast<double>(Compressed(row.Source).size()),
+                row.MostOfReference * static_cast<double>(ReferenceCompress(row.Source).size()));
+    }
+  }
+}
+
+TEST_F(CompressionTest, EverySmallSizeComesBack) {
+  for (size_t size = 1; size <= 300; ++size) {
+    SCOPED_TRACE(size);
+    ExpectRoundTrip(RandomSample(size, 1U + static_cast<unsigned>(size * 7 % 256), static_cast<unsigned>(size)));
+  }
+}
+
+TEST_F(CompressionTest, TheSizeNeededIsToldWhateverTheRoom) {
+  const Bytes source = HelpTextSample(2000);
+  const Bytes stream = Compressed(source);
+  const auto needed = static_cast<UINT32>(stream.size());
+  for (const UINT32 room : {0U, 7U, 8U, needed - 1, needed, needed + 9}) {
+    SCOPED_TRACE(room);
+    Bytes destination(needed + 9, 0xEE);
+    UINT32 size = room;
+    const bool fits = room >= needed;
+    EXPECT_EQ(Compress(Span(source), std::as_writable_bytes(std::span(destination)).data(), size),
+              fits ? EFI_SUCCESS : EFI_BUFFER_TOO_SMALL);
+    EXPECT_EQ(size, needed);
+    const size_t used = std::min(room, needed);
+    EXPECT_EQ(Middle(destination, used, 0), Bytes(destination.size() - used, 0xEE));
+    if (fits) {
+      EXPECT_EQ(Middle(destination, 0, destination.size() - used), stream);
+    }
+    size = room;
+    EXPECT_EQ(Compress(Span(source), nullptr, size), EFI_BUFFER_TOO_SMALL);
+    EXPECT_EQ(size, needed);
+  }
+}
+
+TEST_F(CompressionTest, AScarcePoolShortensTheStagingBuffer) {
+  const Bytes source = HelpTextSample(50000);
+  Bytes stream(source.size());
+  const auto compress = [&] {
+    auto size = static_cast<UINT32>(stream.size());
+    const EFI_STATUS status = Compress(Span(source), std::as_writable_bytes(std::span(stream)).data(), size);
+    EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
+    return status;
+  };
+  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
+  EXPECT_EQ(compress(), EFI_OUT_OF_RESOURCES);
+
+  uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES);
+  EXPECT_EQ(compress(), EFI_SUCCESS);
+  EXPECT_TRUE(DecompressAll(stream).Data == source);
+  EXPECT_TRUE(ReferenceDecompress(stream) == source);
+
+  // 16384, 14742, 13266, 11934, 10737, 9657, 8685, 7812, 7029, 6318, 5679, 5103, 4590, 4131; 3717 is not asked for.
+  uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES, FakeUefi::Later::Fail);
+  const size_t before = uefi.Calls(Service::Allocation);
+  EXPECT_EQ(compress(), EFI_OUT_OF_RESOURCES);
+  EXPECT_EQ(uefi.Calls(Service::Allocation) - before, 1 + 14U);
+}
+
+TEST_F(CompressionTest, DecompressionNeedsAWholeStreamAndRoom) {
+  const Bytes source = HelpTextSample(500);
+  const Bytes stream = Compressed(source);
+  UINT32 size = 0;
+  UINT32 scratchSize = 0;
+  EXPECT_EQ(DecompressGetInfo(Span(stream).first(7), size, scratchSize), EFI_INVALID_PARAMETER);
+  EXPECT_EQ(DecompressGetInfo(Span(stream).first(8), size, scratchSize), EFI_SUCCESS);
+  EXPECT_EQ(size, source.size());
+  EXPECT_EQ(scratchSize, kScratchSize);
+
+  const struct {
+    const char* Name;
+    size_t Stream, Destination, ScratchFrom, Scratch;
+    EFI_STATUS Status;
+  } rows[] = {
+      {"cut short", stream.size() - 1, size, 0, kScratchSize, EFI_INVALID_PARAMETER},
+      {"half a header", 7, size, 0, kScratchSize, EFI_INVALID_PARAMETER},
+      {"no room", stream.size(), size - 1, 0, kScratchSize, EFI_INVALID_PARAMETER},
+      {"no scratch", stream.size(), size, 0, kScratchSize - 1, EFI_INVALID_PARAMETER},
+      {"an odd scratch address", stream.size(), size, 1, kScratchSize, EFI_SUCCESS},
+      {"more room than needed", stream.size(), size + 1, 0, kScratchSize + 1, EFI_SUCCESS},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Name);
+    Bytes destination(row.Destination, 0xEE);
+    Bytes scratch(kScratchSize + 1);
+    EXPECT_EQ(Decompress(Span(stream).first(row.Stream), std::as_writable_bytes(std::span(destination)),
+                         std::as_writable_bytes(std::span(scratch)).subspan(row.ScratchFrom, row.Scratch)),
+              row.Status);
+    if (row.Status == EFI_SUCCESS) {
+      EXPECT_EQ(Middle(destination, 0, row.Destination - size), source);
+      EXPECT_EQ(Middle(destination, size, 0), Bytes(row.Destination - size, 0xEE));
+    }
+  }
+}
+
+TEST_F(CompressionTest, DamagedStreamsMeanWhatTheyMeanToEdk2) {
+  std::mt19937 random{11};
+  size_t accepted = 0;
+  size_t refused = 0;
+  const Bytes sources[] = {HelpTextSample(900), RandomSample(900, 20), SteepSample()};
+  for (const Bytes& source : sources) {
+    for (const Bytes& stream : {Compressed(source), ReferenceCompress(source)}) {
+      // Damage to the alphabets is more telling than damage to the codes.
+      const size_t heads = std::min<size_t>(stream.size(), 90);
+      for (int round = 0; round < 4000; ++round) {
+        Bytes damaged = stream;
+        for (auto places = 1 + random() % 3; places > 0; --places) {
+          const size_t place = 8 + random() % ((random() % 2 == 0 ? heads : stream.size()) - 8);
+          damaged[place] = random() % 4 == 0 ? U8(random() & 0xFF) : U8(damaged[place] ^ 1U << random() % 8);
+        }
+        if (random() % 8 == 0) {
+          damaged.resize(8 + random() % (stream.size() - 8));
+          const Bytes size = Join(static_cast<UINT32>(damaged.size() - 8));
+          std::ranges::copy(size, damaged.begin());
+        }
+        const Bytes theirs = ReferenceDecompress(damaged);
+        const Decompressed ours = DecompressAll(damaged);
+        if (theirs.empty()) {
+          ++refused;
+          continue;
+        }
+        ++accepted;
+        ASSERT_EQ(ours.Status, EFI_SUCCESS) << "round " << round;
+        ASSERT_TRUE(ours.Data == theirs) << "round " << round;
+      }
+    }
+  }
+  // The damage is neither too slight nor too coarse to tell anything.
+  EXPECT_GT(accepted, 1000U);
+  EXPECT_GT(refused, 1000U);
+}
+
+}  // namespace
