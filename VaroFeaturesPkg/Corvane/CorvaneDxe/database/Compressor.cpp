@@ -21,8 +21,8 @@ constexpr size_t kSmallestStagingSize = 4096;
 // The texts are UCS-2: shorter strings than these repeat everywhere, and are hardly worth a match.
 constexpr UINT32 kHashedBytes = 5;
 constexpr UINT32 kHashSize = 4096;
-constexpr UINT32 kLongestChain = 8;  // candidates tried at one position
-constexpr UINT32 kGoodMatch = 24;    // bytes; what lies inside such a match is not searched
+constexpr UINT32 kLongestChain = 16;  // candidates tried at one position
+constexpr UINT32 kGoodMatch = 24;     // bytes; what lies inside such a match is not searched
 
 constexpr UINT32 kStretch = 2048;  // bytes parsed at once
 constexpr UINT32 kRehearsal = 1024;
@@ -76,6 +76,13 @@ struct Workspace {
   Step Steps[kStretch + 1];
   Node Nodes[2 * kByteCodes];  // the leaves by weight, then the inner nodes in the order of their making
 };
+
+template <typename T>
+T Load(const std::byte* bytes) {
+  T value;
+  __builtin_memcpy(&value, bytes, sizeof(value));
+  return value;
+}
 
 /// Counts what does not fit, so that one pass gives both the stream and the size it needs.
 class BitWriter {
@@ -149,8 +156,7 @@ class Encoder {
 
   /// Of five bytes, in three steps: most of the bytes of a text are zero, so neighbours go in together.
   [[nodiscard]] UINT32 Hash(const std::byte* bytes) const {
-    UINT32 pairs = 0;
-    __builtin_memcpy(&pairs, bytes, sizeof(pairs));
+    UINT32 pairs = Load<UINT32>(bytes);
     pairs ^= pairs >> 8;
     UINT32 crc = work_.Crc[pairs & 0xFF];
     crc = (crc >> 8) ^ work_.Crc[(crc ^ (pairs >> 16)) & 0xFF];
@@ -172,12 +178,9 @@ class Encoder {
   [[nodiscard]] static UINT32 MatchLength(const std::byte* here, const std::byte* there, UINT32 limit) {
     UINT32 length = 0;
     for (; limit - length >= sizeof(UINT64); length += sizeof(UINT64)) {
-      UINT64 ours = 0;
-      UINT64 theirs = 0;
-      __builtin_memcpy(&ours, here + length, sizeof(ours));
-      __builtin_memcpy(&theirs, there + length, sizeof(theirs));
-      if (ours != theirs) {
-        return length + static_cast<UINT32>(std::countr_zero(ours ^ theirs)) / 8;
+      const UINT64 difference = Load<UINT64>(here + length) ^ Load<UINT64>(there + length);
+      if (difference != 0) {
+        return length + static_cast<UINT32>(std::countr_zero(difference)) / 8;
       }
     }
     while (length < limit && here[length] == there[length]) {
@@ -232,15 +235,16 @@ class Encoder {
     UINT32 longest = kMinMatch - 1;
     UINT32 farthest = 0;
     UINT16 candidate = Insert(position);
-    for (UINT32 tries = kLongestChain; tries > 0 && longest < limit; --tries) {
+    for (UINT32 tries = kLongestChain; tries > 0; --tries) {
       // Stale entries are told from others by their bytes alone; a chain that turns back has come to its end.
       const UINT32 distance = static_cast<UINT16>(position - candidate);
       if (distance <= farthest || distance > reach) {
         break;
       }
       farthest = distance;
+      // Two bytes, as every other byte of a text is zero.
       const std::byte* there = here - distance;
-      if (there[longest] == here[longest]) {
+      if (Load<UINT16>(there + longest - 1) == Load<UINT16>(here + longest - 1)) {
         const UINT32 length = MatchLength(here, there, limit);
         const UINT32 width = BitWidth(distance - 1);
         const UINT32 price =
@@ -249,6 +253,9 @@ class Encoder {
           ++longest;
           Offer(from[longest], {price + work_.Prices[kBytes.First + MatchCode(longest)], static_cast<UINT16>(longest),
                                 static_cast<UINT16>(distance)});
+        }
+        if (longest == limit) {
+          break;
         }
       }
       candidate = work_.Previous[candidate % kWindowSize];
@@ -502,17 +509,14 @@ EFI_STATUS Compress(std::span<const std::byte> source, std::byte* destination, U
 
   const UINT32 room = destination == nullptr ? 0 : destinationSize;
   BitWriter output({destination, room});
-  output.Put(0, 32);
-  output.Put(static_cast<UINT32>(source.size()), 32);
+  output.Put(0, 32);  // the compressed size comes last
+  output.Put(__builtin_bswap32(static_cast<UINT32>(source.size())), 32);
   Encoder(source, {staging.get(), stagingSize / sizeof(UINT16)}, *work, output).Run();
   destinationSize = output.Size();
   if (destinationSize > room) {
     return EFI_BUFFER_TOO_SMALL;
   }
-  const UINT32 payload = destinationSize - kCompressionHeaderSize;
-  for (UINT32 i = 0; i < 4; ++i) {
-    destination[i] = std::byte(payload >> (8 * i));
-    destination[i + 4] = std::byte(source.size() >> (8 * i));
-  }
+  const UINT32 compressedSize = destinationSize - kCompressionHeaderSize;
+  __builtin_memcpy(destination, &compressedSize, sizeof(compressedSize));
   return EFI_SUCCESS;
 }

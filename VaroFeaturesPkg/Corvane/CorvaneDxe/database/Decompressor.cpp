@@ -5,7 +5,6 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include <bit>
-#include <memory>
 
 #include "database/Decompressor.hpp"
 
@@ -125,7 +124,7 @@ class Decoder {
     while (next < std::min(count, kShortAlphabet)) {
       UINT32 length = bits_.Take(3);
       if (length == 7) {  // in unary from here on
-        const UINT32 ones = std::countl_one(bits_.Peek(29) << 3);
+        const auto ones = static_cast<UINT32>(std::countl_one(bits_.Peek(29) << 3));
         bits_.Skip(ones + 1);
         length += ones;
       }
@@ -274,9 +273,9 @@ EFI_STATUS Decompress(std::span<const std::byte> source, std::span<std::byte> de
   if (!reader.Ok() || size > destination.size() || scratch.size() < kScratchSize) {
     return EFI_INVALID_PARAMETER;
   }
-  void* block = scratch.data();
-  size_t space = scratch.size();
-  auto* tables = static_cast<DecoderTables*>(std::align(alignof(DecoderTables), sizeof(DecoderTables), block, space));
+  static_assert(alignof(DecoderTables) == 2);
+  std::byte* const aligned = scratch.data() + reinterpret_cast<UINTN>(scratch.data()) % alignof(DecoderTables);
+  auto* tables = reinterpret_cast<DecoderTables*>(aligned);
   ZeroMem(tables, sizeof(DecoderTables));
   return Decoder(stream, *tables).Run(destination.first(size)) ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
 }

@@ -16,6 +16,10 @@ extern "C" {
 
 namespace {
 
+size_t LengthOf(const EFI_DEVICE_PATH_PROTOCOL& node) {
+  return node.Length[0] | static_cast<size_t>(node.Length[1]) << 8;
+}
+
 constexpr UINT8 kBootConfigType = 2;  // DSP0247: the configuration of the next boot
 constexpr UINT8 kSupportedModes = 3;  // DSP0247: ordered, with fail-through
 constexpr CHAR16 kSourcePrefix[] = {'V', 'a', 'r', 'o', ':'};
@@ -33,7 +37,7 @@ bool DevicePathIsValid(std::span<const std::byte> path) {
   ByteReader reader{path};
   while (!reader.AtEnd()) {
     const auto node = reader.ReadStruct<EFI_DEVICE_PATH_PROTOCOL>();
-    const size_t length = node.Length[0] | node.Length[1] << 8;
+    const size_t length = LengthOf(node);
     if (!reader.Ok() || length < sizeof(node)) {
       return false;
     }
@@ -97,8 +101,7 @@ Ucs2View DeviceTypeName(const BootOptionView& option) {
     return {};
   }
   const auto& node = reinterpret_cast<const BBS_BBS_DEVICE_PATH&>(*option.DevicePath);
-  const size_t length = node.Header.Length[0] | node.Header.Length[1] << 8;
-  if (node.Header.Type != BBS_DEVICE_PATH || length < offsetof(BBS_BBS_DEVICE_PATH, StatusFlag)) {
+  if (node.Header.Type != BBS_DEVICE_PATH || LengthOf(node.Header) < offsetof(BBS_BBS_DEVICE_PATH, StatusFlag)) {
     return {};
   }
   switch (node.DeviceType) {

@@ -1,0 +1,46 @@
+/** @file
+  Fuzz target of the boot options: whatever the platform's block holds, it is refused, or its options make an attribute.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "FakeUefi/FakeUefi.hpp"
+#include "sources/BootConfiguration.hpp"
+
+extern "C" {
+#include <Protocol/BootOptionSource.h>
+}
+
+namespace {
+
+std::span<const std::uint8_t> input;
+
+EFI_STATUS EFIAPI GetOptions(UINT32, UINT32, UINT64* size, BootOptionBlock** block) {
+  *size = input.size();
+  *block = static_cast<BootOptionBlock*>(FakeUefi::Current().GivePool(input.size()));
+  std::copy(input.begin(), input.end(), reinterpret_cast<std::uint8_t*>(*block));
+  return EFI_SUCCESS;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
+  FakeUefi uefi;
+  BootOptionSourceProtocol source{{nullptr, nullptr}, GetOptions};
+  uefi.Install(gVaroBootOptionSourceProtocolGuid, &source);
+  input = {data, size};
+  AttributeDatabase database;
+  BootConfigurationState state{};
+  if (EFI_ERROR(database.AllocateStore())) {
+    __builtin_trap();
+  }
+  if (!EFI_ERROR(ReadBootOptions(state))) {
+    BuildBootConfiguration(database, state);
+    const bool built = database.AttributeAt(ATTRIBUTE_HANDLE_BOOT_CONFIGURATION) != nullptr;
+    if (!built || state.OptionCount > BOOT_OPTION_CAPACITY || state.CurrentCount > state.OptionCount) {
+      __builtin_trap();
+    }
+  }
+  database.ReleaseIndexes();
+  return 0;
+}
