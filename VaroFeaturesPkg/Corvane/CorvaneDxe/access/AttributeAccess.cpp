@@ -6,4 +6,6 @@
 **/
 #include "access/AttributeAccess.hpp"
 
-EFI_STATUS InstallAttributeAccessProtocol(EFI_HANDLE, EFI_SYSTEM_TABLE*) { return EFI_UNSUPPORTED; }
+EFI_STATUS InstallAttributeAccessProtocol(EFI_HANDLE, EFI_SYSTEM_TABLE*) {
+  return EFI_UNSUPPORTED;
+}

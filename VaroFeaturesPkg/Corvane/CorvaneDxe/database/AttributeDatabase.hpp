@@ -46,8 +46,8 @@ class AttributeDatabase {
   [[nodiscard]] AttributeRecord* AttributeAt(UINT16 slot) const;
   [[nodiscard]] AttributeRecord* FindAttributeByToken(UINT32 token);
 
-  /// The record in the next live slot after `slot`, or null past the end. Begin with slot 0. The walk goes by slots, not
-  /// by the records' own handles, so that no cached record can make it go round in circles.
+  /// The record in the next live slot after `slot`, or null past the end. Begin with slot 0. The walk goes by slots,
+  /// not by the records' own handles, so that no cached record can make it go round in circles.
   [[nodiscard]] AttributeRecord* NextAttribute(UINT16& slot) const;
 
   /// First attribute handle that is not live.

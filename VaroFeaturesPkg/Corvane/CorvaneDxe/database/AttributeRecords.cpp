@@ -76,7 +76,9 @@ void PutText(ByteWriter& writer, const CHAR8* text, TextForm form) {
 
 }  // namespace
 
-const RecordShape& ShapeOf(const AttributeRecord& record) { return kShapes[static_cast<size_t>(BaseType(record))]; }
+const RecordShape& ShapeOf(const AttributeRecord& record) {
+  return kShapes[static_cast<size_t>(BaseType(record))];
+}
 
 void PutRecord(ByteWriter& writer, const AttributeRecord& record, TextForm textForm) {
   const RecordShape& shape = ShapeOf(record);

@@ -36,7 +36,9 @@ constexpr AttributeType BaseType(const AttributeRecord& record) {
   return AttributeType{PLDM_BIOS_ATTRIBUTE_BASE_TYPE(record.Type)};
 }
 
-constexpr bool HasKnownType(const AttributeRecord& record) { return BaseType(record) <= AttributeType::ConfigurationSet; }
+constexpr bool HasKnownType(const AttributeRecord& record) {
+  return BaseType(record) <= AttributeType::ConfigurationSet;
+}
 
 /// Where the parts of a record lie, as offsets into it. Serialized, a record is its bytes up to `FixedEnd`, then the
 /// elements of its arrays or its text, then its bytes from `TailBegin` to `Size`. An offset of 0 means that there is no
@@ -44,10 +46,10 @@ constexpr bool HasKnownType(const AttributeRecord& record) { return BaseType(rec
 struct RecordShape {
   UINT8 Size;
   UINT8 FixedEnd;
-  UINT8 Count;      // number of elements of the arrays
-  UINT8 Handles;    // pointer to UINT16 elements
-  UINT8 Values;     // pointer to UINT64 elements
-  UINT8 Text;       // pointer to ASCII
+  UINT8 Count;    // number of elements of the arrays
+  UINT8 Handles;  // pointer to UINT16 elements
+  UINT8 Values;   // pointer to UINT64 elements
+  UINT8 Text;     // pointer to ASCII
   UINT8 TailBegin;
 };
 
@@ -95,8 +97,8 @@ template <typename T>
 [[nodiscard]] OwnedRecord<T> MakeRecord(bool readOnly = false) {
   OwnedRecord<T> record{AllocateZeroed<T>().release()};
   if (record) {
-    record->Head.Type = static_cast<UINT8>(static_cast<UINT8>(kTypeOf<T>) |
-                                           (readOnly ? PLDM_BIOS_ATTRIBUTE_READ_ONLY : 0));
+    record->Head.Type =
+        static_cast<UINT8>(static_cast<UINT8>(kTypeOf<T>) | (readOnly ? PLDM_BIOS_ATTRIBUTE_READ_ONLY : 0));
   }
   return record;
 }

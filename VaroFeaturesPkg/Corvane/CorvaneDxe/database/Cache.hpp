@@ -16,8 +16,8 @@
 /// where that is recorded, the cache is deleted so that the next boot gathers anew.
 void RestoreCache(AttributeDatabase& database);
 
-/// Writes the database to the cache, the firmware version last as the mark that all the rest is there. A failure deletes
-/// the cache.
+/// Writes the database to the cache, the firmware version last as the mark that all the rest is there. A failure
+/// deletes the cache.
 EFI_STATUS WriteCache(const AttributeDatabase& database);
 
 /// Deletes the cache; the status of the last deletion.

@@ -180,8 +180,8 @@ void RestoreCache(AttributeDatabase& database) {
     restored = restored && outcome != Outcome::Recorded;
   };
   for (const CachedStrings& kind : kCachedStrings) {
-    note(kind.Variable, RestoreStrings(database, kind,
-                                       kind.Array == StringArray::Names ? saved.NameCount : saved.DisplayCount));
+    note(kind.Variable,
+         RestoreStrings(database, kind, kind.Array == StringArray::Names ? saved.NameCount : saved.DisplayCount));
   }
   note(kAttributesDataVariable, RestoreAttributes(database, saved.AttributeCount));
   if (!restored) {

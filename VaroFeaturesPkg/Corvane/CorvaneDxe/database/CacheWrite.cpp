@@ -93,8 +93,8 @@ EFI_STATUS WriteVersion() {
 EFI_STATUS WriteCache(const AttributeDatabase& database) {
   for (const CachedStrings& kind : kCachedStrings) {
     if (const EFI_STATUS status = WriteStringVariable(database, kind); EFI_ERROR(status)) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r: the next boot gathers anew\n", kind.Variable,
-             status));
+      DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r: the next boot gathers anew\n",
+             kind.Variable, status));
       // No list of an earlier version may stand under the new one; the next restore finds it missing.
       IgnoreStatus(WriteVariable(kind.Variable, gVaroAttributeVariableGuid, kNonVolatile, {}));
     }

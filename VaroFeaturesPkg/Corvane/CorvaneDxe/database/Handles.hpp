@@ -18,7 +18,7 @@ enum class AttributeHandle : UINT16 {};  // slot of an AttributeRecord; 0 = no a
 constexpr UINT16 kFirstHandle = ATTRIBUTE_STORE_FIRST_HANDLE;
 
 template <typename Handle>
-  requires std::is_enum_v<Handle>
+requires std::is_enum_v<Handle>
 constexpr UINT16 Raw(Handle handle) {
   return static_cast<UINT16>(handle);
 }

@@ -10,8 +10,8 @@
 #include "uefi/Pool.hpp"
 #include "uefi/Text.hpp"
 
-/// Hash chains over the handles of one string array, in pool while strings are gathered. It answers only while it covers
-/// every string of its array; otherwise the array is searched from its start.
+/// Hash chains over the handles of one string array, in pool while strings are gathered. It answers only while it
+/// covers every string of its array; otherwise the array is searched from its start.
 class StringIndex {
  public:
   /// True while the index covers handles 16 to count + 15. An index of nothing is set up on the way; without memory

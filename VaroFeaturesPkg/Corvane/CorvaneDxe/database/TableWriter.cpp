@@ -18,22 +18,25 @@ struct CatalogueEntry {
 };
 
 constexpr std::array<CatalogueEntry, TABLE_DESCRIPTOR_COUNT> kCatalogue = {{
-    {0, 7680},    // "StringsTable"
-    {1, 3072},    // "AttributeTable"
-    {2, 2048},    // "CurrentValueTable"
-    {3, 2048},    // "PendingValueTable"
-    {4, 4096},    // "Handle To Property ID translation Table"
-    {5, 2048},    // "Accepted Attributes Table"
-    {6, 2048},    // "Current/Pending passwords Table"
-    {7, 1024},    // "Temporary (scratch pad) Table"
+    {0, 7680},  // "StringsTable"
+    {1, 3072},  // "AttributeTable"
+    {2, 2048},  // "CurrentValueTable"
+    {3, 2048},  // "PendingValueTable"
+    {4, 4096},  // "Handle To Property ID translation Table"
+    {5, 2048},  // "Accepted Attributes Table"
+    {6, 2048},  // "Current/Pending passwords Table"
+    {7, 1024},  // "Temporary (scratch pad) Table"
     {8, 1024},
     {9, 10240},   // display strings
     {10, 65535},  // help strings
 }};
 
-constexpr std::array<UINT32, 5> kBuiltTables = {TABLE_STRINGS, TABLE_ATTRIBUTES, TABLE_VALUES, TABLE_DISPLAY, TABLE_HELP};
+constexpr std::array<UINT32, 5> kBuiltTables = {TABLE_STRINGS, TABLE_ATTRIBUTES, TABLE_VALUES, TABLE_DISPLAY,
+                                                TABLE_HELP};
 
-std::byte* DataOf(const TableDescriptor& table) { return reinterpret_cast<std::byte*>(static_cast<UINTN>(table.Data)); }
+std::byte* DataOf(const TableDescriptor& table) {
+  return reinterpret_cast<std::byte*>(static_cast<UINTN>(table.Data));
+}
 
 }  // namespace
 

@@ -33,8 +33,7 @@ class TableWriter {
   EFI_STATUS AppendTableBytes(UINT32 index, std::span<const std::byte> bytes);
 
   template <typename T>
-    requires std::is_trivially_copyable_v<T>
-  EFI_STATUS AppendValue(UINT32 index, const T& value) {
+  requires std::is_trivially_copyable_v<T> EFI_STATUS AppendValue(UINT32 index, const T& value) {
     return AppendTableBytes(index, std::as_bytes(std::span<const T, 1>(&value, 1)));
   }
 

@@ -18,7 +18,9 @@ constexpr UINT32 kAssetTagToken = 9752;
 constexpr UINT32 kSecondStringToken = 1559;
 constexpr UINT32 kBcdTokens = 0x476;  // this one and the next: an hour and a minute
 
-constexpr UINT8 FromBcd(UINT8 value) { return static_cast<UINT8>((value & 0x0F) + 10 * (value >> 4)); }
+constexpr UINT8 FromBcd(UINT8 value) {
+  return static_cast<UINT8>((value & 0x0F) + 10 * (value >> 4));
+}
 
 /// The platform's string behind `record`, or null; a string that the platform says is empty empties the record.
 PoolPtr<CHAR8[]> FetchPlatformString(StringRecord& record) {

@@ -12,7 +12,7 @@ extern "C" {
 
 namespace {
 
-constexpr UINT16 kStreamSlotLimit = 256;  // readers count slots in eight bits
+constexpr UINT16 kStreamSlotLimit = 256;                      // readers count slots in eight bits
 constexpr size_t kUnknownTypeSize = sizeof(AttributeRecord);  // announced for a record that the stream leaves out
 
 void EncodeAttribute(ByteWriter& stream, const AttributeRecord& record) {

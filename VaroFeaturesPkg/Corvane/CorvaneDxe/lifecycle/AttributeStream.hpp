@@ -11,6 +11,6 @@
 /// Bytes that the stream is announced with.
 [[nodiscard]] UINT32 AttributeStreamSize(const AttributeDatabase& database);
 
-/// Lays the stream out in `room`, which is zero-filled and as long as announced; a record that would overrun it ends the
-/// stream.
+/// Lays the stream out in `room`, which is zero-filled and as long as announced; a record that would overrun it ends
+/// the stream.
 void EncodeAttributes(const AttributeDatabase& database, std::span<std::byte> room);

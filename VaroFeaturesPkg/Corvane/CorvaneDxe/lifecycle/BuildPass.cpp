@@ -24,10 +24,14 @@ extern "C" {
 
 namespace {
 
-bool MayUseCache(const DriverState& state) { return !state.FactoryMode && state.PlatformSetting; }
+bool MayUseCache(const DriverState& state) {
+  return !state.FactoryMode && state.PlatformSetting;
+}
 
 /// True when the database must be gathered in this boot.
-bool CheckCache(const DriverState& state) { return !MayUseCache(state) || !CacheIsValid(); }
+bool CheckCache(const DriverState& state) {
+  return !MayUseCache(state) || !CacheIsValid();
+}
 
 /// Bounds of the asset tag and the name that they give its attribute. The status decides over a boot from the cache.
 EFI_STATUS QueryAssetTagLength() {
@@ -55,10 +59,9 @@ EFI_STATUS QueryAssetTagLength() {
 EFI_STATUS GatherFormSets(DriverState& state) {
   HiiStrings strings(state.PlatformLang);
   Dependencies dependencies;
-  FormSets formSets(state.Database, strings, dependencies, state.Setup,
-                    {.FactoryMode = state.FactoryMode,
-                     .PlatformSetting = state.PlatformSetting,
-                     .FormFilter = state.FormFilter});
+  FormSets formSets(
+      state.Database, strings, dependencies, state.Setup,
+      {.FactoryMode = state.FactoryMode, .PlatformSetting = state.PlatformSetting, .FormFilter = state.FormFilter});
   const EFI_STATUS status = formSets.Walk(state.FormBrowser);
   if (!EFI_ERROR(status) && MayUseCache(state)) {
     IgnoreStatus(dependencies.BuildPidDepList());  // the tables stand without the list
@@ -123,4 +126,6 @@ EFI_STATUS BuildBiosAttributesData(DriverState& state) {
   return status;
 }
 
-EFI_STATUS EFIAPI BuildAndPublishTables(EFI_HANDLE, EFI_SYSTEM_TABLE*) { return PublishOnce(mState); }
+EFI_STATUS EFIAPI BuildAndPublishTables(EFI_HANDLE, EFI_SYSTEM_TABLE*) {
+  return PublishOnce(mState);
+}

@@ -8,8 +8,8 @@
 
 #include "lifecycle/DriverState.hpp"
 
-/// Gathers the attributes into the database, or nothing when the cache is valid. Runs once, before the tables are wanted;
-/// a failure means that nothing is published in this boot.
+/// Gathers the attributes into the database, or nothing when the cache is valid. Runs once, before the tables are
+/// wanted; a failure means that nothing is published in this boot.
 [[nodiscard]] EFI_STATUS BuildBiosAttributesData(DriverState& state);
 
 /// Builds and publishes the tables when they are wanted. Runs once; later signals find the tables published.

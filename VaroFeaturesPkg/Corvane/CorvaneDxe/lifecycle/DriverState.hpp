@@ -37,12 +37,12 @@ struct DriverState {
   PrereqCounters Prerequisites{};
   SetupSummary Setup{};
 
-  bool FactoryMode = false;       // a factory or manufacturing mode: nothing is cached, factory attributes exist
-  bool OwnerPassword = false;     // the platform knows an owner password
-  bool PlatformSetting = false;   // the setting that allows cache and dependency list could be read
-  bool FormFilter = false;        // a question's own eligibility counts
-  bool RebuiltByFormSets = false; // what the first pass found: the database was gathered, not left to the cache
-  bool PublishInProgress = false; // installing a protocol may deliver the signal again
+  bool FactoryMode = false;        // a factory or manufacturing mode: nothing is cached, factory attributes exist
+  bool OwnerPassword = false;      // the platform knows an owner password
+  bool PlatformSetting = false;    // the setting that allows cache and dependency list could be read
+  bool FormFilter = false;         // a question's own eligibility counts
+  bool RebuiltByFormSets = false;  // what the first pass found: the database was gathered, not left to the cache
+  bool PublishInProgress = false;  // installing a protocol may deliver the signal again
 };
 
 static_assert(std::is_trivially_destructible_v<DriverState>, "nothing constructs or destroys globals in a DXE image");

@@ -27,7 +27,8 @@ constexpr UINT32 kCachePermissionSetting = 0x2618;
 bool QueryFactoryMode() {
   const auto* const modes = FindProtocol<ModeQueryProtocol>(gVaroModeQueryProtocolGuid);
   if (modes == nullptr) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroModeQueryProtocolGuid not found: the platform counts as in no factory mode\n"));
+    DEBUG(
+        (DEBUG_WARN, "CorvaneDxe: gVaroModeQueryProtocolGuid not found: the platform counts as in no factory mode\n"));
     return false;
   }
   UINT32 result = 0;

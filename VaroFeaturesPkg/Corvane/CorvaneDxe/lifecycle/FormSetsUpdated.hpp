@@ -8,6 +8,6 @@
 
 #include "uefi/Edk2.hpp"
 
-/// Reads the platform's modes and language, gathers the attributes or leaves them to the cache, and waits for the tables
-/// to be wanted. A failure means that nothing is published in this boot.
+/// Reads the platform's modes and language, gathers the attributes or leaves them to the cache, and waits for the
+/// tables to be wanted. A failure means that nothing is published in this boot.
 EFI_STATUS EFIAPI CallbackOnAllFormSetsUpdated(EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable);

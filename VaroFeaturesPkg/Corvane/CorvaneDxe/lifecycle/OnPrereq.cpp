@@ -22,8 +22,8 @@ PrereqRecord* RecordOf(LIST_ENTRY* link) {
   return nullptr;
 }
 
-/// Only exactly one handle counts: a protocol installed twice is nobody's signal, and LocateHandle's refusal of the short
-/// buffer leaves it not found.
+/// Only exactly one handle counts: a protocol installed twice is nobody's signal, and LocateHandle's refusal of the
+/// short buffer leaves it not found.
 bool IsInstalledOnce(EFI_GUID* guid) {
   EFI_HANDLE handle = nullptr;
   UINTN size = sizeof(handle);
@@ -82,9 +82,9 @@ PrereqRecord* RegisterOnPrereq(PrereqCounters& counters, PrereqRecord* parent, P
   } else {
     record->GroupId = ++counters.Group;
   }
-  block.release();                           // to the record,
+  block.release();                              // to the record,
   PrereqRecord* const wait = record.release();  // which belongs to its event from here on
-  gBS->SignalEvent(event);                   // sees what is installed already
+  gBS->SignalEvent(event);                      // sees what is installed already
   return wait;
 }
 

@@ -30,8 +30,8 @@ EFI_STATUS InstallPublishedTables(DriverState& state) {
                 .Store = state.Database.Store(),
                 .BootConfiguration = &state.BootConfiguration};
   EFI_HANDLE handle = nullptr;
-  const EFI_STATUS status = gBS->InstallProtocolInterface(&handle, &gVaroPublishedTablesProtocolGuid,
-                                                          EFI_NATIVE_INTERFACE, published.get());
+  const EFI_STATUS status =
+      gBS->InstallProtocolInterface(&handle, &gVaroPublishedTablesProtocolGuid, EFI_NATIVE_INTERFACE, published.get());
   if (EFI_ERROR(status)) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroPublishedTablesProtocolGuid not installed: %r\n", status));
     return status;
@@ -90,8 +90,7 @@ void SendTables(TableTransportProtocol* transport, const TableDescriptor* descri
 }
 
 EFI_STATUS SendStream(TableTransportProtocol* transport, const AttributeDatabase& database) {
-  const AttributeStreamHeader header{.StreamSize = AttributeStreamSize(database),
-                                     .Counters = database.Store()->Header};
+  const AttributeStreamHeader header{.StreamSize = AttributeStreamSize(database), .Counters = database.Store()->Header};
   OutgoingRecord record(TRANSPORT_RECORD_STREAM, sizeof(header) + header.StreamSize);
   if (const std::span<std::byte> payload = record.Payload(); !payload.empty()) {
     CopyMem(payload.data(), &header, sizeof(header));

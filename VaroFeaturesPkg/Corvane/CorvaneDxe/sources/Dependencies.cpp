@@ -66,7 +66,9 @@ EFI_STATUS CollectNames(const CHAR16* annotations, NameList& list) {
 
 }  // namespace
 
-Dependencies::~Dependencies() { Release(); }
+Dependencies::~Dependencies() {
+  Release();
+}
 
 void Dependencies::Release() {
   for (size_t i = 0; i < count_; ++i) {

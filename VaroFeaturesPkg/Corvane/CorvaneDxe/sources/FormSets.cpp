@@ -19,8 +19,8 @@ constexpr std::array<UINT32, 1> kAlwaysQuestions = {1163};
 constexpr std::array<UINT32, 16> kExcludedQuestions = {1276, 9781, 50860, 1797, 1798, 1377, 1376, 1228,
                                                        1262, 1263, 1264,  1265, 1266, 1267, 1268, 1336};
 
-// One-of and checkbox questions that still enter; from the next one on no question does. Readers of the attribute stream
-// count slots in eight bits.
+// One-of and checkbox questions that still enter; from the next one on no question does. Readers of the attribute
+// stream count slots in eight bits.
 constexpr UINT32 kCountedQuestionLimit = 241;
 
 /// A plain loop: the lists are short, and the library's search is unrolled at each of its uses.
@@ -74,10 +74,11 @@ EFI_STATUS FormSets::Walk(FormBrowserDataProtocol* browser) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: form sets cannot be listed: %r: nothing is published\n", status));
     return status;
   }
-  const PoolPtr<const FormSetRecord*[]> formSets{list};
+  const PoolPtr<const FormSetRecord* []> formSets { list };
   for (size_t i = 0; formSets && formSets[i] != nullptr; ++i) {
     const FormSetRecord& formSet = *formSets[i];
-    if (CompareGuid(&formSet.Guid, &gVaroSetupFormSetsGuid) || CompareGuid(&formSet.Guid, &gVaroSetupHiddenFormSetGuid)) {
+    if (CompareGuid(&formSet.Guid, &gVaroSetupFormSetsGuid) ||
+        CompareGuid(&formSet.Guid, &gVaroSetupHiddenFormSetGuid)) {
       continue;
     }
     QuestionRecord* questions = nullptr;
@@ -117,7 +118,8 @@ void FormSets::TakeQuestion(const QuestionRecord& question) {
     AddQuestion(question, keyword.get());
   }
   if (gates_.PlatformSetting) {
-    dependencies_.RecordDependencyCandidate(question.Identifier, EFI_ERROR(fetched.Status) ? nullptr : std::move(keyword));
+    dependencies_.RecordDependencyCandidate(question.Identifier,
+                                            EFI_ERROR(fetched.Status) ? nullptr : std::move(keyword));
   }
 }
 

@@ -39,7 +39,8 @@ HiiStrings::HiiStrings(const CHAR8* platformLanguage)
     : service_(FindProtocol<EFI_HII_STRING_PROTOCOL>(gEfiHiiStringProtocolGuid)),
       platformLanguage_(platformLanguage != nullptr ? platformLanguage : kDefaultLanguage) {
   if (service_ == nullptr) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: EFI_HII_STRING_PROTOCOL not found: names and texts of setup questions are empty\n"));
+    DEBUG(
+        (DEBUG_WARN, "CorvaneDxe: EFI_HII_STRING_PROTOCOL not found: names and texts of setup questions are empty\n"));
   }
 }
 

@@ -9,6 +9,6 @@
 #include "database/AttributeDatabase.hpp"
 #include "uefi/Settings.hpp"
 
-/// Places the admin and the system password, and the owner password where the platform has one; where not, its handle is
-/// emptied.
+/// Places the admin and the system password, and the owner password where the platform has one; where not, its handle
+/// is emptied.
 void BuildPasswords(AttributeDatabase& database, SettingsProtocol* settings, bool ownerPassword);

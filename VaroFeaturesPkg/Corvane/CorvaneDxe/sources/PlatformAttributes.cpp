@@ -155,8 +155,7 @@ void BuildFactoryAttributes(AttributeDatabase& database, SettingsProtocol* setti
                 .Token = 1756,
                 .UpperBound = 6,
                 .DefaultValue = 4});
-  BuildEnumeration(database, settings,
-                   {.Name = u"FrontFan"_ucs2, .DisplayName = u"Front Fan"_ucs2, .Token = 1879});
+  BuildEnumeration(database, settings, {.Name = u"FrontFan"_ucs2, .DisplayName = u"Front Fan"_ucs2, .Token = 1879});
   BuildInteger(database, settings,
                {.Name = u"WlanCountryCode"_ucs2,
                 .DisplayName = u"WLAN Country Code"_ucs2,
@@ -168,11 +167,9 @@ void BuildFactoryAttributes(AttributeDatabase& database, SettingsProtocol* setti
                     .DisplayName = u"Advanced Debug Menu"_ucs2,
                     .Token = 1881,
                     .ToleratesNotFound = true});
-  BuildEnumeration(database, settings,
-                   {.Name = u"HEVC"_ucs2,
-                    .DisplayName = u"High Efficiency Video Coding"_ucs2,
-                    .Token = 1469,
-                    .ReadOnly = true});
+  BuildEnumeration(
+      database, settings,
+      {.Name = u"HEVC"_ucs2, .DisplayName = u"High Efficiency Video Coding"_ucs2, .Token = 1469, .ReadOnly = true});
   BuildEnumeration(database, settings,
                    {.Name = u"ChargePowerLimitFactoryFlag"_ucs2,
                     .DisplayName = u"Charge Power Limit Factory Flag"_ucs2,

@@ -77,8 +77,8 @@ constexpr std::array kFixedBounds = {
 /// A question's default in `size` bytes, or nothing when the source has none.
 std::optional<UINT64> ReadDefault(SettingDefaultsProtocol* defaults, UINT32 identifier, UINT64 size) {
   UINT64 value = 0;
-  if (defaults == nullptr ||
-      EFI_ERROR(defaults->GetDefault(identifier, &gVaroSettingsNamespaceGuid, &size, &value)) || size == 0) {
+  if (defaults == nullptr || EFI_ERROR(defaults->GetDefault(identifier, &gVaroSettingsNamespaceGuid, &size, &value)) ||
+      size == 0) {
     return std::nullopt;
   }
   return value;
@@ -143,8 +143,8 @@ void QuestionAttributes::FillHead(AttributeRecord& head, const QuestionRecord& q
 }
 
 UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const QuestionOption& option) {
-  const InternedString name = InternAttributeName(
-      database_, strings_.GetHiiString(question.HiiHandle, option.Text, kKeywordLanguage).Text);
+  const InternedString name =
+      InternAttributeName(database_, strings_.GetHiiString(question.HiiHandle, option.Text, kKeywordLanguage).Text);
   if (!name.AlreadyPresent) {
     InternDistinctDisplayString(database_, strings_.GetHiiString(question.HiiHandle, option.Text).Text);
   }

@@ -41,8 +41,7 @@ class ByteReader {
 
   /// A packed structure, byte for byte; zero-filled when the bytes run out.
   template <typename T>
-    requires std::is_trivially_copyable_v<T>
-  T ReadStruct() {
+  requires std::is_trivially_copyable_v<T> T ReadStruct() {
     const std::span<const std::byte> bytes = Take(sizeof(T));
     T value{};
     CopyMem(&value, bytes.data(), bytes.size());

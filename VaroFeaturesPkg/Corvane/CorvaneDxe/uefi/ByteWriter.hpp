@@ -32,10 +32,8 @@ class ByteWriter {
 
   /// The bytes of a packed structure or an integer; firmware and wire are both little-endian.
   template <typename T>
-    requires std::is_trivially_copyable_v<T>
-  void PutValue(const T& value) {
-    Put(std::as_bytes(std::span<const T, 1>(&value, 1)));
-  }
+  requires std::is_trivially_copyable_v<T>
+  void PutValue(const T& value) { Put(std::as_bytes(std::span<const T, 1>(&value, 1))); }
 
  private:
   std::span<std::byte> room_;

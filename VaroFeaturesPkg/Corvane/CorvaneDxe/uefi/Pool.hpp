@@ -42,7 +42,7 @@ template <typename T>
 [[nodiscard]] PoolPtr<T[]> AllocateZeroedArray(size_t count) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
   return PoolPtr<T[]>{count > kLargestBlock / sizeof(T) ? nullptr
-                                                         : static_cast<T*>(AllocateZeroedBytes(count * sizeof(T)))};
+                                                        : static_cast<T*>(AllocateZeroedBytes(count * sizeof(T)))};
 }
 
 /// A copy of an ASCII text with its terminator, or null.

@@ -39,7 +39,9 @@ constexpr size_t AsciiLength(const CHAR8* text) {
   return length;
 }
 
-constexpr Ucs2View ViewOf(const CHAR16* text) { return {text, StringLength(text)}; }
+constexpr Ucs2View ViewOf(const CHAR16* text) {
+  return {text, StringLength(text)};
+}
 
 constexpr bool Equal(Ucs2View left, Ucs2View right) {
   if (left.size() != right.size()) {

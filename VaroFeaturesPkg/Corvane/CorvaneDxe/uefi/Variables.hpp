@@ -25,7 +25,7 @@ struct VariableContent {
 
 /// Reads a variable of exactly the size of `value`.
 template <typename T>
-  requires std::is_trivially_copyable_v<T>
+requires std::is_trivially_copyable_v<T>
 [[nodiscard]] EFI_STATUS ReadVariable(const CHAR16* name, EFI_GUID& vendor, T& value) {
   UINTN size = sizeof(value);
   const EFI_STATUS status = gRT->GetVariable(const_cast<CHAR16*>(name), &vendor, nullptr, &size, &value);
