@@ -38,6 +38,9 @@
 namespace {
 
 using nlohmann::json;
+
+/// What the expected streams hold where nothing is written: the fill of a block that EDK II's DEBUG pool gave out.
+constexpr UINT8 kUnwritten = 0xAF;
 namespace fs = std::filesystem;
 
 Bytes ReadFile(const fs::path& path) {
@@ -151,7 +154,7 @@ int CheckFolder(const fs::path& folder) {
   made["help.table"] = table(TABLE_HELP);
 
   Bytes& stream = made["attributes.stream"];
-  stream.resize(AttributeStreamSize(database));
+  stream.resize(AttributeStreamSize(database), kUnwritten);
   EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
 
   const FirmwareVersionData version{"1"};

@@ -63,14 +63,15 @@ constexpr std::array<RecordShape, 7> kShapes = {{
 }};
 
 void PutText(ByteWriter& writer, const CHAR8* text, TextForm form) {
-  constexpr CHAR8 kNoText = 0;
-  text = text != nullptr ? text : &kNoText;
-  const auto length = static_cast<UINT16>(AsciiLength(text));
+  const auto length = static_cast<UINT16>(text != nullptr ? AsciiLength(text) : 0);
   if (form == TextForm::Counted) {
     writer.PutValue(length);
-    writer.Put(ArrayBytes(text, length));
-  } else {
-    writer.Put(ArrayBytes(text, length + size_t{1}));
+  }
+  writer.Put(ArrayBytes(text, length));
+  if (form == TextForm::Terminated && text != nullptr) {
+    writer.PutValue(CHAR8{0});
+  } else if (form == TextForm::Terminated) {
+    writer.Skip(1);  // a null text has the room of a terminator, which is not written
   }
 }
 

@@ -59,7 +59,8 @@ struct RecordShape {
 /// How the text of a string record is laid out: terminated, or with its length as UINT16 in front.
 enum class TextForm : UINT8 { Terminated, Counted };
 
-/// Serializes a record whose type is known. A null text is laid out as an empty one.
+/// Serializes a record whose type is known. A null text is laid out as an empty one, but
+/// without writing its terminator.
 void PutRecord(ByteWriter& writer, const AttributeRecord& record, TextForm textForm);
 
 /// Frees a record and what it owns.

@@ -8,8 +8,8 @@
 
 #include "uefi/Edk2.hpp"
 
-/// One walker sizes a block with a counting writer and fills it with a real one. What does not fit is not written, in
-/// whole, and fails the writer.
+/// One walker sizes a block with a counting writer and fills it with a real one. What does not fit fails the writer
+/// for good and is not written, nor is anything after it.
 class ByteWriter {
  public:
   /// Counts only.
@@ -20,14 +20,20 @@ class ByteWriter {
   [[nodiscard]] constexpr size_t Used() const { return used_; }
 
   void Put(std::span<const std::byte> bytes) {
-    if (!counting_) {
-      if (bytes.size() > room_.size() - used_) {
-        ok_ = false;
-        return;
-      }
-      CopyMem(room_.data() + used_, bytes.data(), bytes.size());
+    std::byte* const place = room_.data() + used_;
+    Skip(bytes.size());
+    if (!counting_ && ok_) {
+      CopyMem(place, bytes.data(), bytes.size());
     }
-    used_ += bytes.size();
+  }
+
+  /// Goes past bytes that stay as they are.
+  void Skip(size_t count) {
+    if (!ok_ || (!counting_ && count > room_.size() - used_)) {
+      ok_ = false;
+      return;
+    }
+    used_ += count;
   }
 
   /// The bytes of a packed structure or an integer; firmware and wire are both little-endian.
