@@ -13,8 +13,8 @@ readonly DISK_SECTORS=65536
 # What a firmware prints when it cannot go on.
 readonly FATAL_LINES='^ASSERT |Synchronous Exception'
 
-# Virtual time is counted in instructions (shift=4: 16 ns each) and idle time is skipped, so that two boots of one scenario
-# run alike to the instruction and the notebook's clock compares work, not the host's mood.
+# Virtual time is counted in instructions (shift=4: 16 ns each) and idle time is skipped, so that two boots of one
+# scenario run alike to the instruction and the notebook's clock compares work, not the host's mood.
 readonly QEMU_MACHINE=(
   -machine 'virt,gic-version=2,dtb-randomness=off' -cpu cortex-a57 -m 256M -smp 1
   -icount 'shift=4,sleep=off' -rtc 'base=2026-01-01T00:00:00,clock=vm'

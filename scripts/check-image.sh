@@ -10,8 +10,10 @@
 set -euo pipefail
 
 readonly PREFIX=${GCC5_AARCH64_PREFIX:-aarch64-linux-gnu-}
-readonly SECTIONS='\.(init_array|fini_array|ctors|dtors|preinit_array|eh_frame|eh_frame_hdr|gcc_except_table|ARM\.exidx)'
-readonly SYMBOLS='__cxa_|atexit|__gxx_|_Unwind|__dso_handle|_GLOBAL__sub_I|__static_initialization|_ZGV|_ZTI|_ZTS|_Zn[wa]|_Zd[la]|__throw'
+readonly CONSTRUCTORS='_GLOBAL__sub_I|__static_initialization' GUARDS='__cxa_|_ZGV|atexit|__dso_handle'
+readonly UNWINDING='__gxx_|_Unwind|__throw' TYPE_INFORMATION='_ZTI|_ZTS' ALLOCATOR='_Zn[wa]|_Zd[la]'
+readonly SYMBOLS="$CONSTRUCTORS|$GUARDS|$UNWINDING|$TYPE_INFORMATION|$ALLOCATOR"
+readonly SECTIONS='\.((preinit|init|fini)_array|[cd]tors|eh_frame|eh_frame_hdr|gcc_except_table)'
 
 elf=$1
 module=$(basename "$elf" .debug)
@@ -28,4 +30,5 @@ if [[ -n $bad_sections$bad_symbols ]]; then
   exit 1
 fi
 
-"${PREFIX}size" "$elf" | awk -v module="$module" 'NR == 2 { printf "    %s: code %d + data %d + bss %d = %d bytes\n", module, $1, $2, $3, $4 }'
+"${PREFIX}size" "$elf" | awk -v module="$module" '
+  NR == 2 { printf "    %s: code %d + data %d + bss %d = %d bytes\n", module, $1, $2, $3, $4 }'

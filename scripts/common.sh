@@ -72,8 +72,8 @@ cause_in_log() {
   local -a causes=(
     'No space left on device:the disk is full'
     "don't have enough free space:the disk is full"
-    'Temporary failure resolving|Could not resolve|Could not connect|Network is unreachable:the package registry cannot be reached'
-    'Unable to locate package|has no installation candidate|Unable to find a source package:a package is missing from the registry'
+    'Temporary failure resolving|Could not (resolve|connect)|Network is unreachable:the package registry cannot be reached'
+    'Unable to (locate|find a source) package|has no installation candidate:a package is missing from the registry'
     'are you root|Permission denied:permission denied'
   )
   local entry line

@@ -90,8 +90,8 @@ build_base_tools() {
   set_stamp base-tools "$EDK2_DIR"
 }
 
-# GCC5's link line for AArch64 names this file, and the source package ships only its assembler text. It must be an object
-# under an archive's name: as it defines nothing, the linker would never take it out of an archive.
+# GCC5's link line for AArch64 names this file, and the source package ships only its assembler text. It must be an
+# object under an archive's name: as it defines nothing, the linker would never take it out of an archive.
 assemble_liblto() {
   local lto="$EDK2_DIR/ArmPkg/Library/GccLto"
   [[ -f $lto/liblto-aarch64.s && ! -f $lto/liblto-aarch64.a ]] || return 0

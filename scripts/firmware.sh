@@ -11,6 +11,9 @@ readonly NOTEBOOK_DSC=VaroFeaturesPkg/VirtualNotebook/VirtualNotebook.dsc
 # Where a build of the notebook leaves its files: firmware_output TARGET
 firmware_output() { printf '%s/Build/VirtualNotebook/%s_%s' "$FIRMWARE_WORKSPACE" "$1" "$(toolchain)"; }
 
+# Where the driver's image of a build is put: driver_image TARGET
+driver_image() { if [[ $1 == RELEASE ]]; then echo "$OUT/CorvaneDxe.efi"; else echo "$OUT/debug/CorvaneDxe.efi"; fi; }
+
 # EDK II calls the tag of GCC with link-time optimisation GCC5 up to 2023 and GCC since.
 toolchain() {
   if grep -q '^\*_GCC5_AARCH64_CC_PATH' "$EDK2_DIR/BaseTools/Conf/tools_def.template"; then echo GCC5; else echo GCC; fi
@@ -42,9 +45,9 @@ edk2_build() {
 # All that the notebook's image is made of; when nothing of it is newer than the last build there is nothing to do, and
 # the build tool's own look at it would take half a minute.
 firmware_is_current() {
-  local stamp="$STAMPS/firmware-$1"
-  [[ -f $stamp && -z $(find "$ROOT/VaroFeaturesPkg" -path "$ROOT/VaroFeaturesPkg/Test" -prune -o -newer "$stamp" -print -quit) ]] &&
-    stamp_is "firmware-$1" "$EDK2_DIR"
+  local stamp="$STAMPS/firmware-$1" package="$ROOT/VaroFeaturesPkg"
+  stamp_is "firmware-$1" "$EDK2_DIR" && [[ -f $(firmware_output "$1")/FV/QEMU_EFI.fd && -f $(driver_image "$1") ]] &&
+    [[ -z $(find "$package" -path "$package/Test" -prune -o -newer "$stamp" -print -quit) ]]
 }
 
 # build_firmware RELEASE|DEBUG
@@ -66,8 +69,6 @@ build_firmware() {
 }
 
 publish_driver() {
-  local folder=$OUT
-  [[ $1 == RELEASE ]] || folder=$OUT/debug
-  mkdir -p "$folder"
-  cp "$(firmware_output "$1")/AARCH64/CorvaneDxe.efi" "$folder/CorvaneDxe.efi"
+  mkdir -p "$(dirname "$(driver_image "$1")")"
+  cp "$(firmware_output "$1")/AARCH64/CorvaneDxe.efi" "$(driver_image "$1")"
 }

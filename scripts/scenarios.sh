@@ -5,16 +5,27 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
+# What comes out of the cache as it went in; values are read anew.
+readonly TABLES_OF_CACHE=strings,attributes,display,help
+
+# A value that is read anew keeps its low byte: 720, the setup's default, is 208 from the second boot on.
+readonly IDLE_MINUTES_AS_BYTE='IdleMinutes integer = 208'
+
 readonly ATTRIBUTE_VARIABLES=47FEFD34-5EDF-4BA3-9FEA-8F3620D7CF07
+
+# The sanitized inspector of the host tests: what boots leave is one more test of it.
+readonly INSPECT="$HOST_TESTS/tools/inspect/inspect"
 
 # The boots land in out/debug/, beside the image that they ran.
 scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }
 
-# scenario_boot NAME [OPTION OF boot]...
+# scenario_boot NAME [OPTION OF boot]...: every boot ends with the Shell program's view of tables and cache.
 scenario_boot() {
   local name=$1
   shift
-  boot "debug/$name" DEBUG "$@" || { count_results 0 1; return 1; }
+  boot "debug/$name" DEBUG --file "$(firmware_output DEBUG)/AARCH64/AttributeDump.efi" \
+    --command 'AttributeDump >a attributes.txt' --command 'AttributeDump -c >a cache.txt' "$@" ||
+    { count_results 0 1; return 1; }
 }
 
 vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
@@ -39,6 +50,8 @@ scenario_cold() {
   check 'cold: eight records are sent' count_is cold RecordsSent 8
   check 'cold: the form sets are parsed' rebuilt cold
   check 'cold: the inspector finds nothing to complain of' decodes cold
+  check 'cold: the protocol in the firmware shows the attributes of the records' same_attributes cold
+  check "cold: the firmware's own decompressor decodes the cache" cache_decodes cold
 }
 
 # What the whole suite leans on: a boot depends on its scenario alone.
@@ -51,7 +64,10 @@ scenario_warm() {
   scenario_boot warm --vars "$(vars_of cold)" || return
   check 'warm: eight records are sent' count_is warm RecordsSent 8
   check 'warm: no form set is listed or parsed' restored warm
-  check 'warm: all tables equal the cold ones' same_tables cold warm
+  check 'warm: all but the values equal the cold tables' same_tables cold warm --only "$TABLES_OF_CACHE"
+  check 'warm: the one value above 255 is read anew as a byte, all others are the cold ones' \
+    differs_only_in cold warm "$IDLE_MINUTES_AS_BYTE"
+  check 'warm: the protocol in the firmware shows the attributes of the records' same_attributes warm
 }
 
 # A checkbox, a one-of and a numeric question, changed by the user before the tables are asked for.
@@ -59,9 +75,10 @@ scenario_settings_changed() {
   scenario_boot changed --vars "$(vars_of cold)" --set 'set=2003=1;2001=2;1142=7' || return
   check 'changed: no form set is listed or parsed' restored changed
   check 'changed: all but the values equal the cold tables' \
-    same_tables cold changed --only strings,attributes,display,help
+    same_tables cold changed --only "$TABLES_OF_CACHE"
   check 'changed: the three attributes have their new values, all others the old' \
-    attributes_differ_in cold changed 3
+    differs_only_in cold changed 'BlockSleep enumeration = Enabled' 'PrimaryBattChargeCfg enumeration = Express' \
+    'AutoOnHr integer = 7' "$IDLE_MINUTES_AS_BYTE"
 }
 
 scenario_version_changed() {
@@ -96,7 +113,7 @@ rebuilt() { (($(count_of "$1" FormSetsListed) > 0 && $(count_of "$1" FormSetsPar
 
 restored() { count_is "$1" FormSetsListed 0 && count_is "$1" FormSetsParsed 0; }
 
-decodes() { "$OUT/inspect" show "$(scenario_folder "$1")/records.bin" >/dev/null; }
+decodes() { "$INSPECT" show "$(scenario_folder "$1")/records.bin" >/dev/null; }
 
 # same_tables BOOT BOOT [OPTION OF inspect diff-tables]...
 same_tables() {
@@ -104,7 +121,7 @@ same_tables() {
   first=$(scenario_folder "$1")/records.bin
   second=$(scenario_folder "$2")/records.bin
   shift 2
-  "$OUT/inspect" diff-tables "$first" "$second" "$@"
+  "$INSPECT" diff-tables "$first" "$second" "$@"
 }
 
 same_boot() {
@@ -115,11 +132,25 @@ same_boot() {
 }
 
 # attributes BOOT: a line for each, without the tables' fill.
-attributes() { "$OUT/inspect" show --no-tables "$(scenario_folder "$1")/records.bin"; }
+attributes() { "$INSPECT" show --no-tables "$(scenario_folder "$1")/records.bin"; }
 
-# attributes_differ_in BOOT BOOT COUNT: that many lines differ between the boots, and the output shows which.
-attributes_differ_in() {
-  local lines
-  lines=$(diff <(attributes "$1") <(attributes "$2")) || true
-  [[ $(grep -c '^>' <<<"$lines") == "$3" ]] || { say "$lines"; return 1; }
+# The program in the guest reads the published protocol, the inspector the records: both print the same lines.
+same_attributes() { diff <(attributes "$1") <(tr -d '\r' <"$(scenario_folder "$1")/attributes.txt"); }
+
+# One line for each of the four compressed variables, the last word of which says how it went.
+cache_decodes() {
+  awk '{ sub(/\r$/, ""); print; good += $NF == "ok" } END { exit good != 4 || NR != 4 }' \
+    "$(scenario_folder "$1")/cache.txt"
+}
+
+# differs_only_in BOOT BOOT LINE...: those lines of the second boot, given from the name to the current value, and no
+# others differ from the first.
+differs_only_in() {
+  local first=$1 second=$2 changed line
+  shift 2
+  changed=$(diff <(attributes "$first") <(attributes "$second") | sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p') || true
+  for line in "$@"; do
+    grep -qxF "$line" <<<"$changed" || { say "not there: $line"; return 1; }
+  done
+  (($(wc -l <<<"$changed") == $#)) || { say "$changed"; return 1; }
 }
