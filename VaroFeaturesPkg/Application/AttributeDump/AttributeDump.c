@@ -1,5 +1,5 @@
 /** @file
-  AttributeDump: a UEFI Shell program that prints the attributes of the published tables, and checks the attribute cache.
+  AttributeDump: a UEFI Shell program that prints the attributes of the published tables and checks the cache.
 
     AttributeDump      one line for each attribute, as the host's `inspect show --no-tables` prints them
     AttributeDump -c   decodes the compressed variables of the cache with the firmware's own decompressor: one line

@@ -1,6 +1,6 @@
 /** @file
-  BootOptionsDxe: BootOptionSourceProtocol on the variables "BootOrder" and "Boot####" (UEFI specification, chapter on the
-  boot manager).
+  BootOptionsDxe: BootOptionSourceProtocol on the variables "BootOrder" and "Boot####" (UEFI specification, chapter on
+  the boot manager).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -2,8 +2,8 @@
   BootPhasesDxe: the two signals that CorvaneDxe waits for, and the results of the boot.
 
   End of DXE: every driver of the firmware is dispatched, so all form sets are published. What the scenario item "set"
-  ("ID=VALUE;ID=VALUE") says the user changed since the last boot is changed now, then gVaroFormSetsUpdatedProtocolGuid is
-  installed.
+  ("ID=VALUE;ID=VALUE") says the user changed since the last boot is changed now, then gVaroFormSetsUpdatedProtocolGuid
+  is installed.
 
   Ready to boot: BDS has connected the devices and put "BootOrder" in order, and is about to start the boot option.
   gVaroTablesRequestedProtocolGuid is installed; when the tables are out, the result files are written.
@@ -131,8 +131,8 @@ OnEndOfDxe (
 }
 
 /**
-  The events of one TPL run in the order of their signals: this one lets all others of the group run first, so that their
-  work is not counted as ours.
+  The events of one TPL run in the order of their signals: this one lets all others of the group run first, so that
+  their work is not counted as ours.
 **/
 STATIC
 VOID

@@ -26,8 +26,8 @@
 #define FAILING_CAPACITY   32
 
 //
-// The time of day at which the notebook starts by itself. The clock's registers hold it in BCD, and so does the setting,
-// whereas the setup shows plain numbers.
+// The time of day at which the notebook starts by itself. The clock's registers hold it in BCD, and so does the
+// setting, whereas the setup shows plain numbers.
 //
 #define SETTING_AUTO_ON_HOUR    1142
 #define SETTING_AUTO_ON_MINUTE  1143

@@ -11,7 +11,7 @@
     language          platform language, such as fr-FR
     owner-password    non-zero: the platform knows an owner password
     passwords         admin,system,owner: the passwords that are set
-    set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions that the user has changed since the last boot
+    set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
     without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
                       firmware-version, form-data, mode-query, password-service, password-states, settings, transport
 
