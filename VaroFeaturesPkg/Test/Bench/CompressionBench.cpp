@@ -13,13 +13,16 @@
 
 namespace {
 
+// In two calls, the first for the size, as the cache does it.
 Bytes Compressed(const Bytes& source) {
-  Bytes stream(source.size() + 1024);
-  auto size = static_cast<UINT32>(stream.size());
+  UINT32 size = 0;
+  if (Compress(Span(source), nullptr, size) != EFI_BUFFER_TOO_SMALL) {
+    std::abort();
+  }
+  Bytes stream(size);
   if (Compress(Span(source), std::as_writable_bytes(std::span(stream)).data(), size) != EFI_SUCCESS) {
     std::abort();
   }
-  stream.resize(size);
   return stream;
 }
 

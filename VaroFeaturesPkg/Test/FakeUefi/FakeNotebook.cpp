@@ -89,7 +89,7 @@ Bytes FakeBootOption::Bbs(UINT16 deviceType) {
 FakeNotebook::FakeNotebook() {
   gCurrent = this;
   FillProtocols();
-  for (const UINT32 readable : {0x2618, 1843, 1340, 1621, 1623, 1874}) {
+  for (const UINT32 readable : {0x2618U, 1843U, 1340U, 1621U, 1623U, 1874U}) {
     Settings[readable] = {};
   }
 }

@@ -93,6 +93,7 @@ class FakeUefi {
   /// What LocateProtocol answers for a protocol instead of EFI_SUCCESS; a warning comes with the interface.
   std::map<EFI_GUID, EFI_STATUS, GuidLess> LookupStatus;
   [[nodiscard]] EFI_TPL Tpl() const { return tpl_; }
+  [[nodiscard]] EFI_EVENT LastEvent() { return &events_.back(); }  ///< created last
 
   // Variables.
 

@@ -27,7 +27,9 @@ Bytes ReferenceDecompress(const Bytes& source) {
   if (RETURN_ERROR(UefiDecompressGetInfo(source.data(), static_cast<UINT32>(source.size()), &size, &scratchSize))) {
     return {};
   }
-  Bytes output(size);
+  Bytes output(size + size_t{1});  // EDK II asserts that there is a destination, for no bytes too
   Bytes scratch(scratchSize);
-  return RETURN_ERROR(UefiDecompress(source.data(), output.data(), scratch.data())) ? Bytes() : output;
+  const bool refused = RETURN_ERROR(UefiDecompress(source.data(), output.data(), scratch.data()));
+  output.resize(refused ? 0 : size);
+  return output;
 }

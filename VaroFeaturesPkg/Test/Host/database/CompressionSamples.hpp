@@ -6,25 +6,27 @@
 **/
 #pragma once
 
+#include <cmath>
 #include <random>
 
 #include "Host/TestBytes.hpp"
 
-/// A string list like a notebook's help texts: handle, length, UCS-2 text.
+/// A string list like a notebook's help texts: handle, length, UCS-2 text. As in a language, few of the words are
+/// common.
 inline Bytes HelpTextSample(size_t size) {
-  constexpr std::u16string_view kWords[] = {
-      u"the",    u"system",  u"battery",    u"enable", u"disable",  u"option",   u"when",       u"this",
-      u"boot",   u"device",  u"password",   u"set",    u"controls", u"charging", u"network",    u"support",
-      u"memory", u"whether", u"if",         u"is",     u"to",       u"of",       u"and",        u"a",
-      u"for",    u"from",    u"supervisor", u"port",   u"wireless", u"radio",    u"thunderbolt"};
+  constexpr std::u16string_view kSyllables[] = {u"the", u"on",    u"a",  u"ble",  u"dis", u"en",
+                                                u"set", u"power", u"to", u"tion", u"re",  u"boot",
+                                                u"de",  u"vice",  u"al", u"er",   u"in",  u"port"};
+  constexpr double kWords = 700;
   std::mt19937 random{7};
   Bytes list;
   for (UINT16 handle = 16; list.size() < size; ++handle) {
     Bytes text;
-    for (auto words = 4 + random() % 16; words > 0; --words) {
-      // The better of two favours the words at the end.
-      const auto pick = random() % std::size(kWords);
-      Append(text, kWords[std::max(pick, random() % std::size(kWords))]);
+    for (auto words = 4 + random() % 24; words > 0; --words) {
+      auto word = static_cast<size_t>(std::pow(kWords, static_cast<double>(random()) / 4294967296.0));
+      for (; word > 0; word /= std::size(kSyllables)) {
+        Append(text, kSyllables[word % std::size(kSyllables)]);
+      }
       Append(text, random() % 9 == 0 ? u", " : u" ");
     }
     Append(list, Join(handle, static_cast<UINT16>(text.size() + 2), text, UINT16{0}));

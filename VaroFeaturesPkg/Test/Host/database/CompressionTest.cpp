@@ -8,8 +8,6 @@ with.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "FakeUefi/ReferenceCompression.hpp"
 #include "Host/database/CompressionSamples.hpp"
 #include "database/Compressor.hpp"
@@ -45,15 +43,27 @@ Decompressed DecompressAll(const Bytes& stream) {
   return {status, output};
 }
 
-/// Bytes whose counts are Fibonacci numbers, in no order: their ideal codes are longer than the format's.
+/// Two blocks of which the second has counts like Fibonacci's numbers. The encoder as it stands would give one of its
+/// symbols 17 bits, one more than the format has: that takes this very seed.
 Bytes SteepSample() {
-  Bytes bytes;
-  for (unsigned symbol = 0, count = 1, next = 1; symbol < 18; ++symbol) {
-    bytes.insert(bytes.end(), count, U8(symbol));
-    count = std::exchange(next, count + next);
+  std::mt19937 random{325};
+  const auto steep = [&random] {
+    Bytes bytes;
+    for (unsigned symbol = 0, count = 1, next = 1; symbol < 18; ++symbol) {
+      bytes.insert(bytes.end(), count, U8(symbol));
+      count = std::exchange(next, count + next);
+    }
+    std::shuffle(bytes.begin(), bytes.end(), random);
+    return bytes;
+  };
+  Bytes common = steep();
+  std::ranges::replace_if(
+      common, [](UINT8 symbol) { return symbol < 8; }, UINT8{17});
+  Bytes sample;
+  while (sample.size() < 11400) {
+    sample.push_back(common[random() % common.size()]);
   }
-  std::shuffle(bytes.begin(), bytes.end(), std::mt19937{3});
-  return bytes;
+  return Join(sample, steep());
 }
 
 class CompressionTest : public testing::Test {
@@ -84,17 +94,17 @@ TEST_F(CompressionTest, EveryKindOfDataComesBackThroughBothDecoders) {
     double MostOfReference;  // size, against the stream of EDK II's encoder
   } rows[] = {
       {"nothing", {}, 9},
-      {"help texts", HelpTextSample(50000), 0.97},
+      {"help texts", HelpTextSample(50000), 1},
       {"few help texts", HelpTextSample(700), 0.97},
-      {"beyond 64 KiB, where positions repeat", HelpTextSample(150000), 0.97},
-      {"one run", Bytes(70000, 0x20), 1},
+      {"beyond 64 KiB, where positions repeat", HelpTextSample(150000), 1},
+      {"one run", Bytes(70000, 0x20), 1.05},
       {"a run between other blocks", Join(RandomSample(20000, 256), Bytes(2200000, 0), RandomSample(20000, 256)), 1.01},
       {"a period of the window", Join(RandomSample(8192, 256), RandomSample(8192, 256)), 1.01},
       {"a period beyond it", Join(RandomSample(8193, 256), RandomSample(8193, 256)), 1.01},
       {"no order", RandomSample(40000, 256), 1.01},
       {"two symbols", RandomSample(40000, 2), 1},
       {"two symbols that are far apart", Join(Bytes(20, 0), RandomSample(1, 256), Bytes{0xFF}), 1},
-      {"codes beyond 16 bits", SteepSample(), 1.01},
+      {"codes beyond 16 bits", SteepSample(), 1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.Name);
@@ -200,12 +210,15 @@ TEST_F(CompressionTest, DamagedStreamsMeanWhatTheyMeanToEdk2) {
   std::mt19937 random{11};
   size_t accepted = 0;
   size_t refused = 0;
-  const Bytes sources[] = {HelpTextSample(900), RandomSample(900, 20), SteepSample()};
-  for (const Bytes& source : sources) {
-    for (const Bytes& stream : {Compressed(source), ReferenceCompress(source)}) {
+  const struct {
+    Bytes Source;
+    int Rounds;
+  } rows[] = {{HelpTextSample(900), 5000}, {RandomSample(900, 20), 5000}, {SteepSample(), 1500}};
+  for (const auto& row : rows) {
+    for (const Bytes& stream : {Compressed(row.Source), ReferenceCompress(row.Source)}) {
       // Damage to the alphabets is more telling than damage to the codes.
       const size_t heads = std::min<size_t>(stream.size(), 90);
-      for (int round = 0; round < 4000; ++round) {
+      for (int round = 0; round < row.Rounds; ++round) {
         Bytes damaged = stream;
         for (auto places = 1 + random() % 3; places > 0; --places) {
           const size_t place = 8 + random() % ((random() % 2 == 0 ? heads : stream.size()) - 8);

@@ -1,0 +1,107 @@
+/** @file
+  Tests of the driver's start and of the stage that gathers the attributes.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "Host/NotebookFixture.hpp"
+
+namespace {
+
+using EntryPointTest = NotebookFixture;
+
+TEST_F(EntryPointTest, MissingProtocols) {
+  struct Row {
+    EFI_GUID Guid;
+    EFI_STATUS Status;
+    bool Published;
+    const char* Message;  ///< the one warning about it
+  };
+  const EFI_STATUS missing = EFI_NOT_FOUND;
+  const Row rows[] = {
+      {gEfiHiiDatabaseProtocolGuid, missing, false, "gEfiHiiDatabaseProtocolGuid"},
+      {gVaroSettingsProtocolGuid, missing, false, "gVaroSettingsProtocolGuid"},
+      {gVaroFormBrowserDataProtocolGuid, missing, false, "gVaroFormBrowserDataProtocolGuid"},
+      {gVaroTableTransportProtocolGuid, missing, false, "gVaroTableTransportProtocolGuid"},
+      {gEfiHiiStringProtocolGuid, EFI_SUCCESS, true, "EFI_HII_STRING_PROTOCOL"},
+      {gVaroAssetTagLengthProtocolGuid, EFI_SUCCESS, true, "gVaroAssetTagLengthProtocolGuid"},
+      {gVaroFirmwareVersionProtocolGuid, EFI_SUCCESS, true, ""},
+      {gVaroCameraIdentifiersProtocolGuid, EFI_SUCCESS, true, "gVaroCameraIdentifiersProtocolGuid"},
+      {gVaroBootOptionSourceProtocolGuid, EFI_SUCCESS, true, "gVaroBootOptionSourceProtocolGuid"},
+      {gVaroPasswordDirectoryProtocolGuid, EFI_SUCCESS, true, "gVaroPasswordDirectoryProtocolGuid"},
+      {gVaroPasswordServiceProtocolGuid, EFI_SUCCESS, true, nullptr},
+      {gVaroModeQueryProtocolGuid, EFI_SUCCESS, true, nullptr},
+      {gVaroSettingDefaultsProtocolGuid, EFI_SUCCESS, true, nullptr},
+  };
+  notebook.AddFormSet(u"Setup").Checkbox(300, u"K", u"P");
+  for (const Row& row : rows) {
+    notebook.Uefi.Variables.clear();
+    notebook.Reboot();
+    notebook.Absent = {row.Guid};
+    EXPECT_EQ(notebook.Boot(), row.Status) << row.Message;
+    EXPECT_EQ(notebook.Published() != nullptr, row.Published) << row.Message;
+    EXPECT_EQ(notebook.Records.size(), row.Published ? 8U : 0U);
+    if (row.Message != nullptr && *row.Message != 0) {
+      EXPECT_EQ(notebook.Uefi.Warnings(row.Message), 1U) << row.Message;
+    }
+    if (!row.Published) {  // nothing waits, so nothing happens later
+      EXPECT_EQ(notebook.Uefi.Warnings(), 1U);
+      EXPECT_EQ(notebook.FormSetsParsed, 0U);
+    }
+  }
+}
+
+TEST_F(EntryPointTest, AWarningAboutTheTransportPublishesWithoutSending) {
+  notebook.Uefi.LookupStatus[gVaroTableTransportProtocolGuid] = EFI_WARN_STALE_DATA;
+  EXPECT_EQ(notebook.Boot(), EFI_WARN_STALE_DATA);
+  EXPECT_NE(notebook.Published(), nullptr);
+  EXPECT_THAT(notebook.Records, IsEmpty());
+}
+
+TEST_F(EntryPointTest, WithoutMemoryForTheDescriptorsNothingStarts) {
+  notebook.Uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES);  // the first are the reserved pages
+  EXPECT_EQ(notebook.Boot(), EFI_OUT_OF_RESOURCES);
+  EXPECT_EQ(notebook.Published(), nullptr);
+  EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), 0U);
+}
+
+TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
+  notebook.InstallProtocols();
+  notebook.SignalTablesRequested();
+  notebook.SignalFormSetsUpdated();
+  notebook.Start();
+  EXPECT_EQ(notebook.Records.size(), 8U);
+}
+
+TEST_F(EntryPointTest, ASignalOnTwoHandlesIsNone) {
+  notebook.InstallProtocols();
+  notebook.SignalFormSetsUpdated();
+  notebook.SignalFormSetsUpdated();
+  notebook.Start();
+  notebook.SignalTablesRequested();
+  EXPECT_EQ(Database().Store(), nullptr);
+}
+
+TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
+  notebook.FactoryMode = true;
+  notebook.Settings[3633] = {};
+  Gather();
+  EXPECT_THAT(notebook.ModesAsked, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 255, 0));
+  EXPECT_NE(ByToken(3633), "");
+  EXPECT_EQ(notebook.SettingsRead.front(), (std::pair<UINT32, UINT64>{0x2618, 8}));
+  notebook.Failing[gVaroModeQueryProtocolGuid] = EFI_DEVICE_ERROR;
+  GatherAnew();
+  EXPECT_EQ(ByToken(3633), "");
+}
+
+TEST_F(EntryPointTest, FormSetsThatCannotBeListedEndTheBoot) {
+  notebook.ListStatus = EFI_DEVICE_ERROR;
+  notebook.Boot();
+  EXPECT_EQ(notebook.Published(), nullptr);
+  EXPECT_EQ(Database().GetAttributeCount(), 0U);
+  EXPECT_THAT(notebook.Uefi.Measurements,
+              ElementsAre("start CallbackOnAllFormSetsUpdated CRV2", "start BuildBiosAttributesData CRV2",
+                          "end BuildBiosAttributesData CRV2", "end CallbackOnAllFormSetsUpdated CRV2"));
+}
+
+}  // namespace

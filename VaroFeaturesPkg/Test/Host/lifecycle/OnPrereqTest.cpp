@@ -1,0 +1,124 @@
+/** @file
+  Tests of the waits for protocols.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include "FakeUefi/FakeUefi.hpp"
+#include "lifecycle/OnPrereq.hpp"
+
+namespace {
+
+constexpr EFI_GUID kOne{1, 0, 0, {}};
+constexpr EFI_GUID kTwo{2, 0, 0, {}};
+
+int gRuns = 0;
+EFI_TPL gTpl = 0;
+EFI_STATUS gAnswer = EFI_SUCCESS;
+EFI_STATUS EFIAPI CountRun(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
+  EXPECT_EQ(image, gImageHandle);
+  EXPECT_EQ(table, gST);
+  ++gRuns;
+  gTpl = FakeUefi::Current().Tpl();
+  return gAnswer;
+}
+
+class OnPrereqTest : public testing::Test {
+ protected:
+  OnPrereqTest() {
+    gRuns = 0;
+    gAnswer = EFI_SUCCESS;
+  }
+  PrereqRecord* Register(std::initializer_list<const EFI_GUID*> guids, PrereqRecord* parent = nullptr) {
+    return RegisterOnPrereq(counters, parent, CountRun, gImageHandle, gST, std::span(guids.begin(), guids.size()));
+  }
+  FakeUefi uefi;
+  PrereqCounters counters{};
+};
+
+TEST_F(OnPrereqTest, RunsOnceWhenAllAreThere) {
+  const PrereqRecord* const record = Register({&kOne, &kTwo});
+  uefi.Install(kTwo, nullptr);
+  EXPECT_EQ(gRuns, 0);
+  EXPECT_EQ(record->FoundCount, 1U);
+  uefi.Install(kOne, nullptr);
+  EXPECT_EQ(gRuns, 1);
+  EXPECT_EQ(gTpl, UINTN{TPL_CALLBACK});
+  EXPECT_TRUE(record->Done);
+  uefi.Install(kOne, nullptr);
+  EXPECT_EQ(gRuns, 1);
+}
+
+TEST_F(OnPrereqTest, SeesWhatIsThereAlreadyAndNotWhatIsThereTwice) {
+  uefi.Install(kOne, nullptr);
+  Register({&kOne});
+  EXPECT_EQ(gRuns, 1);
+  uefi.Install(kOne, nullptr);
+  Register({&kOne});
+  uefi.Install(kOne, nullptr);
+  EXPECT_EQ(gRuns, 1);
+  EXPECT_EQ(uefi.Warnings("more than one handle"), 2U);
+}
+
+TEST_F(OnPrereqTest, TwoInstallationsBeforeTheNotificationAreTwo) {
+  Register({&kOne});
+  const EFI_TPL old = gBS->RaiseTPL(TPL_NOTIFY);
+  uefi.Install(kOne, nullptr);
+  uefi.Install(kOne, nullptr);
+  gBS->RestoreTPL(old);
+  EXPECT_EQ(gRuns, 0);
+}
+
+TEST_F(OnPrereqTest, OneSuccessSatisfiesAGroup) {
+  PrereqRecord* const parent = Register({&kOne});
+  const PrereqRecord* const child = Register({&kTwo}, parent);
+  const PrereqRecord* const stranger = Register({&kTwo});
+  EXPECT_EQ(child->GroupId, parent->GroupId);
+  EXPECT_NE(stranger->GroupId, parent->GroupId);
+  EXPECT_EQ(stranger->RecordId, 3U);
+  uefi.Install(kOne, nullptr);
+  EXPECT_TRUE(child->Done);
+  EXPECT_FALSE(stranger->Done);
+  EXPECT_EQ(Register({&kTwo}, parent), parent);  // done: nothing is registered
+  uefi.Install(kTwo, nullptr);
+  EXPECT_EQ(gRuns, 2);
+}
+
+TEST_F(OnPrereqTest, AFailureIsThatOfItsRecordAlone) {
+  PrereqRecord* const parent = Register({&kOne});
+  const PrereqRecord* const child = Register({&kTwo}, parent);
+  gAnswer = EFI_DEVICE_ERROR;
+  uefi.Install(kOne, nullptr);
+  EXPECT_TRUE(parent->Done);
+  EXPECT_FALSE(child->Done);
+  uefi.Install(kTwo, nullptr);
+  EXPECT_EQ(gRuns, 2);
+}
+
+TEST_F(OnPrereqTest, ARecordWithoutItsSignatureIsLeftAlone) {
+  PrereqRecord* const record = Register({&kOne});
+  PrereqRecord* const member = Register({&kTwo}, record);
+  member->Signature = 0;
+  uefi.Install(kTwo, nullptr);
+  EXPECT_EQ(gRuns, 0);
+  EXPECT_EQ(Register({&kOne}, member), member);
+  EXPECT_NONFATAL_FAILURE(uefi.Install(kOne, nullptr), "OnPrereqDxe(107): CR has Bad Signature");
+}
+
+TEST_F(OnPrereqTest, AWaitThatCannotBeSetUpLeavesNothing) {
+  for (const auto& [service, calls] : {std::pair(Service::Allocation, 2), std::pair(Service::Registration, 3)}) {
+    for (int nth = 1; nth <= calls; ++nth) {
+      uefi.Fail(service, static_cast<size_t>(nth), EFI_OUT_OF_RESOURCES);
+      EXPECT_EQ(Register({&kOne, &kTwo}), nullptr);
+      EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
+    }
+  }
+  uefi.Install(kOne, nullptr);
+  uefi.Install(kTwo, nullptr);
+  EXPECT_EQ(gRuns, 0);
+}
+
+}  // namespace

@@ -1,0 +1,96 @@
+/** @file
+  Tests of HiiStrings: languages, fall-back, the shared buffer.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include <gtest/gtest.h>
+
+#include "FakeUefi/FakeUefi.hpp"
+#include "sources/HiiStrings.hpp"
+
+extern "C" EFI_GUID gEfiHiiStringProtocolGuid;
+
+namespace {
+
+class HiiStringsTest : public testing::Test {
+ protected:
+  HiiStringsTest() {
+    package = uefi.AddPackageList();
+    other = uefi.AddPackageList();
+    both = uefi.AddString(package, {{"en-US", u"English"}, {"x-UEFI", u"Keyword"}, {"fr-FR", u"Fran\u00e7ais"}});
+    english = uefi.AddString(package, {{"en-US", u"Only English, and longer than the texts before it"}});
+    french = uefi.AddString(package, {{"fr-FR", u"Seulement"}});
+    uefi.AddString(other, {{"de-DE", u"Deutsch"}});
+    uefi.Install(gEfiHiiStringProtocolGuid, &uefi.HiiString);
+  }
+  static std::pair<std::u16string, bool> Get(HiiStrings& strings, EFI_HII_HANDLE from, EFI_STRING_ID id,
+                                             const CHAR8* language = nullptr) {
+    const HiiText text = strings.GetHiiString(from, id, language);
+    return {std::u16string(text.Text, text.Text + StringLength(text.Text)), !EFI_ERROR(text.Status)};
+  }
+  using Text = std::pair<std::u16string, bool>;
+
+  FakeUefi uefi;
+  EFI_HII_HANDLE package = nullptr;
+  EFI_HII_HANDLE other = nullptr;
+  EFI_STRING_ID both = 0;
+  EFI_STRING_ID english = 0;
+  EFI_STRING_ID french = 0;
+};
+
+TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
+  struct Row {
+    const CHAR8* Platform;
+    EFI_STRING_ID Id;
+    const CHAR8* Language;
+    Text Expected;
+  };
+  const Row rows[] = {
+      {nullptr, both, nullptr, {u"English", true}},
+      {"fr-FR", both, nullptr, {u"Fran\u00e7ais", true}},
+      {"FR-fr", both, "x-UEFI", {u"Keyword", true}},
+      {nullptr, english, "x-UEFI", {u"Only English, and longer than the texts before it", true}},
+      {"fr-FR", english, "x-UEFI", {u"", false}},  // not a second retry
+      {"fr-FR", english, nullptr, {u"", false}},
+      {"fr-FR", french, "x-UEFI", {u"Seulement", true}},
+      {"it-IT", both, nullptr, {u"", false}},
+      {nullptr, both, "x-", {u"English", true}},  // no language begins another
+      {nullptr, 0, nullptr, {u"", false}},
+      {nullptr, 99, "x-UEFI", {u"", false}},
+  };
+  for (const Row& row : rows) {
+    HiiStrings strings(row.Platform);
+    EXPECT_EQ(Get(strings, package, row.Id, row.Language), row.Expected);
+    // And the same with a buffer in use and another package list in between.
+    Get(strings, other, 2);
+    EXPECT_EQ(Get(strings, package, row.Id, row.Language), row.Expected);
+  }
+  EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
+}
+
+TEST_F(HiiStringsTest, AnyCallMayFail) {
+  const Text whole = {u"Keyword", true};
+  for (const Service service : {Service::HiiString, Service::Allocation}) {
+    bool failed = true;
+    for (size_t nth = 1; failed; ++nth) {
+      HiiStrings strings(nullptr);
+      uefi.Fail(service, nth, EFI_DEVICE_ERROR);
+      const size_t calls = uefi.Calls(service);
+      const Text text = Get(strings, package, both, "x-UEFI");
+      failed = uefi.Calls(service) >= calls + nth;
+      EXPECT_TRUE(text == whole || text == Text(u"English", true) || text == Text(u"", false)) << nth;
+      uefi.Fail(service, 1000000, EFI_SUCCESS);
+      EXPECT_EQ(Get(strings, package, both, "x-UEFI"), whole) << nth;  // and does no lasting harm
+    }
+  }
+}
+
+TEST_F(HiiStringsTest, WithoutTheProtocolEveryTextIsEmpty) {
+  uefi.Reboot();
+  HiiStrings strings(nullptr);
+  EXPECT_EQ(Get(strings, package, both), Text(u"", false));
+  EXPECT_EQ(uefi.Warnings(), 1U);
+}
+
+}  // namespace
