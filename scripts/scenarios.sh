@@ -139,8 +139,8 @@ same_attributes() { diff <(attributes "$1") <(tr -d '\r' <"$(scenario_folder "$1
 
 # One line for each of the four compressed variables, the last word of which says how it went.
 cache_decodes() {
-  awk '{ sub(/\r$/, ""); print; good += $NF == "ok" } END { exit good != 4 || NR != 4 }' \
-    "$(scenario_folder "$1")/cache.txt"
+  tr -d '\r' <"$(scenario_folder "$1")/cache.txt" |
+    awk '{ print; good += $NF == "ok" } END { exit good != 4 || NR != 4 }'
 }
 
 # differs_only_in BOOT BOOT LINE...: those lines of the second boot, given from the name to the current value, and no

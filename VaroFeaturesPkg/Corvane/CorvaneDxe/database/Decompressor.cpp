@@ -193,8 +193,9 @@ class Decoder {
     if (const UINT32 longCodes = first[tableBits + 1] >> treeBits; longCodes != 0) {
       std::fill(table + longCodes, table + (1 << tableBits), UINT16{0});
     }
-    UINT16 freeNode = static_cast<UINT16>(lengths.size());
-    for (UINT16 symbol = 0; symbol < lengths.size(); ++symbol) {
+    const auto symbols = static_cast<UINT16>(lengths.size());  // an alphabet has 510 at most
+    UINT16 freeNode = symbols;
+    for (UINT16 symbol = 0; symbol < symbols; ++symbol) {
       const UINT32 length = lengths[symbol];
       if (length == 0) {
         continue;

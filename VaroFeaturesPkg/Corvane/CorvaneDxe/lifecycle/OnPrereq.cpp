@@ -82,7 +82,7 @@ PrereqRecord* RegisterOnPrereq(PrereqCounters& counters, PrereqRecord* parent, P
   } else {
     record->GroupId = ++counters.Group;
   }
-  block.release();                              // to the record,
+  static_cast<void>(block.release());           // to the record,
   PrereqRecord* const wait = record.release();  // which belongs to its event from here on
   gBS->SignalEvent(event);                      // sees what is installed already
   return wait;

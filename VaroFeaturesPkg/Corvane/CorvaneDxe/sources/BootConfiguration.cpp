@@ -167,7 +167,7 @@ EFI_STATUS ReadBootOptions(BootConfigurationState& state) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"System boot configuration\" dropped: boot options: %r\n", status));
     return status;
   }
-  owned.release();  // to the published state, whose views lead into it
+  static_cast<void>(owned.release());  // to the published state, whose views lead into it
   return EFI_SUCCESS;
 }
 
