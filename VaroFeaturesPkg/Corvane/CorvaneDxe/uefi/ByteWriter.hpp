@@ -20,10 +20,10 @@ class ByteWriter {
   [[nodiscard]] constexpr size_t Used() const { return used_; }
 
   void Put(std::span<const std::byte> bytes) {
-    std::byte* const place = room_.data() + used_;
+    const size_t place = used_;
     Skip(bytes.size());
     if (!counting_ && ok_) {
-      CopyMem(place, bytes.data(), bytes.size());
+      CopyMem(room_.data() + place, bytes.data(), bytes.size());
     }
   }
 
