@@ -13,7 +13,6 @@
 
 extern "C" {
 #include <Guid/GlobalVariable.h>
-extern EFI_GUID gEfiGlobalVariableGuid;
 EFI_STATUS EFIAPI CorvaneDxeEntryPoint(EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable);
 }
 
@@ -57,19 +56,6 @@ FakeQuestion& FakeQuestion::Option(UINT64 value, std::u16string keyword, std::u1
 FakeQuestion& FakeFormSet::Question(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt) {
   return Questions.emplace_back(opcode, identifier, std::move(keyword), std::move(prompt));
 }
-FakeQuestion& FakeFormSet::OneOf(UINT32 identifier, std::u16string keyword, std::u16string prompt) {
-  return Question(EFI_IFR_ONE_OF_OP, identifier, std::move(keyword), std::move(prompt));
-}
-FakeQuestion& FakeFormSet::Checkbox(UINT32 identifier, std::u16string keyword, std::u16string prompt) {
-  return Question(EFI_IFR_CHECKBOX_OP, identifier, std::move(keyword), std::move(prompt));
-}
-FakeQuestion& FakeFormSet::Numeric(UINT32 identifier, std::u16string keyword, std::u16string prompt) {
-  return Question(EFI_IFR_NUMERIC_OP, identifier, std::move(keyword), std::move(prompt));
-}
-FakeQuestion& FakeFormSet::String(UINT32 identifier, std::u16string keyword, std::u16string prompt) {
-  return Question(EFI_IFR_STRING_OP, identifier, std::move(keyword), std::move(prompt));
-}
-
 Bytes FakeBootOption::Bbs(UINT16 deviceType) {
   return {BBS_DEVICE_PATH,
           BBS_BBS_DP,

@@ -90,10 +90,11 @@ class FakeQuestion {
 
 class FakeFormSet {
  public:
-  FakeQuestion& OneOf(UINT32 identifier, std::u16string keyword, std::u16string prompt);
-  FakeQuestion& Checkbox(UINT32 identifier, std::u16string keyword, std::u16string prompt);
-  FakeQuestion& Numeric(UINT32 identifier, std::u16string keyword, std::u16string prompt);
-  FakeQuestion& String(UINT32 identifier, std::u16string keyword, std::u16string prompt);
+  // Each takes an identifier, a keyword and a prompt.
+  FakeQuestion& OneOf(auto&&... of) { return Question(EFI_IFR_ONE_OF_OP, of...); }
+  FakeQuestion& Checkbox(auto&&... of) { return Question(EFI_IFR_CHECKBOX_OP, of...); }
+  FakeQuestion& Numeric(auto&&... of) { return Question(EFI_IFR_NUMERIC_OP, of...); }
+  FakeQuestion& String(auto&&... of) { return Question(EFI_IFR_STRING_OP, of...); }
   FakeQuestion& Question(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt);
 
   EFI_GUID Guid{};

@@ -1,11 +1,9 @@
 /** @file
-  FakeUefi: events, task priority levels, handles, protocols, configuration tables.
+  FakeUefi: events, task priority levels, handles, protocols.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include <cstdarg>
-
 #include "FakeUefi/FakeUefi.hpp"
 
 void FakeUefi::Signal(Event& event) {
@@ -81,16 +79,6 @@ FakeUefi::Installation* FakeUefi::Installed(EFI_HANDLE handle, const EFI_GUID& g
   return found == installed_.end() ? nullptr : &*found;
 }
 
-void FakeUefi::Announce(EFI_HANDLE handle, const EFI_GUID& guid) {
-  for (Registration& registration : registrations_) {
-    if (SameGuid(registration.Guid, guid)) {
-      registration.Fresh.push_back(handle);
-      Signal(*registration.Signalled);
-    }
-  }
-  DispatchNotifications();
-}
-
 EFI_STATUS FakeUefi::InstallInterface(EFI_HANDLE* handle, const EFI_GUID* guid, void* interface) {
   if (handle == nullptr || guid == nullptr || (*handle != nullptr && Installed(*handle, *guid) != nullptr)) {
     return EFI_INVALID_PARAMETER;
@@ -99,17 +87,13 @@ EFI_STATUS FakeUefi::InstallInterface(EFI_HANDLE* handle, const EFI_GUID* guid, 
     *handle = &handles_.emplace_back();
   }
   installed_.push_back({*handle, *guid, interface});
-  Announce(*handle, *guid);
+  for (const Registration& registration : registrations_) {
+    if (SameGuid(registration.Guid, *guid)) {
+      Signal(*registration.Signalled);
+    }
+  }
+  DispatchNotifications();
   return EFI_SUCCESS;
-}
-
-EFI_STATUS FakeUefi::UninstallInterface(EFI_HANDLE handle, const EFI_GUID* guid, void* interface) {
-  return std::erase_if(installed_,
-                       [&](const Installation& entry) {
-                         return entry.Handle == handle && SameGuid(entry.Guid, *guid) && entry.Interface == interface;
-                       }) == 0
-             ? EFI_NOT_FOUND
-             : EFI_SUCCESS;
 }
 
 EFI_HANDLE FakeUefi::Install(const EFI_GUID& guid, void* interface, EFI_HANDLE handle) {
@@ -119,35 +103,14 @@ EFI_HANDLE FakeUefi::Install(const EFI_GUID& guid, void* interface, EFI_HANDLE h
   return handle;
 }
 
-std::vector<EFI_HANDLE> FakeUefi::HandlesOf(EFI_LOCATE_SEARCH_TYPE type, const EFI_GUID* guid, void* key) {
+std::vector<EFI_HANDLE> FakeUefi::HandlesOf(const EFI_GUID& guid) {
   std::vector<EFI_HANDLE> handles;
-  if (type == ByRegisterNotify) {
-    auto& fresh = static_cast<Registration*>(key)->Fresh;
-    if (!fresh.empty()) {
-      handles.push_back(fresh.front());
-      fresh.pop_front();
-    }
-    return handles;
-  }
   for (const Installation& entry : installed_) {
-    const bool listed = std::find(handles.begin(), handles.end(), entry.Handle) != handles.end();
-    if (!listed && (type == AllHandles || SameGuid(entry.Guid, *guid))) {
+    if (SameGuid(entry.Guid, guid)) {
       handles.push_back(entry.Handle);
     }
   }
   return handles;
-}
-
-EFI_STATUS FakeUefi::InstallMultiple(EFI_HANDLE* handle, ...) {
-  EFI_STATUS status = Current().Enter(Service::Registration);
-  va_list list;
-  va_start(list, handle);
-  while (const EFI_GUID* const guid = EFI_ERROR(status) ? nullptr : va_arg(list, EFI_GUID*)) {
-    void* const interface = va_arg(list, void*);
-    status = Current().InstallInterface(handle, guid, interface);
-  }
-  va_end(list);
-  return status;
 }
 
 void FakeUefi::FillProtocolServices() {
@@ -156,32 +119,18 @@ void FakeUefi::FillProtocolServices() {
     const EFI_STATUS status = Current().Enter(Service::Registration);
     return EFI_ERROR(status) ? status : Current().InstallInterface(handle, guid, interface);
   };
-  bootServices_.ReinstallProtocolInterface = [](EFI_HANDLE handle, EFI_GUID* guid, VOID*,
-                                                VOID* interface) -> EFI_STATUS {
-    Installation* const installation = Current().Installed(handle, *guid);
-    if (installation == nullptr) {
-      return EFI_NOT_FOUND;
-    }
-    installation->Interface = interface;
-    Current().Announce(handle, *guid);
-    return EFI_SUCCESS;
-  };
-  bootServices_.UninstallProtocolInterface = [](EFI_HANDLE handle, EFI_GUID* guid, VOID* interface) -> EFI_STATUS {
-    return Current().UninstallInterface(handle, guid, interface);
-  };
-  bootServices_.InstallMultipleProtocolInterfaces = InstallMultiple;
   bootServices_.RegisterProtocolNotify = [](EFI_GUID* guid, EFI_EVENT event, VOID** key) -> EFI_STATUS {
     if (guid == nullptr || event == nullptr || key == nullptr) {
       return EFI_INVALID_PARAMETER;
     }
     const EFI_STATUS status = Current().Enter(Service::Registration);
     if (!EFI_ERROR(status)) {
-      *key = &Current().registrations_.emplace_back(Registration{*guid, static_cast<Event*>(event), {}});
+      *key = &Current().registrations_.emplace_back(Registration{*guid, static_cast<Event*>(event)});
     }
     return status;
   };
   bootServices_.LocateProtocol = [](EFI_GUID* guid, VOID* key, VOID** interface) -> EFI_STATUS {
-    if (guid == nullptr || interface == nullptr) {
+    if (guid == nullptr || interface == nullptr || key != nullptr) {
       return EFI_INVALID_PARAMETER;
     }
     *interface = nullptr;
@@ -192,20 +141,23 @@ void FakeUefi::FillProtocolServices() {
     if (EFI_ERROR(status)) {
       return status;
     }
-    const auto handles = Current().HandlesOf(key == nullptr ? ByProtocol : ByRegisterNotify, guid, key);
+    const auto handles = Current().HandlesOf(*guid);
     if (handles.empty()) {
       return EFI_NOT_FOUND;
     }
     *interface = Current().Installed(handles.front(), *guid)->Interface;
     return status;
   };
-  bootServices_.LocateHandle = [](EFI_LOCATE_SEARCH_TYPE type, EFI_GUID* guid, VOID* key, UINTN* size,
+  bootServices_.LocateHandle = [](EFI_LOCATE_SEARCH_TYPE type, EFI_GUID* guid, VOID*, UINTN* size,
                                   EFI_HANDLE* buffer) -> EFI_STATUS {
+    if (type != ByProtocol) {
+      return EFI_UNSUPPORTED;  // as far as this fake goes
+    }
     const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
     if (EFI_ERROR(status)) {
       return status;
     }
-    const auto handles = Current().HandlesOf(type, guid, key);
+    const auto handles = Current().HandlesOf(*guid);
     if (handles.empty()) {
       return EFI_NOT_FOUND;
     }
@@ -214,52 +166,6 @@ void FakeUefi::FillProtocolServices() {
       return EFI_BUFFER_TOO_SMALL;
     }
     std::copy(handles.begin(), handles.end(), buffer);
-    return EFI_SUCCESS;
-  };
-  bootServices_.LocateHandleBuffer = [](EFI_LOCATE_SEARCH_TYPE type, EFI_GUID* guid, VOID* key, UINTN* count,
-                                        EFI_HANDLE** buffer) -> EFI_STATUS {
-    const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
-    if (EFI_ERROR(status)) {
-      return status;
-    }
-    const auto handles = Current().HandlesOf(type, guid, key);
-    *count = handles.size();
-    *buffer = nullptr;
-    if (handles.empty()) {
-      return EFI_NOT_FOUND;
-    }
-    *buffer = static_cast<EFI_HANDLE*>(Current().GivePool(handles.size() * sizeof(EFI_HANDLE)));
-    std::copy(handles.begin(), handles.end(), *buffer);
-    return EFI_SUCCESS;
-  };
-  bootServices_.HandleProtocol = [](EFI_HANDLE handle, EFI_GUID* guid, VOID** interface) -> EFI_STATUS {
-    const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
-    const Installation* const installation = Current().Installed(handle, *guid);
-    *interface = EFI_ERROR(status) || installation == nullptr ? nullptr : installation->Interface;
-    return EFI_ERROR(status) ? status : installation == nullptr ? EFI_UNSUPPORTED : EFI_SUCCESS;
-  };
-  bootServices_.OpenProtocol = [](EFI_HANDLE handle, EFI_GUID* guid, VOID** interface, EFI_HANDLE, EFI_HANDLE,
-                                  UINT32 attributes) -> EFI_STATUS {
-    void* found = nullptr;
-    const EFI_STATUS status = gBS->HandleProtocol(handle, guid, &found);
-    if (attributes != EFI_OPEN_PROTOCOL_TEST_PROTOCOL) {
-      *interface = found;
-    }
-    return status;
-  };
-  bootServices_.InstallConfigurationTable = [](EFI_GUID* guid, VOID* table) -> EFI_STATUS {
-    FakeUefi& uefi = Current();
-    auto& tables = uefi.configurationTables_;
-    const size_t removed =
-        std::erase_if(tables, [&](const EFI_CONFIGURATION_TABLE& entry) { return SameGuid(entry.VendorGuid, *guid); });
-    if (table == nullptr && removed == 0) {
-      return EFI_NOT_FOUND;
-    }
-    if (table != nullptr) {
-      tables.push_back({*guid, table});
-    }
-    uefi.systemTable_.NumberOfTableEntries = tables.size();
-    uefi.systemTable_.ConfigurationTable = tables.data();
     return EFI_SUCCESS;
   };
 }

@@ -1,5 +1,5 @@
 /** @file
-  FakeUefi: faults, pool and pages, memory services, reboot.
+  FakeUefi: faults, pool and pages, reboot.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -8,7 +8,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <numeric>
 
 #include "FakeUefi/FakeUefi.hpp"
 
@@ -79,8 +78,6 @@ void FakeUefi::Reboot() {
   registrations_.clear();
   events_.clear();
   installed_.clear();
-  configurationTables_.clear();
-  systemTable_.NumberOfTableEntries = 0;
   packageLists_.clear();
   DebugMessages.clear();
   Measurements.clear();
@@ -104,11 +101,6 @@ EFI_STATUS FakeUefi::Enter(Service service) {
   const bool fails =
       fault != faults_.end() && (call == fault->second.First || (fault->second.AndLater && call > fault->second.First));
   return fails ? fault->second.Status : EFI_SUCCESS;
-}
-
-size_t FakeUefi::LivePoolBytes() const {
-  return std::accumulate(pool_.begin(), pool_.end(), size_t{0},
-                         [](size_t sum, const auto& entry) { return sum + entry.second; });
 }
 
 size_t FakeUefi::PoolBlockSize(const void* block) const {
@@ -152,29 +144,5 @@ void FakeUefi::FillPoolServices() {
       *memory = reinterpret_cast<UINTN>(block);
     }
     return status;
-  };
-  bootServices_.FreePages = [](EFI_PHYSICAL_ADDRESS memory, UINTN) -> EFI_STATUS {
-    auto* const block = reinterpret_cast<void*>(static_cast<UINTN>(memory));
-    if (Current().pages_.erase(block) == 0) {
-      Misuse("pages are freed that are not live");
-      return EFI_NOT_FOUND;
-    }
-    std::free(block);
-    return EFI_SUCCESS;
-  };
-  // A length of 0 is fine with any address.
-  bootServices_.CopyMem = [](VOID* destination, VOID* source, UINTN size) {
-    if (size != 0) {
-      std::memmove(destination, source, size);
-    }
-  };
-  bootServices_.SetMem = [](VOID* block, UINTN size, UINT8 value) {
-    if (size != 0) {
-      std::memset(block, value, size);
-    }
-  };
-  bootServices_.CalculateCrc32 = [](VOID* data, UINTN size, UINT32* crc) -> EFI_STATUS {
-    *crc = ::CalculateCrc32(data, size);
-    return EFI_SUCCESS;
   };
 }

@@ -72,7 +72,6 @@ class FakeUefi {
   // Pool. A block is filled with 0xA5 when it is given out.
 
   [[nodiscard]] size_t LivePoolBlocks() const { return pool_.size(); }
-  [[nodiscard]] size_t LivePoolBytes() const;
   /// Bytes of the live block that starts at `block`, or 0.
   [[nodiscard]] size_t PoolBlockSize(const void* block) const;
   /// A block as a driver would get it, which never fails and is not counted as a call.
@@ -93,7 +92,6 @@ class FakeUefi {
   /// What LocateProtocol answers for a protocol instead of EFI_SUCCESS; a warning comes with the interface.
   std::map<EFI_GUID, EFI_STATUS, GuidLess> LookupStatus;
   [[nodiscard]] EFI_TPL Tpl() const { return tpl_; }
-  [[nodiscard]] EFI_EVENT LastEvent() { return &events_.back(); }  ///< created last
 
   // Variables.
 
@@ -145,7 +143,6 @@ class FakeUefi {
   struct Registration {
     EFI_GUID Guid;
     Event* Signalled;
-    std::deque<EFI_HANDLE> Fresh;  ///< installed and not yet asked for by the key
   };
   struct Fault {
     size_t First;
@@ -165,12 +162,9 @@ class FakeUefi {
 
   void Signal(Event& event);
   void DispatchNotifications();
-  void Announce(EFI_HANDLE handle, const EFI_GUID& guid);
   [[nodiscard]] Installation* Installed(EFI_HANDLE handle, const EFI_GUID& guid);
-  [[nodiscard]] std::vector<EFI_HANDLE> HandlesOf(EFI_LOCATE_SEARCH_TYPE type, const EFI_GUID* guid, void* key);
+  [[nodiscard]] std::vector<EFI_HANDLE> HandlesOf(const EFI_GUID& guid);
   EFI_STATUS InstallInterface(EFI_HANDLE* handle, const EFI_GUID* guid, void* interface);
-  static EFI_STATUS EFIAPI InstallMultiple(EFI_HANDLE* handle, ...);
-  EFI_STATUS UninstallInterface(EFI_HANDLE handle, const EFI_GUID* guid, void* interface);
   EFI_STATUS SetVariable(const CHAR16* name, const EFI_GUID& vendor, UINT32 attributes, UINTN size, const void* data);
 
   EFI_BOOT_SERVICES bootServices_{};
@@ -188,7 +182,6 @@ class FakeUefi {
   std::deque<char> handles_;      ///< a handle is the address of one of these
   std::vector<Installation> installed_;
   std::list<Registration> registrations_;
-  std::vector<EFI_CONFIGURATION_TABLE> configurationTables_;
 
   std::list<PackageList> packageLists_;
 };

@@ -4,7 +4,6 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include "FakeUefi/FakeNotebook.hpp"
@@ -61,19 +60,6 @@ TEST(FakeUefiTest, NotificationsWaitForTheTplAndRunInOrder) {
   EXPECT_EQ(order, "!!");
   gBS->RestoreTPL(old);
   EXPECT_EQ(order, "!!12");
-}
-
-TEST(FakeUefiTest, PoolTellsOfMisuseAndFailsOnRequest) {
-  FakeUefi uefi;
-  void* block = nullptr;
-  uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES);
-  ASSERT_EQ(gBS->AllocatePool(EfiBootServicesData, 10, &block), EFI_SUCCESS);
-  EXPECT_EQ(static_cast<std::uint8_t*>(block)[9], 0xA5);
-  void* other = nullptr;
-  EXPECT_EQ(gBS->AllocatePool(EfiBootServicesData, 10, &other), EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(gBS->FreePool(block), EFI_SUCCESS);
-  EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
-  EXPECT_NONFATAL_FAILURE(gBS->FreePool(&uefi), "not live");
 }
 
 }  // namespace

@@ -209,6 +209,8 @@ TEST_F(FormSetsTest, OptionsAreCountedInEightBits) {
   }
   Gather();
   EXPECT_EQ(Attribute(16), "16 K #300/1 enum o=0|o=1 0,0");
+  // An option whose name is known brings no display text.
+  EXPECT_THAT(Strings(StringArray::Display), ElementsAre("P", "o", "System Setup"));
 }
 
 TEST_F(FormSetsTest, FormSetsThatAreNotWalked) {

@@ -146,7 +146,7 @@ class PasswordsTest : public NotebookFixture {
 };
 
 TEST_F(PasswordsTest, TwoOrThreeWithTheirLengthsAndStates) {
-  notebook.Passwords = {Entry(1, 1), Entry(0, 3), Entry(2, 2), Entry(0, 1, gVaroSettingsNamespaceGuid), Entry(7, 1)};
+  notebook.Passwords = {Entry(1, 1), Entry(0, 3), Entry(2, 2), Entry(0, 0, gVaroSettingsNamespaceGuid), Entry(7, 1)};
   EXPECT_THAT(Passwords(), ElementsAre("1 AdminPassword" + suffix + " #1175/0 pw 33 1",
                                        "2 SystemPassword" + suffix + " #1174/0 pw 34 1", ""));
   const auto displays = Strings(StringArray::Display);
