@@ -12,8 +12,10 @@ extern "C" {
 #include <Corvane/AttributeCache.h>
 #include <Corvane/TransportRecord.h>
 #include <Guid/GlobalVariable.h>
+#include <Guid/SmBios.h>
 #include <Library/PrintLib.h>
 #include <Protocol/AssetTagLength.h>
+#include <Protocol/AttributeAccess.h>
 #include <Protocol/BootOptionSource.h>
 #include <Protocol/CameraIdentifiers.h>
 #include <Protocol/FirmwareVersion.h>
@@ -23,6 +25,7 @@ extern "C" {
 #include <Protocol/PasswordService.h>
 #include <Protocol/PasswordStateQuery.h>
 #include <Protocol/PublishedTables.h>
+#include <Protocol/RequestDispatch.h>
 #include <Protocol/SettingDefaults.h>
 #include <Protocol/Settings.h>
 #include <Protocol/TableTransport.h>
@@ -31,6 +34,8 @@ extern "C" {
 EFI_GUID gEfiGlobalVariableGuid = EFI_GLOBAL_VARIABLE;
 EFI_GUID gEfiHiiDatabaseProtocolGuid = EFI_HII_DATABASE_PROTOCOL_GUID;
 EFI_GUID gEfiHiiStringProtocolGuid = EFI_HII_STRING_PROTOCOL_GUID;
+EFI_GUID gEfiLoadedImageProtocolGuid = EFI_LOADED_IMAGE_PROTOCOL_GUID;
+EFI_GUID gEfiSmbiosTableGuid = SMBIOS_TABLE_GUID;
 
 EFI_GUID gVaroAttributeVariableGuid = VARO_ATTRIBUTE_VARIABLE_GUID;
 EFI_GUID gVaroTransportRecordGuid = VARO_TRANSPORT_RECORD_GUID;
@@ -39,6 +44,7 @@ EFI_GUID gVaroSetupFormSetsGuid = VARO_SETUP_FORM_SETS_GUID;
 EFI_GUID gVaroSetupHiddenFormSetGuid = VARO_SETUP_HIDDEN_FORM_SET_GUID;
 EFI_GUID gVaroSystemPasswordsGuid = VARO_SYSTEM_PASSWORDS_GUID;
 EFI_GUID gVaroAssetTagLengthProtocolGuid = VARO_ASSET_TAG_LENGTH_PROTOCOL_GUID;
+EFI_GUID gVaroAttributeAccessProtocolGuid = VARO_ATTRIBUTE_ACCESS_PROTOCOL_GUID;
 EFI_GUID gVaroBootOptionSourceProtocolGuid = VARO_BOOT_OPTION_SOURCE_PROTOCOL_GUID;
 EFI_GUID gVaroCameraIdentifiersProtocolGuid = VARO_CAMERA_IDENTIFIERS_PROTOCOL_GUID;
 EFI_GUID gVaroFirmwareVersionProtocolGuid = VARO_FIRMWARE_VERSION_PROTOCOL_GUID;
@@ -49,6 +55,7 @@ EFI_GUID gVaroPasswordServiceProtocolGuid = VARO_PASSWORD_SERVICE_PROTOCOL_GUID;
 EFI_GUID gVaroPasswordDirectoryProtocolGuid = VARO_PASSWORD_DIRECTORY_PROTOCOL_GUID;
 EFI_GUID gVaroPasswordStateProtocolGuid = VARO_PASSWORD_STATE_PROTOCOL_GUID;
 EFI_GUID gVaroPublishedTablesProtocolGuid = VARO_PUBLISHED_TABLES_PROTOCOL_GUID;
+EFI_GUID gVaroRequestDispatchProtocolGuid = VARO_REQUEST_DISPATCH_PROTOCOL_GUID;
 EFI_GUID gVaroSettingDefaultsProtocolGuid = VARO_SETTING_DEFAULTS_PROTOCOL_GUID;
 EFI_GUID gVaroSettingsProtocolGuid = VARO_SETTINGS_PROTOCOL_GUID;
 EFI_GUID gVaroTableTransportProtocolGuid = VARO_TABLE_TRANSPORT_PROTOCOL_GUID;

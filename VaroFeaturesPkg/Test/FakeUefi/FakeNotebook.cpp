@@ -9,6 +9,7 @@
 
 #include "FakeUefi/FakeNotebook.hpp"
 
+#include "access/AccessState.hpp"
 #include "lifecycle/DriverState.hpp"
 
 extern "C" {
@@ -85,6 +86,7 @@ FakeNotebook::~FakeNotebook() {
     FakeUefi::Misuse("a list of questions is not released");
   }
   mState = {};  // as in an image that has just been loaded
+  mAccess = {};
   gCurrent = nullptr;
 }
 
@@ -384,6 +386,7 @@ EFI_STATUS FakeNotebook::Boot() {
 void FakeNotebook::Reboot() {
   Uefi.Reboot();
   mState = {};  // as in an image that has just been loaded
+  mAccess = {};
   Records.clear();
   ModesAsked.clear();
   SettingsRead.clear();

@@ -96,6 +96,15 @@ EFI_STATUS FakeUefi::InstallInterface(EFI_HANDLE* handle, const EFI_GUID* guid, 
   return EFI_SUCCESS;
 }
 
+EFI_STATUS FakeUefi::UninstallInterface(EFI_HANDLE handle, const EFI_GUID& guid, const void* interface) {
+  const Installation* const found = Installed(handle, guid);
+  if (found == nullptr || found->Interface != interface) {
+    return EFI_NOT_FOUND;
+  }
+  installed_.erase(installed_.begin() + (found - installed_.data()));
+  return EFI_SUCCESS;
+}
+
 EFI_HANDLE FakeUefi::Install(const EFI_GUID& guid, void* interface, EFI_HANDLE handle) {
   if (EFI_ERROR(InstallInterface(&handle, &guid, interface))) {
     Misuse("a protocol is installed twice on a handle");
@@ -112,6 +121,43 @@ std::vector<EFI_HANDLE> FakeUefi::HandlesOf(const EFI_GUID& guid) {
   }
   return handles;
 }
+
+namespace {
+
+/// Calls `each` with the pairs of a list that a null ends, up to its first error.
+EFI_STATUS ForEachPair(VA_LIST list, auto each) {
+  EFI_STATUS status = EFI_SUCCESS;
+  while (!EFI_ERROR(status)) {
+    auto* const guid = VA_ARG(list, EFI_GUID*);
+    if (guid == nullptr) {
+      break;
+    }
+    status = each(guid, VA_ARG(list, void*));
+  }
+  return status;
+}
+
+EFI_STATUS EFIAPI InstallMultiple(EFI_HANDLE* handle, ...) {
+  VA_LIST list;
+  VA_START(list, handle);
+  const EFI_STATUS status = ForEachPair(list, [handle](EFI_GUID* guid, void* interface) {
+    return gBS->InstallProtocolInterface(handle, guid, EFI_NATIVE_INTERFACE, interface);
+  });
+  VA_END(list);
+  return status;
+}
+
+EFI_STATUS EFIAPI UninstallMultiple(EFI_HANDLE handle, ...) {
+  VA_LIST list;
+  VA_START(list, handle);
+  const EFI_STATUS status = ForEachPair(list, [handle](EFI_GUID* guid, void* interface) {
+    return gBS->UninstallProtocolInterface(handle, guid, interface);
+  });
+  VA_END(list);
+  return EFI_ERROR(status) ? EFI_INVALID_PARAMETER : status;
+}
+
+}  // namespace
 
 void FakeUefi::FillProtocolServices() {
   bootServices_.InstallProtocolInterface = [](EFI_HANDLE* handle, EFI_GUID* guid, EFI_INTERFACE_TYPE,
@@ -168,4 +214,37 @@ void FakeUefi::FillProtocolServices() {
     std::copy(handles.begin(), handles.end(), buffer);
     return EFI_SUCCESS;
   };
+  bootServices_.LocateHandleBuffer = [](EFI_LOCATE_SEARCH_TYPE, EFI_GUID* guid, VOID*, UINTN* count,
+                                        EFI_HANDLE** buffer) -> EFI_STATUS {
+    const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
+    const auto handles = Current().HandlesOf(*guid);
+    if (EFI_ERROR(status) || handles.empty()) {
+      return EFI_ERROR(status) ? status : EFI_NOT_FOUND;
+    }
+    *count = handles.size();
+    *buffer = static_cast<EFI_HANDLE*>(Current().GivePool(handles.size() * sizeof(EFI_HANDLE)));
+    std::copy(handles.begin(), handles.end(), *buffer);
+    return EFI_SUCCESS;
+  };
+  bootServices_.OpenProtocol = [](EFI_HANDLE handle, EFI_GUID* guid, VOID** interface, EFI_HANDLE, EFI_HANDLE,
+                                  UINT32 attributes) -> EFI_STATUS {
+    const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
+    const Installation* const found = Current().Installed(handle, *guid);
+    if (EFI_ERROR(status) || found == nullptr) {
+      return EFI_ERROR(status) ? status : EFI_UNSUPPORTED;
+    }
+    if (attributes != EFI_OPEN_PROTOCOL_TEST_PROTOCOL) {
+      *interface = found->Interface;
+    }
+    return EFI_SUCCESS;
+  };
+  bootServices_.HandleProtocol = [](EFI_HANDLE handle, EFI_GUID* guid, VOID** interface) -> EFI_STATUS {
+    return gBS->OpenProtocol(handle, guid, interface, nullptr, nullptr, EFI_OPEN_PROTOCOL_BY_HANDLE_PROTOCOL);
+  };
+  bootServices_.UninstallProtocolInterface = [](EFI_HANDLE handle, EFI_GUID* guid, VOID* interface) -> EFI_STATUS {
+    const EFI_STATUS status = Current().Enter(Service::Registration);
+    return EFI_ERROR(status) ? status : Current().UninstallInterface(handle, *guid, interface);
+  };
+  bootServices_.InstallMultipleProtocolInterfaces = InstallMultiple;
+  bootServices_.UninstallMultipleProtocolInterfaces = UninstallMultiple;
 }

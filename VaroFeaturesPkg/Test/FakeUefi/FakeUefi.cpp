@@ -41,6 +41,7 @@ FakeUefi::FakeUefi() {
   FillProtocolServices();
   FillVariableServices();
   FillHiiServices();
+  Install(gEfiLoadedImageProtocolGuid, &LoadedImage, gImageHandle);
 }
 
 FakeUefi::~FakeUefi() {
@@ -84,6 +85,15 @@ void FakeUefi::Reboot() {
   calls_.clear();
   faults_.clear();
   LookupStatus.clear();
+  SetConfigurationTable({});
+  LoadedImage = {};
+  Install(gEfiLoadedImageProtocolGuid, &LoadedImage, gImageHandle);
+}
+
+void FakeUefi::SetConfigurationTable(std::vector<EFI_CONFIGURATION_TABLE> entries) {
+  configuration_ = std::move(entries);
+  systemTable_.ConfigurationTable = configuration_.data();
+  systemTable_.NumberOfTableEntries = configuration_.size();
 }
 
 void FakeUefi::Fail(Service service, size_t nth, EFI_STATUS status, Later later) {

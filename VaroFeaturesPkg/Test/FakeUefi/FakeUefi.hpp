@@ -21,6 +21,7 @@
 extern "C" {
 #include <Protocol/HiiDatabase.h>
 #include <Protocol/HiiString.h>
+#include <Protocol/LoadedImage.h>
 }
 
 using Bytes = std::vector<std::uint8_t>;
@@ -92,6 +93,9 @@ class FakeUefi {
   /// What LocateProtocol answers for a protocol instead of EFI_SUCCESS; a warning comes with the interface.
   std::map<EFI_GUID, EFI_STATUS, GuidLess> LookupStatus;
   [[nodiscard]] EFI_TPL Tpl() const { return tpl_; }
+  EFI_LOADED_IMAGE_PROTOCOL LoadedImage{};  ///< of the driver, on gImageHandle
+  /// What gST->ConfigurationTable holds.
+  void SetConfigurationTable(std::vector<EFI_CONFIGURATION_TABLE> entries);
 
   // Variables.
 
@@ -165,6 +169,7 @@ class FakeUefi {
   [[nodiscard]] Installation* Installed(EFI_HANDLE handle, const EFI_GUID& guid);
   [[nodiscard]] std::vector<EFI_HANDLE> HandlesOf(const EFI_GUID& guid);
   EFI_STATUS InstallInterface(EFI_HANDLE* handle, const EFI_GUID* guid, void* interface);
+  EFI_STATUS UninstallInterface(EFI_HANDLE handle, const EFI_GUID& guid, const void* interface);
   EFI_STATUS SetVariable(const CHAR16* name, const EFI_GUID& vendor, UINT32 attributes, UINTN size, const void* data);
 
   EFI_BOOT_SERVICES bootServices_{};
@@ -182,6 +187,7 @@ class FakeUefi {
   std::deque<char> handles_;      ///< a handle is the address of one of these
   std::vector<Installation> installed_;
   std::list<Registration> registrations_;
+  std::vector<EFI_CONFIGURATION_TABLE> configuration_;
 
   std::list<PackageList> packageLists_;
 };

@@ -8,5 +8,9 @@
 
 #include "uefi/Edk2.hpp"
 
-/// Installs the protocol on the driver's image. Called once from the entry point.
-EFI_STATUS InstallAttributeAccessProtocol(EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable);
+/// Installs the protocol on the driver's image, in place of an earlier instance, and `unload` as the image's unload
+/// handler. Called once from the entry point.
+[[nodiscard]] EFI_STATUS InstallAttributeAccessProtocol(EFI_HANDLE imageHandle, EFI_IMAGE_UNLOAD unload);
+
+/// What the image's unload handler has to do for the protocol.
+[[nodiscard]] EFI_STATUS UnloadAttributeAccess(EFI_HANDLE imageHandle);

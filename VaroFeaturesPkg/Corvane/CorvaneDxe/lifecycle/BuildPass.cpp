@@ -93,8 +93,9 @@ EFI_STATUS PublishOnce(DriverState& state) {
     RestoreCache(state.Database);
   }
   BuildPasswords(state.Database, state.Settings, state.OwnerPassword);
-  if (!EFI_ERROR(ReadBootOptions(state.BootConfiguration))) {
-    BuildBootConfiguration(state.Database, state.BootConfiguration);
+  BootConfigurationState bootConfiguration{};
+  if (!EFI_ERROR(ReadBootOptions(bootConfiguration))) {
+    BuildBootConfiguration(state.Database, bootConfiguration);
   }
   state.Database.ReleaseIndexes();  // one comes to be when no string was restored
   TableWriter writer(state.Descriptors);
@@ -104,7 +105,7 @@ EFI_STATUS PublishOnce(DriverState& state) {
   if (rebuild && state.RebuiltByFormSets && MayUseCache(state)) {
     IgnoreStatus(WriteCache(state.Database));  // the next boot finds it missing
   }
-  const EFI_STATUS published = PublishTables(state);
+  const EFI_STATUS published = PublishTables(state, bootConfiguration);
   state.PublishInProgress = false;
   return published;
 }

@@ -11,7 +11,6 @@
 #include "sources/FormSets.hpp"
 
 extern "C" {
-#include <Corvane/BootConfigurationState.h>
 #include <Protocol/FormBrowserData.h>
 #include <Protocol/HiiDatabase.h>
 #include <Protocol/PublishedTables.h>
@@ -30,12 +29,14 @@ struct DriverState {
   TableDescriptor* Descriptors = nullptr;
   AttributeDatabase Database;
   TableDirectory* Directory = nullptr;
-  BootConfigurationState BootConfiguration{};
   PublishedTablesInterface* Published = nullptr;
 
   CHAR8* PlatformLang = nullptr;  // null = the platform names no language
-  PrereqCounters Prerequisites{};
   SetupSummary Setup{};
+
+  PrereqCounters Prerequisites{};
+  const PrereqRecord* FormSetsWait = nullptr;
+  const PrereqRecord* TablesWait = nullptr;
 
   bool FactoryMode = false;        // a factory or manufacturing mode: nothing is cached, factory attributes exist
   bool OwnerPassword = false;      // the platform knows an owner password

@@ -66,6 +66,13 @@ EFI_STATUS LocateRequired(DriverState& state) {
   return status;
 }
 
+EFI_STATUS EFIAPI UnloadDriver(EFI_HANDLE imageHandle) {
+  if (IsArmed(mState.FormSetsWait) || IsArmed(mState.TablesWait)) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: unloaded while it waits: the signal it waits for will call into nowhere\n"));
+  }
+  return UnloadAttributeAccess(imageHandle);
+}
+
 EFI_STATUS StartDriver(DriverState& state, EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable) {
   ReserveRuntimePages();
   // To the end of boot services: the array is published as it stands.
@@ -77,12 +84,13 @@ EFI_STATUS StartDriver(DriverState& state, EFI_HANDLE imageHandle, EFI_SYSTEM_TA
   const EFI_STATUS status = LocateRequired(state);
   if (!EFI_ERROR(status)) {
     constexpr std::array<const EFI_GUID*, 1> kAwaited = {&gVaroFormSetsUpdatedProtocolGuid};
-    if (RegisterOnPrereq(state.Prerequisites, nullptr, CallbackOnAllFormSetsUpdated, imageHandle, systemTable,
-                         kAwaited) == nullptr) {
+    state.FormSetsWait = RegisterOnPrereq(state.Prerequisites, nullptr, CallbackOnAllFormSetsUpdated, imageHandle,
+                                          systemTable, kAwaited);
+    if (state.FormSetsWait == nullptr) {
       DEBUG((DEBUG_WARN, "CorvaneDxe: cannot wait for the form sets: no attribute is gathered or published\n"));
     }
   }
-  IgnoreStatus(InstallAttributeAccessProtocol(imageHandle, systemTable));  // the tables do not depend on it
+  IgnoreStatus(InstallAttributeAccessProtocol(imageHandle, UnloadDriver));  // the tables do not depend on it
   return status;
 }
 

@@ -65,8 +65,9 @@ EFI_STATUS GatherAttributes(DriverState& state, EFI_HANDLE imageHandle, EFI_SYST
     return status;
   }
   constexpr std::array<const EFI_GUID*, 1> kAwaited = {&gVaroTablesRequestedProtocolGuid};
-  if (RegisterOnPrereq(state.Prerequisites, nullptr, BuildAndPublishTables, imageHandle, systemTable, kAwaited) ==
-      nullptr) {
+  state.TablesWait =
+      RegisterOnPrereq(state.Prerequisites, nullptr, BuildAndPublishTables, imageHandle, systemTable, kAwaited);
+  if (state.TablesWait == nullptr) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: cannot wait for the tables to be wanted: nothing is published\n"));
   }
   return status;

@@ -31,6 +31,11 @@ static_assert(sizeof(PrereqRecord) == 96);
 
 constexpr UINT32 kPrereqSignature = SIGNATURE_32('P', 'R', 'e', 'q');
 
+/// True while the callback is still to come.
+[[nodiscard]] inline bool IsArmed(const PrereqRecord* wait) {
+  return wait != nullptr && !wait->Done;
+}
+
 /// The numbers given out last.
 struct PrereqCounters {
   UINT32 Group;

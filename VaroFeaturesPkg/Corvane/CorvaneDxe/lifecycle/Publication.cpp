@@ -19,24 +19,31 @@ static_assert(sizeof(PublishedTablesInterface) == 32);
 
 namespace {
 
-EFI_STATUS InstallPublishedTables(DriverState& state) {
-  PoolPtr<PublishedTablesInterface> published = AllocateZeroed<PublishedTablesInterface>();
-  if (!published) {
+/// One block, which outlives the image: what an unloaded driver has published can still be read.
+struct Publication {
+  PublishedTablesInterface Interface;
+  BootConfigurationState BootConfiguration;
+};
+
+EFI_STATUS InstallPublishedTables(DriverState& state, const BootConfigurationState& bootConfiguration) {
+  PoolPtr<Publication> publication = AllocateZeroed<Publication>();
+  if (!publication) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroPublishedTablesProtocolGuid not installed: out of memory\n"));
     return EFI_OUT_OF_RESOURCES;
   }
-  *published = {.Directory = state.Directory,
-                .Descriptors = state.Descriptors,
-                .Store = state.Database.Store(),
-                .BootConfiguration = &state.BootConfiguration};
+  publication->BootConfiguration = bootConfiguration;
+  publication->Interface = {.Directory = state.Directory,
+                            .Descriptors = state.Descriptors,
+                            .Store = state.Database.Store(),
+                            .BootConfiguration = &publication->BootConfiguration};
   EFI_HANDLE handle = nullptr;
-  const EFI_STATUS status =
-      gBS->InstallProtocolInterface(&handle, &gVaroPublishedTablesProtocolGuid, EFI_NATIVE_INTERFACE, published.get());
+  const EFI_STATUS status = gBS->InstallProtocolInterface(&handle, &gVaroPublishedTablesProtocolGuid,
+                                                          EFI_NATIVE_INTERFACE, &publication->Interface);
   if (EFI_ERROR(status)) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroPublishedTablesProtocolGuid not installed: %r\n", status));
     return status;
   }
-  state.Published = published.release();  // to its consumers
+  state.Published = &publication.release()->Interface;  // to its consumers
   return status;
 }
 
@@ -101,8 +108,8 @@ EFI_STATUS SendStream(TableTransportProtocol* transport, const AttributeDatabase
 
 }  // namespace
 
-EFI_STATUS PublishTables(DriverState& state) {
-  const EFI_STATUS installed = InstallPublishedTables(state);
+EFI_STATUS PublishTables(DriverState& state, const BootConfigurationState& bootConfiguration) {
+  const EFI_STATUS installed = InstallPublishedTables(state, bootConfiguration);
   if (state.Transport == nullptr) {
     return installed;
   }

@@ -51,7 +51,8 @@ class BootTest : public NotebookFixture {
     return Bytes(found + 3, found + 3 + static_cast<std::ptrdiff_t>(length));
   }
   /// Frees all that the published interface leads to. What is left over is the driver's own: two waits of two blocks,
-  /// the platform language, and the boot options that the published views lead into.
+  /// the platform language, the boot options that the published views lead into, and the attribute access protocol with
+  /// its request buffer.
   size_t BlocksBesidesPublished() {
     const PublishedTablesInterface published = *notebook.Published();
     const auto free = [&](const void* block) {
@@ -75,7 +76,7 @@ class BootTest : public NotebookFixture {
     free(published.Store);
     return notebook.Uefi.LivePoolBlocks();
   }
-  static constexpr size_t kOwnBlocks = 2 * 2 + 1 + 1;
+  static constexpr size_t kOwnBlocks = 2 * 2 + 1 + 1 + 2;
 };
 
 TEST_F(BootTest, EightRecordsCarryDirectoryDescriptorsTablesAndStream) {

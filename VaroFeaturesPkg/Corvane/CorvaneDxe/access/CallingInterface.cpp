@@ -1,0 +1,87 @@
+/** @file
+  Reading of the calling interface from SMBIOS.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "access/CallingInterface.hpp"
+
+#include "uefi/ByteReader.hpp"
+
+static_assert(sizeof(CallingInterfaceStructure) == 11 && sizeof(CallingInterfaceToken) == 6);
+
+namespace {
+
+/// The next structure of the calling interface from `cursor` on, which is advanced behind it; empty when there is none.
+std::span<const std::byte> NextStructureOfType218(const CallingInterfaceInfo& info, UINT32& cursor) {
+  const UINT32 count = info.Walker == nullptr ? 0 : StructureCount(*info.Walker);
+  while (cursor < count) {
+    const std::span<const std::byte> structure = StructureAt(*info.Walker, cursor++);
+    if (std::to_integer<UINT8>(structure[0]) == SMBIOS_TYPE_CALLING_INTERFACE) {
+      return structure;
+    }
+  }
+  return {};
+}
+
+/// Calls `visit` with each token of all structures, in their order.
+template <typename Visit>
+void ForEachToken(const CallingInterfaceInfo& info, Visit visit) {
+  UINT32 cursor = 0;
+  for (auto rest = NextStructureOfType218(info, cursor); !rest.empty(); rest = NextStructureOfType218(info, cursor)) {
+    ByteReader reader(rest);
+    const auto head = reader.ReadStruct<CallingInterfaceStructure>();
+    if (head.Length > info.Walker->LargestStructure) {
+      continue;
+    }
+    for (size_t offset = sizeof(head); offset < head.Length; offset += sizeof(CallingInterfaceToken)) {
+      const auto token = reader.ReadStruct<CallingInterfaceToken>();
+      if (!reader.Ok() || token.TokenId == CALLING_INTERFACE_TOKEN_END) {
+        break;
+      }
+      if (token.TokenId != CALLING_INTERFACE_TOKEN_NONE) {
+        visit(token);
+      }
+    }
+  }
+}
+
+/// Puts a token behind all that are not greater.
+void InsertToken(CallingInterfaceInfo& info, const CallingInterfaceToken& token) {
+  UINT32 place = info.TokenCount++;
+  for (; place > 0 && info.Tokens[place - 1].TokenId > token.TokenId; --place) {
+    info.Tokens[place] = info.Tokens[place - 1];
+  }
+  info.Tokens[place] = token;
+}
+
+}  // namespace
+
+CallingInterfaceInfo* BuildCallingInterfaceInfo() {
+  PoolPtr<CallingInterfaceInfo> info = AllocateZeroed<CallingInterfaceInfo>();
+  if (!info) {
+    return nullptr;
+  }
+  info->Walker = CreateSmbiosWalker();
+  UINT32 cursor = 0;
+  ByteReader first(NextStructureOfType218(*info, cursor));
+  const auto head = first.ReadStruct<CallingInterfaceStructure>();
+  info->IoAddress = head.IoAddress;
+  info->IoCode = head.IoCode;
+  info->Capabilities = head.Capabilities;
+  UINT32 count = 0;
+  ForEachToken(*info, [&count](const CallingInterfaceToken&) { ++count; });
+  info->Tokens = AllocateZeroedArray<CallingInterfaceToken>(count).release();
+  if (info->Tokens != nullptr) {
+    ForEachToken(*info, [&info](const CallingInterfaceToken& token) { InsertToken(*info, token); });
+  }
+  return info.release();
+}
+
+void ReleaseCallingInterfaceInfo(CallingInterfaceInfo* info) {
+  if (info != nullptr) {
+    FreeBlock(info->Tokens);
+    ReleaseSmbiosWalker(info->Walker);
+    FreeBlock(info);
+  }
+}

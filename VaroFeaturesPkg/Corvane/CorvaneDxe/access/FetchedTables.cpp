@@ -1,0 +1,171 @@
+/** @file
+  Fetching of the service's tables.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "access/FetchedTables.hpp"
+
+#include "access/Request.hpp"
+#include "uefi/Protocols.hpp"
+
+extern "C" {
+#include <Corvane/TableDirectory.h>
+}
+
+namespace {
+
+/// Gives a table its block. An earlier one stays: an answer of it may still be in use.
+void KeepTable(FetchedTable& table, PoolPtr<std::byte[]> block, size_t size) {
+  table = {.Block = block.get(), .Size = block ? size : 0};
+  static_cast<void>(block.release());
+}
+
+/// A copy of an answer that counts its own length field, or null.
+PoolPtr<std::byte[]> CopyAnswer(Request& request) {
+  const size_t length = request.Block().PayloadLength;
+  PoolPtr<std::byte[]> copy = AllocateZeroedArray<std::byte>(length);
+  if (copy) {
+    CopyMem(copy.get(), request.Answer().data(), length);
+  }
+  return copy;
+}
+
+bool IsWholeAnswer(Request& request) {
+  return request.Block().PayloadLength <= kAnswerCapacity;
+}
+
+/// Asks for a table from `offset` on.
+EFI_STATUS AskForTable(Request& request, UINT8 tableId, UINT32 offset) {
+  request.FillPayload();
+  request.Block().Arguments[2] = tableId;
+  request.Block().Arguments[3] = offset;
+  return request.Dispatch();
+}
+
+void FetchWhole(AccessState& access, UINT8 tableId, FetchedTable& table) {
+  Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_TABLE);
+  if (EFI_ERROR(AskForTable(request, tableId, 0)) || !IsWholeAnswer(request)) {
+    return;
+  }
+  KeepTable(table, CopyAnswer(request), request.Block().PayloadLength);
+}
+
+/// Bytes that the chunk from `offset` on added to `block`; 0 ends the fetch.
+UINT32 FetchChunk(AccessState& access, UINT8 tableId, UINT32 offset, std::span<std::byte> block) {
+  Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_TABLE);
+  if (EFI_ERROR(AskForTable(request, tableId, offset)) || request.Block().PayloadLength > REQUEST_PAYLOAD_CAPACITY) {
+    return 0;
+  }
+  const auto length = static_cast<UINT32>(std::min<size_t>(request.Block().PayloadLength, block.size() - offset));
+  CopyMem(block.data() + offset, request.Bytes(sizeof(RequestBlock)).data(), length);
+  return length;
+}
+
+/// A table that is announced first: whole when it fits one answer, else in chunks.
+void FetchAnnounced(AccessState& access, UINT8 tableId, FetchedTable& table) {
+  UINT32 announced = 0;
+  {
+    Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_TABLE);
+    if (EFI_ERROR(AskForTable(request, tableId, 0))) {
+      return;
+    }
+    announced = request.Block().PayloadLength;
+  }
+  if (announced < kAnswerCapacity) {
+    FetchWhole(access, tableId, table);
+    return;
+  }
+  // The count is that of the table alone, so that readers of a chunked table stop four bytes earlier.
+  const size_t size = sizeof(announced) + size_t{announced};
+  PoolPtr<std::byte[]> block = AllocateZeroedArray<std::byte>(size);
+  if (block) {
+    CopyMem(block.get(), &announced, sizeof(announced));
+    UINT32 offset = 0;
+    UINT32 length = 0;
+    do {
+      length = FetchChunk(access, tableId, offset, {block.get() + sizeof(announced), announced});
+      offset += length;
+    } while (length != 0 && offset < announced);
+  }
+  KeepTable(table, std::move(block), size);
+}
+
+void FetchListed(AccessState& access, const TableDirectoryEntry& entry) {
+  switch (entry.TableType) {
+    case TABLE_DIRECTORY_TYPE_STRINGS:
+      return FetchWhole(access, entry.TableId, access[ServiceTable::Strings]);
+    case TABLE_DIRECTORY_TYPE_ATTRIBUTES:
+      return FetchWhole(access, entry.TableId, access[ServiceTable::Attributes]);
+    case TABLE_DIRECTORY_TYPE_VALUES:
+      return FetchWhole(access, entry.TableId, access[ServiceTable::Values]);
+    case TABLE_DIRECTORY_TYPE_TEXT:
+      if (entry.SubType <= 1) {
+        FetchAnnounced(access, entry.TableId, access[entry.SubType == 0 ? ServiceTable::Help : ServiceTable::Display]);
+      }
+      return;
+    default:
+      return;
+  }
+}
+
+bool IsServiceReady(AccessState& access) {
+  if (access.RequestBuffer == nullptr) {
+    return false;
+  }
+  PoolPtr<std::byte[]> directory;
+  size_t length = 0;
+  {
+    Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_DIRECTORY);
+    request.FillPayload();
+    if (EFI_ERROR(request.Dispatch()) || !request.Handled() || !IsWholeAnswer(request)) {
+      return false;
+    }
+    length = request.Block().PayloadLength;
+    directory = CopyAnswer(request);
+  }
+  if (!directory) {
+    return false;
+  }
+  ByteReader reader({directory.get(), length});
+  reader.Take(sizeof(UINT32) + offsetof(TableDirectory, EntryCount));
+  for (UINT8 count = reader.Read<UINT8>(); count > 0; --count) {
+    const auto entry = reader.ReadStruct<TableDirectoryEntry>();
+    if (!reader.Ok()) {
+      break;
+    }
+    FetchListed(access, entry);
+  }
+  return true;
+}
+
+}  // namespace
+
+EFI_STATUS EnsureReady(AccessState& access) {
+  if (access.CallingInterface == nullptr) {
+    access.CallingInterface = BuildCallingInterfaceInfo();
+  }
+  if (access.Dispatcher == nullptr) {
+    const EFI_STATUS status = LocateProtocol(gVaroRequestDispatchProtocolGuid, access.Dispatcher);
+    if (EFI_ERROR(status)) {
+      return status;
+    }
+    if (access.Dispatcher == nullptr) {
+      return EFI_NOT_FOUND;  // installed as a mere signal
+    }
+  }
+  return IsServiceReady(access) ? EFI_SUCCESS : EFI_NOT_READY;
+}
+
+EFI_STATUS EnsureTable(AccessState& access, ServiceTable table) {
+  return access[table].Block != nullptr ? EFI_SUCCESS : EnsureReady(access);
+}
+
+void ReleaseFetchedTables(AccessState& access) {
+  for (FetchedTable& table : access.Tables) {
+    FreeBlock(table.Block);
+    table = {};
+  }
+  ReleaseCallingInterfaceInfo(access.CallingInterface);
+  access.CallingInterface = nullptr;
+}
