@@ -235,8 +235,8 @@ EFI_STATUS
   Gives the current value of an attribute, found by the service by its name.
 
   @param[in]      This    The protocol.
-  @param[in]      Name    As the service knows it. The answer's status stands at a fixed place: with more than 131
-                          characters a character of the name stands there.
+  @param[in]      Name    As the service knows it. The answer's status stands at a fixed place, which a name of more than
+                          131 characters reaches into: there the status says nothing.
   @param[out]     Buffer  The value's bytes, in the service's form, unterminated.
   @param[in,out]  Size    Bytes of Buffer on input. Left as it is on success (the value's own length is not given); the
                           bytes needed with EFI_BUFFER_TOO_SMALL, so ask with Size 0 first.
