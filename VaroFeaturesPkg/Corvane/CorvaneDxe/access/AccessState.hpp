@@ -19,6 +19,7 @@ struct FetchedTable {
   size_t Size = 0;                   // of the block; four more than it counts when the table came in chunks
 };
 
+/// In the order of their directory types; of the texts, by sub-type.
 enum class ServiceTable : size_t { Strings, Attributes, Values, Help, Display };
 constexpr size_t kServiceTables = 5;
 

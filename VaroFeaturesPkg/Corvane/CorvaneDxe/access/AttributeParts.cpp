@@ -40,12 +40,7 @@ constexpr std::array<PartShape, 7> kValueParts = {{
 /// Bytes of a part; the reader goes past them, or fails.
 size_t SizeOf(const PartShape& shape, ByteReader& reader) {
   reader.Take(shape.Fixed);
-  size_t count = 0;
-  if (shape.CountSize == sizeof(UINT8)) {
-    count = reader.Read<UINT8>();
-  } else if (shape.CountSize == sizeof(UINT16)) {
-    count = reader.Read<UINT16>();
-  }
+  const size_t count = reader.ReadUnsigned(shape.CountSize);
   reader.Take(count * shape.ElementSize);
   return shape.Fixed + shape.CountSize + count * shape.ElementSize;
 }

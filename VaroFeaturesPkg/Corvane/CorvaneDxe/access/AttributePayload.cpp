@@ -8,12 +8,12 @@
 
 static_assert(sizeof(AttributePayload) == 22 && offsetof(AttributePayload, Length) == 12);
 
-PayloadWriter::PayloadWriter(Request& request, const AttributeKey& key, UINT32 length, UINT32 innerLength)
-    : payload_(request.Bytes(sizeof(RequestBlock))), rest_(payload_) {
-  request.Block().PayloadLength = length;
+PayloadWriter::PayloadWriter(Request& request, const AttributeKey& key)
+    : block_(request.Block()), payload_(request.Bytes(sizeof(RequestBlock))), rest_(payload_) {
+  block_.PayloadLength = ATTRIBUTE_PAYLOAD_LENGTH + sizeof(UINT32);
   AttributePayload head{};
   CopyMem(head.Signature, ATTRIBUTE_PAYLOAD_SIGNATURE, sizeof(head.Signature));
-  head.Length = innerLength;
+  head.Length = ATTRIBUTE_PAYLOAD_LENGTH;
   head.Count = 1;
   size_t nameLength = 0;
   if (key.Name == nullptr) {
@@ -27,6 +27,11 @@ PayloadWriter::PayloadWriter(Request& request, const AttributeKey& key, UINT32 l
   }
   rest_.PutValue(head);
   rest_.Put(std::as_bytes(std::span(key.Name, nameLength)));
+}
+
+void PayloadWriter::SetLength(UINT32 length) {
+  block_.PayloadLength = length;
+  reinterpret_cast<AttributePayload*>(payload_.data())->Length = length;
 }
 
 void PayloadWriter::Seal(size_t count) {

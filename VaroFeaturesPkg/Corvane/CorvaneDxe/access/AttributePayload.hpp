@@ -19,10 +19,10 @@ struct AttributeKey {
 /// Lays out a request's payload. Its writer stands behind what names the attribute, for what the request adds.
 class PayloadWriter {
  public:
-  /// A request to change an attribute found by its handle says how many bytes it carries; all others, nothing given,
-  /// say the same.
-  PayloadWriter(Request& request, const AttributeKey& key, UINT32 length = ATTRIBUTE_PAYLOAD_LENGTH + sizeof(UINT32),
-                UINT32 innerLength = ATTRIBUTE_PAYLOAD_LENGTH);
+  PayloadWriter(Request& request, const AttributeKey& key);
+
+  /// A request to change an attribute found by its handle says how many bytes it carries; all others say the same.
+  void SetLength(UINT32 length);
 
   [[nodiscard]] ByteWriter& Rest() { return rest_; }
   /// Offset in the RequestBuffer of what is put next.
@@ -32,6 +32,7 @@ class PayloadWriter {
   void Seal(size_t count);
 
  private:
+  RequestBlock& block_;
   std::span<std::byte> payload_;
   ByteWriter rest_;
 };

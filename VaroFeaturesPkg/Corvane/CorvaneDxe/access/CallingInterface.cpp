@@ -24,9 +24,18 @@ std::span<const std::byte> NextStructureOfType218(const CallingInterfaceInfo& in
   return {};
 }
 
-/// Calls `visit` with each token of all structures, in their order.
-template <typename Visit>
-void ForEachToken(const CallingInterfaceInfo& info, Visit visit) {
+/// Puts a token behind all that are not greater.
+void InsertToken(CallingInterfaceInfo& info, const CallingInterfaceToken& token) {
+  UINT32 place = info.TokenCount++;
+  for (; place > 0 && info.Tokens[place - 1].TokenId > token.TokenId; --place) {
+    info.Tokens[place] = info.Tokens[place - 1];
+  }
+  info.Tokens[place] = token;
+}
+
+/// Goes through the tokens of all structures. Gives their number, and keeps them where there is room for them.
+UINT32 TakeTokens(CallingInterfaceInfo& info) {
+  UINT32 count = 0;
   UINT32 cursor = 0;
   for (auto rest = NextStructureOfType218(info, cursor); !rest.empty(); rest = NextStructureOfType218(info, cursor)) {
     ByteReader reader(rest);
@@ -39,20 +48,16 @@ void ForEachToken(const CallingInterfaceInfo& info, Visit visit) {
       if (!reader.Ok() || token.TokenId == CALLING_INTERFACE_TOKEN_END) {
         break;
       }
-      if (token.TokenId != CALLING_INTERFACE_TOKEN_NONE) {
-        visit(token);
+      if (token.TokenId == CALLING_INTERFACE_TOKEN_NONE) {
+        continue;
+      }
+      ++count;
+      if (info.Tokens != nullptr) {
+        InsertToken(info, token);
       }
     }
   }
-}
-
-/// Puts a token behind all that are not greater.
-void InsertToken(CallingInterfaceInfo& info, const CallingInterfaceToken& token) {
-  UINT32 place = info.TokenCount++;
-  for (; place > 0 && info.Tokens[place - 1].TokenId > token.TokenId; --place) {
-    info.Tokens[place] = info.Tokens[place - 1];
-  }
-  info.Tokens[place] = token;
+  return count;
 }
 
 }  // namespace
@@ -69,12 +74,8 @@ CallingInterfaceInfo* BuildCallingInterfaceInfo() {
   info->IoAddress = head.IoAddress;
   info->IoCode = head.IoCode;
   info->Capabilities = head.Capabilities;
-  UINT32 count = 0;
-  ForEachToken(*info, [&count](const CallingInterfaceToken&) { ++count; });
-  info->Tokens = AllocateZeroedArray<CallingInterfaceToken>(count).release();
-  if (info->Tokens != nullptr) {
-    ForEachToken(*info, [&info](const CallingInterfaceToken& token) { InsertToken(*info, token); });
-  }
+  info->Tokens = AllocateZeroedArray<CallingInterfaceToken>(TakeTokens(*info)).release();
+  TakeTokens(*info);
   return info.release();
 }
 

@@ -23,12 +23,8 @@ void KeepTable(FetchedTable& table, PoolPtr<std::byte[]> block, size_t size) {
 
 /// A copy of an answer that counts its own length field, or null.
 PoolPtr<std::byte[]> CopyAnswer(Request& request) {
-  const size_t length = request.Block().PayloadLength;
-  PoolPtr<std::byte[]> copy = AllocateZeroedArray<std::byte>(length);
-  if (copy) {
-    CopyMem(copy.get(), request.Answer().data(), length);
-  }
-  return copy;
+  return PoolPtr<std::byte[]>{
+      static_cast<std::byte*>(CopyBytes(request.Answer().data(), request.Block().PayloadLength))};
 }
 
 bool IsWholeAnswer(Request& request) {
@@ -91,21 +87,14 @@ void FetchAnnounced(AccessState& access, UINT8 tableId, FetchedTable& table) {
   KeepTable(table, std::move(block), size);
 }
 
+/// Fetches what a directory entry lists, if it is one of the five tables.
 void FetchListed(AccessState& access, const TableDirectoryEntry& entry) {
-  switch (entry.TableType) {
-    case TABLE_DIRECTORY_TYPE_STRINGS:
-      return FetchWhole(access, entry.TableId, access[ServiceTable::Strings]);
-    case TABLE_DIRECTORY_TYPE_ATTRIBUTES:
-      return FetchWhole(access, entry.TableId, access[ServiceTable::Attributes]);
-    case TABLE_DIRECTORY_TYPE_VALUES:
-      return FetchWhole(access, entry.TableId, access[ServiceTable::Values]);
-    case TABLE_DIRECTORY_TYPE_TEXT:
-      if (entry.SubType <= 1) {
-        FetchAnnounced(access, entry.TableId, access[entry.SubType == 0 ? ServiceTable::Help : ServiceTable::Display]);
-      }
-      return;
-    default:
-      return;
+  static_assert(static_cast<size_t>(ServiceTable::Values) == TABLE_DIRECTORY_TYPE_VALUES);
+  static_assert(static_cast<size_t>(ServiceTable::Display) == TABLE_DIRECTORY_TYPE_TEXT + 1);
+  if (entry.TableType < TABLE_DIRECTORY_TYPE_TEXT) {
+    FetchWhole(access, entry.TableId, access.Tables[entry.TableType]);
+  } else if (entry.TableType == TABLE_DIRECTORY_TYPE_TEXT && entry.SubType <= 1) {
+    FetchAnnounced(access, entry.TableId, access.Tables[size_t{TABLE_DIRECTORY_TYPE_TEXT} + entry.SubType]);
   }
 }
 

@@ -32,8 +32,9 @@ EFI_STATUS CopyText(std::span<const std::byte> text, size_t unit, void* buffer, 
   return EFI_SUCCESS;
 }
 
-EFI_STATUS GetTextString(ServiceTable table, const AttributeAccessProtocol* self, UINT32 handle, CHAR16* buffer,
-                         UINT32* size) {
+/// A text of a table whose texts have `unit` bytes a character.
+EFI_STATUS GetText(const AttributeAccessProtocol* self, ServiceTable table, size_t unit, UINT16 handle, void* buffer,
+                   UINT32* size) {
   if (self == nullptr || size == nullptr) {
     return EFI_INVALID_PARAMETER;
   }
@@ -42,8 +43,10 @@ EFI_STATUS GetTextString(ServiceTable table, const AttributeAccessProtocol* self
     return status;
   }
   TableWalk walk(mAccess[table]);
-  walk.Reader().Take(walk.Reader().Read<UINT16>());  // the header, of no meaning here
-  return CopyText(FindText(walk, static_cast<UINT16>(handle)), sizeof(CHAR16), buffer, *size);
+  if (table != ServiceTable::Strings) {
+    walk.Reader().Take(walk.Reader().Read<UINT16>());  // the header, of no meaning here
+  }
+  return CopyText(FindText(walk, handle), unit, buffer, *size);
 }
 
 /// True when the text up to its first "[" is `name`. An empty text is no name.
@@ -52,7 +55,7 @@ bool IsNamed(std::span<const std::byte> text, AsciiView name) {
   while (length < text.size() && text[length] != std::byte{'['} && text[length] != std::byte{0}) {
     ++length;
   }
-  return !text.empty() && length == name.size() && CompareMem(text.data(), name.data(), length) == 0;
+  return !text.empty() && SameBytes(text.first(length), std::as_bytes(name));
 }
 
 /// Which string handles are that of a name. One walk over the string table, so that a search costs one over each table.
@@ -94,48 +97,25 @@ EFI_STATUS FindNamed(AccessState& access, const NamedHandles& names, UINT16& han
   return EFI_INVALID_PARAMETER;  // callers know it as "no such name"
 }
 
-/// Entries of the attribute table; 0 with one of unknown type among them.
-UINT32 CountAttributes(AccessState& access) {
+/// Goes through the attribute table and writes as many handles as there is room for. False with one of unknown type.
+bool WalkHandles(AccessState& access, std::span<UINT16> room, size_t& count) {
   TableWalk walk(access[ServiceTable::Attributes]);
   AttributeEntry entry{};
-  UINT32 count = 0;
-  while (NextAttribute(walk, entry)) {
+  for (count = 0; NextAttribute(walk, entry); ++count) {
     if (entry.Part.empty()) {
-      return 0;
+      return false;
     }
-    ++count;
-  }
-  return count;
-}
-
-/// Writes the handles and a 0 after them. The room for the 0 is the caller's promise; beyond `size` nothing else is
-/// written.
-EFI_STATUS ListHandles(AccessState& access, UINT16* handles, UINT32 size) {
-  TableWalk walk(access[ServiceTable::Attributes]);
-  AttributeEntry entry{};
-  size_t count = 0;
-  while (NextAttribute(walk, entry)) {
-    if (entry.Part.empty()) {
-      return EFI_UNSUPPORTED;
-    }
-    if (count < size / sizeof(*handles)) {
-      handles[count++] = entry.Handle;
+    if (count < room.size()) {
+      room[count] = entry.Handle;
     }
   }
-  handles[count] = 0;
-  return EFI_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
 EFI_STATUS EFIAPI GetAttributeString(AttributeAccessProtocol* self, UINT16 handle, CHAR8* buffer, UINT32* size) {
-  if (self == nullptr || size == nullptr) {
-    return EFI_INVALID_PARAMETER;
-  }
-  const EFI_STATUS status = EnsureTable(mAccess, ServiceTable::Strings);
-  return EFI_ERROR(status)
-             ? status
-             : CopyText(FindText(TableWalk(mAccess[ServiceTable::Strings]), handle), sizeof(CHAR8), buffer, *size);
+  return GetText(self, ServiceTable::Strings, sizeof(CHAR8), handle, buffer, size);
 }
 
 EFI_STATUS EFIAPI FindAttributeHandle(AttributeAccessProtocol* self, const CHAR8* name, UINT16* handle) {
@@ -158,11 +138,11 @@ EFI_STATUS EFIAPI FindAttributeHandle(AttributeAccessProtocol* self, const CHAR8
 }
 
 EFI_STATUS EFIAPI GetTextStringB(AttributeAccessProtocol* self, UINT32 handle, CHAR16* buffer, UINT32* size) {
-  return GetTextString(ServiceTable::Display, self, handle, buffer, size);
+  return GetText(self, ServiceTable::Display, sizeof(CHAR16), static_cast<UINT16>(handle), buffer, size);
 }
 
 EFI_STATUS EFIAPI GetTextStringA(AttributeAccessProtocol* self, UINT32 handle, CHAR16* buffer, UINT32* size) {
-  return GetTextString(ServiceTable::Help, self, handle, buffer, size);
+  return GetText(self, ServiceTable::Help, sizeof(CHAR16), static_cast<UINT16>(handle), buffer, size);
 }
 
 EFI_STATUS EFIAPI GetAttributeHandles(AttributeAccessProtocol* self, UINT16* handles, UINT32* size) {
@@ -173,10 +153,18 @@ EFI_STATUS EFIAPI GetAttributeHandles(AttributeAccessProtocol* self, UINT16* han
   if (EFI_ERROR(status)) {
     return status;
   }
-  const UINT32 count = CountAttributes(mAccess);
-  if (*size < count * sizeof(*handles)) {
+  size_t count = 0;
+  const bool known = WalkHandles(mAccess, {}, count);
+  if (known && *size < count * sizeof(*handles)) {
     *size = static_cast<UINT32>((count + 1) * sizeof(*handles));
     return EFI_BUFFER_TOO_SMALL;
   }
-  return handles == nullptr ? EFI_INVALID_PARAMETER : ListHandles(mAccess, handles, *size);
+  if (handles == nullptr) {
+    return EFI_INVALID_PARAMETER;
+  }
+  if (!WalkHandles(mAccess, {handles, *size / sizeof(*handles)}, count)) {
+    return EFI_UNSUPPORTED;
+  }
+  handles[count] = 0;  // the room for it is the caller's promise
+  return EFI_SUCCESS;
 }

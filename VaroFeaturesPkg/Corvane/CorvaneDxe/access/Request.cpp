@@ -6,7 +6,8 @@
 **/
 #include "access/Request.hpp"
 
-static_assert(offsetof(RequestBlock, Results) == 20 && offsetof(RequestBlock, Descriptor) == 36);
+static_assert(offsetof(RequestBlock, Arguments) == 4 && offsetof(RequestBlock, Results) == 20 &&
+              offsetof(RequestBlock, Descriptor) == 36);
 static_assert(offsetof(RequestBlock, PayloadLength) == 92 && sizeof(RequestBlock) == 96);
 static_assert(sizeof(DispatchDescriptor) == 32 && offsetof(DispatchDescriptor, IoAddress) == 24);
 
@@ -15,9 +16,8 @@ Request::Request(AccessState& access, UINT16 requestClass, UINT16 select)
   const UINT64 address = reinterpret_cast<UINTN>(&block_);
   block_.Class = requestClass;
   block_.Select = select;
-  ZeroMem(block_.Arguments, sizeof(block_.Arguments));
+  ZeroMem(block_.Arguments, sizeof(block_.Arguments) + sizeof(block_.Results));
   block_.Arguments[0] = static_cast<UINT32>(address + offsetof(RequestBlock, PayloadLength));
-  ZeroMem(block_.Results, sizeof(block_.Results));
   block_.Results[0] = REQUEST_NOT_HANDLED;
   DispatchDescriptor& descriptor = block_.Descriptor;
   descriptor.Marker = DISPATCH_DESCRIPTOR_MARKER;

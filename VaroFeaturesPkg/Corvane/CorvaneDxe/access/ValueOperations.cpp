@@ -61,26 +61,37 @@ std::span<const std::byte> ValueToSend(UINT8 type, std::span<const std::byte> pa
   return reader.Take(type == PLDM_BIOS_ATTRIBUTE_ENUMERATION ? 2 : ValuePartSize(type, reader));
 }
 
-EFI_STATUS SendValue(UINT32 key, UINT16 handle, UINT8 type, std::span<const std::byte> value, UINT32 length) {
+/// What a set request carries: `Head` says of what kind `Value` is.
+struct Change {
+  AttributeKey Attribute;
+  std::span<const std::byte> Head;
+  std::span<const std::byte> Value;
+
+  /// Bytes of the payload, the answer's status byte included.
+  [[nodiscard]] size_t Length() const {
+    const size_t nameLength = Attribute.Name == nullptr ? 0 : AsciiLength(Attribute.Name);
+    return sizeof(AttributePayload) + nameLength + sizeof(UINT16) + Head.size() + Value.size() + sizeof(UINT8);
+  }
+};
+
+/// Sends a change that fits the buffer. The status byte of the answer is what came of it, if the service `handled` it.
+EFI_STATUS SendChange(const Change& change, UINT32 key, bool& handled) {
   Request request(mAccess, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_SET);
   request.Block().Arguments[1] = key;
-  PayloadWriter payload(request, {.Handle = handle}, length, length);
-  payload.Rest().PutValue(static_cast<UINT16>(sizeof(type) + value.size()));
-  payload.Rest().PutValue(type);
-  if (type == PLDM_BIOS_ATTRIBUTE_ENUMERATION) {
-    payload.Rest().PutValue(UINT8{1});
-    value = value.last(1);
+  const auto length = static_cast<UINT32>(change.Length());
+  PayloadWriter payload(request, change.Attribute);
+  if (change.Attribute.Name == nullptr) {
+    payload.SetLength(length);
   }
-  payload.Rest().Put(value);
+  payload.Rest().PutValue(static_cast<UINT16>(change.Head.size() + change.Value.size()));
+  payload.Rest().Put(change.Head);
+  payload.Rest().Put(change.Value);
   const size_t answer = payload.Offset();
   payload.Rest().PutValue(UINT8{0});
   payload.Seal(length);
   IgnoreStatus(request.Dispatch());  // whether the service handled it says more
-  if (!request.Handled()) {
-    return EFI_ABORTED;
-  }
-  return type == PLDM_BIOS_ATTRIBUTE_STRING ? EFI_SUCCESS  // callers of it expect no more: they read the string back
-                                            : AnswerAt(request, answer);
+  handled = request.Handled();
+  return AnswerAt(request, answer);
 }
 
 }  // namespace
@@ -116,8 +127,8 @@ EFI_STATUS EFIAPI SetAttributeValue(AttributeAccessProtocol* self, AttributeInfo
   if (size <= sizeof(AttributeInfo)) {
     return EFI_BUFFER_TOO_SMALL;
   }
-  if (const EFI_STATUS status = EnsureRequest(); EFI_ERROR(status)) {
-    return status;
+  if (const EFI_STATUS ready = EnsureRequest(); EFI_ERROR(ready)) {
+    return ready;
   }
   if (info->Type != PLDM_BIOS_ATTRIBUTE_ENUMERATION && info->Type != PLDM_BIOS_ATTRIBUTE_STRING &&
       info->Type != PLDM_BIOS_ATTRIBUTE_INTEGER) {
@@ -128,19 +139,28 @@ EFI_STATUS EFIAPI SetAttributeValue(AttributeAccessProtocol* self, AttributeInfo
   if (value.empty()) {
     return EFI_BUFFER_TOO_SMALL;
   }
-  const size_t length = sizeof(AttributePayload) + sizeof(UINT16) + sizeof(type) + value.size() + sizeof(UINT8);
-  if (length > REQUEST_PAYLOAD_CAPACITY) {
+  const bool isEnumeration = type == PLDM_BIOS_ATTRIBUTE_ENUMERATION;
+  const std::array<std::byte, 2> head = {std::byte{type}, std::byte{1}};  // of an enumeration one value is sent
+  const Change change{.Attribute = {.Handle = info->Handle},
+                      .Head = std::span(head).first(isEnumeration ? 2 : 1),
+                      .Value = isEnumeration ? value.last(1) : value};
+  if (change.Length() > REQUEST_PAYLOAD_CAPACITY) {
     return EFI_INVALID_PARAMETER;
   }
   const UINT32 key = KeyOf(password);
-  if (type == PLDM_BIOS_ATTRIBUTE_ENUMERATION) {
+  if (isEnumeration) {
     UINT32 needed = 0;
     IgnoreStatus(GetAttributeInfo(self, info, &needed));  // a failure leaves a size that no record has
     if (needed != size) {
       return EFI_BUFFER_TOO_SMALL;
     }
   }
-  return SendValue(key, info->Handle, type, value, static_cast<UINT32>(length));
+  bool handled = false;
+  const EFI_STATUS status = SendChange(change, key, handled);
+  if (!handled) {
+    return EFI_ABORTED;
+  }
+  return type == PLDM_BIOS_ATTRIBUTE_STRING ? EFI_SUCCESS : status;  // of a string callers read the value back
 }
 
 EFI_STATUS EFIAPI GetRequestBuffer(AttributeAccessProtocol*, VOID** buffer, UINT32* size) {
@@ -209,19 +229,12 @@ EFI_STATUS EFIAPI SetAttributeValueByName(AttributeAccessProtocol* self, const C
     return status;
   }
   const std::span<const CHAR8> text(value, AsciiLength(value));
-  const size_t checksummed = ATTRIBUTE_CHECKSUM_SET_BY_NAME(AsciiLength(name), text.size());
-  if (checksummed >= REQUEST_PAYLOAD_CAPACITY) {
+  const auto length = static_cast<UINT16>(text.size());
+  const Change change{
+      .Attribute = {.Name = name}, .Head = std::as_bytes(std::span(&length, 1)), .Value = std::as_bytes(text)};
+  if (change.Length() > REQUEST_PAYLOAD_CAPACITY) {
     return EFI_INVALID_PARAMETER;
   }
-  const UINT32 key = KeyOf(password);
-  Request request(mAccess, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_SET);
-  request.Block().Arguments[1] = key;
-  PayloadWriter payload(request, {.Name = name});
-  const auto length = static_cast<UINT16>(text.size());
-  payload.Rest().PutValue(static_cast<UINT16>(length + sizeof(length)));
-  payload.Rest().PutValue(length);
-  payload.Rest().Put(std::as_bytes(text));
-  payload.Seal(checksummed);
-  IgnoreStatus(request.Dispatch());  // callers rely on the status byte alone
-  return AnswerAt(request, payload.Offset());
+  bool handled = false;
+  return SendChange(change, KeyOf(password), handled);  // callers rely on the status byte alone
 }

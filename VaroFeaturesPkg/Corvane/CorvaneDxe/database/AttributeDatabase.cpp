@@ -100,15 +100,12 @@ UINT16 AttributeDatabase::AttributeLimit() const {
 }
 
 VOID** AttributeDatabase::StringsOf(StringArray array) const {
-  switch (array) {
-    case StringArray::Names:
-      return store_->Slots + ATTRIBUTE_STORE_NAMES;
-    case StringArray::Display:
-      return store_->Slots + ATTRIBUTE_STORE_DISPLAY_STRINGS;
-    case StringArray::Help:
-      break;
-  }
-  return store_->Slots + ATTRIBUTE_STORE_HELP_STRINGS;
+  constexpr auto startOf = [](StringArray of) {
+    return ATTRIBUTE_STORE_NAMES + static_cast<size_t>(of) * ATTRIBUTE_STORE_STRING_LIMIT;
+  };
+  static_assert(startOf(StringArray::Display) == ATTRIBUTE_STORE_DISPLAY_STRINGS &&
+                startOf(StringArray::Help) == ATTRIBUTE_STORE_HELP_STRINGS);
+  return store_->Slots + startOf(array);
 }
 
 UINT64 AttributeDatabase::CountOf(StringArray array) const {

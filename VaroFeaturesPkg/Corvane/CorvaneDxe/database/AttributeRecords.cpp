@@ -97,7 +97,15 @@ void PutRecord(ByteWriter& writer, const AttributeRecord& record, TextForm textF
   writer.Put(RecordBytes(record, shape.TailBegin, shape.Size));
 }
 
-void FreeRecord(AttributeRecord* record) {
+OwnedRecord<AttributeRecord> MakeAttribute(const AttributeRecord& head) {
+  OwnedRecord<AttributeRecord> record{static_cast<AttributeRecord*>(AllocateZeroedBytes(ShapeOf(head).Size))};
+  if (record) {
+    *record = head;
+  }
+  return record;
+}
+
+[[gnu::noinline]] void FreeRecord(AttributeRecord* record) {
   if (record == nullptr) {
     return;
   }

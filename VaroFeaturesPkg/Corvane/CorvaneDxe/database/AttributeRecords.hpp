@@ -93,15 +93,15 @@ inline constexpr AttributeType kTypeOf<CollectionRecord> = AttributeType::Collec
 template <>
 inline constexpr AttributeType kTypeOf<ConfigurationSetRecord> = AttributeType::ConfigurationSet;
 
+/// A record with this head, whose type is known, and a zero-filled body; or null.
+[[nodiscard]] OwnedRecord<AttributeRecord> MakeAttribute(const AttributeRecord& head);
+
 /// A zero-filled record with its type set, or null.
 template <typename T>
 [[nodiscard]] OwnedRecord<T> MakeRecord(bool readOnly = false) {
-  OwnedRecord<T> record{AllocateZeroed<T>().release()};
-  if (record) {
-    record->Head.Type =
-        static_cast<UINT8>(static_cast<UINT8>(kTypeOf<T>) | (readOnly ? PLDM_BIOS_ATTRIBUTE_READ_ONLY : 0));
-  }
-  return record;
+  AttributeRecord head{};
+  head.Type = static_cast<UINT8>(static_cast<UINT8>(kTypeOf<T>) | (readOnly ? PLDM_BIOS_ATTRIBUTE_READ_ONLY : 0));
+  return OwnedRecord<T>{reinterpret_cast<T*>(MakeAttribute(head).release())};
 }
 
 /// The record without its body's type, as stores take it.

@@ -7,6 +7,7 @@
 #include "database/Cache.hpp"
 #include "database/CacheVariables.hpp"
 #include "database/CacheVersion.hpp"
+#include "uefi/ByteReader.hpp"
 #include "uefi/Protocols.hpp"
 
 extern "C" {
@@ -36,7 +37,7 @@ bool CacheIsValid() {
   // The terminator counts: a cached version that goes on is another one.
   const auto version = std::as_bytes(std::span(running.Value(), AsciiLength(running.Value()) + 1));
   const std::span<const std::byte> content = cached.Value().Bytes();
-  if (content.size() < version.size() || CompareMem(content.data(), version.data(), version.size()) != 0) {
+  if (content.size() < version.size() || !SameBytes(content.first(version.size()), version)) {
     return false;
   }
   UINT8 markedBad = 0;

@@ -107,11 +107,10 @@ OwnedRecord<AttributeRecord> TakeRecord(ByteReader& reader) {
     return nullptr;
   }
   const RecordShape& shape = ShapeOf(head);
-  OwnedRecord<AttributeRecord> record{static_cast<AttributeRecord*>(AllocateZeroedBytes(shape.Size))};
+  OwnedRecord<AttributeRecord> record = MakeAttribute(head);
   if (!record) {
     return nullptr;
   }
-  *record = head;
   TakeBytes(reader, *record, sizeof(head), shape.FixedEnd);
   const auto count = std::to_integer<size_t>(*RecordBytes(*record, shape.Count, shape.Size).data());
   if (shape.Handles != 0 && !TakeOwned(reader, *record, shape.Handles, count * sizeof(UINT16))) {

@@ -51,26 +51,35 @@ EFI_STATUS WriteCompressed(const CHAR16* name, std::span<const std::byte> conten
   return WriteVariable(name, gVaroAttributeVariableGuid, kNonVolatile, {compressed.get(), size});
 }
 
-/// Lays the content out with `put`, first counting, then in a block of that size, and writes it.
-template <typename Put>
-EFI_STATUS WriteContent(const CHAR16* name, Put put) {
+/// The content of a string list, or of the attribute data for null.
+void PutContent(ByteWriter& content, const AttributeDatabase& database, const CachedStrings* strings) {
+  if (strings != nullptr) {
+    PutStrings(content, database, strings->Array);
+  } else {
+    PutAttributes(content, database);
+  }
+}
+
+/// Lays the content of a variable out, first counting, then in a block of that size, and writes it.
+EFI_STATUS WriteContent(const AttributeDatabase& database, const CachedStrings* strings) {
   ByteWriter counter;
-  put(counter);
+  PutContent(counter, database, strings);
   const PoolPtr<std::byte[]> block = AllocateZeroedArray<std::byte>(counter.Used());
   if (!block) {
     return EFI_OUT_OF_RESOURCES;
   }
   ByteWriter content{{block.get(), counter.Used()}};
-  put(content);
-  return WriteCompressed(name, {block.get(), content.Used()});
+  PutContent(content, database, strings);
+  return WriteCompressed(strings != nullptr ? strings->Variable : kAttributesDataVariable,
+                         {block.get(), content.Used()});
 }
 
 EFI_STATUS WriteStringVariable(const AttributeDatabase& database, const CachedStrings& kind) {
-  return WriteContent(kind.Variable, [&](ByteWriter& list) { PutStrings(list, database, kind.Array); });
+  return WriteContent(database, &kind);
 }
 
 EFI_STATUS WriteAttributeData(const AttributeDatabase& database) {
-  return WriteContent(kAttributesDataVariable, [&](ByteWriter& data) { PutAttributes(data, database); });
+  return WriteContent(database, nullptr);
 }
 
 EFI_STATUS WriteVersion() {
@@ -80,11 +89,10 @@ EFI_STATUS WriteVersion() {
     return version.Status();
   }
   const size_t length = AsciiLength(version.Value());
-  const PoolPtr<std::byte[]> content = AllocateZeroedArray<std::byte>(2 * length);  // the version, then zeros
+  const PoolPtr<std::byte[]> content{static_cast<std::byte*>(CopyBytes(version.Value(), length, length))};
   if (!content) {
     return EFI_OUT_OF_RESOURCES;
   }
-  CopyMem(content.get(), version.Value(), length);
   return WriteVariable(kBiosVersionVariable, gVaroAttributeVariableGuid, kNonVolatile, {content.get(), 2 * length});
 }
 

@@ -66,6 +66,13 @@ struct Node {
   UINT32 Depth;
 };
 
+/// A symbol of the code in which the lengths of the byte code are written, and what follows it.
+struct LengthCode {
+  UINT8 Symbol;
+  UINT8 ExtraBits;
+  UINT16 Extra;
+};
+
 struct Workspace {
   UINT8 Prices[kSymbols];
   Code Codes[kSymbols];
@@ -74,6 +81,7 @@ struct Workspace {
   UINT16 Head[kHashSize];        // latest position with this hash, modulo 65536
   UINT16 Previous[kWindowSize];  // the one before it
   Step Steps[kStretch + 1];
+  LengthCode Lengths[kByteCodes];
   Node Nodes[2 * kByteCodes];  // the leaves by weight, then the inner nodes in the order of their making
 };
 
@@ -315,14 +323,17 @@ class Encoder {
     }
     output_.Put(blockSize_, kBlockSizeBits);
     const UINT32 used = BuildCode(kBytes);
-    ForEachLengthCode(used, [this](UINT32 code, UINT32, UINT32) { ++work_.Counts[kLengths.First + code]; });
+    const std::span<const LengthCode> lengths = EncodeLengths(used);
+    for (const LengthCode& length : lengths) {
+      ++work_.Counts[kLengths.First + length.Symbol];
+    }
     WriteLengths(kLengths, BuildCode(kLengths));
     if (used > 0) {
       output_.Put(used, kBytes.CountBits);
-      ForEachLengthCode(used, [this](UINT32 code, UINT32 extra, UINT32 extraBits) {
-        PutSymbol(kLengths, code);
-        output_.Put(extra, extraBits);
-      });
+      for (const LengthCode& length : lengths) {
+        PutSymbol(kLengths, length.Symbol);
+        output_.Put(length.Extra, length.ExtraBits);
+      }
     } else {
       WriteOnlySymbol(kBytes);
     }
@@ -348,10 +359,10 @@ class Encoder {
     output_.Put(code.Bits, code.Length);
   }
 
-  /// The lengths of the C code as codes of T.
-  template <typename Function>
-  void ForEachLengthCode(UINT32 used, Function&& function) {
+  /// The lengths of the byte code's first `used` symbols, runs of zeros in one.
+  std::span<const LengthCode> EncodeLengths(UINT32 used) {
     const Code* codes = &work_.Codes[kBytes.First];
+    LengthCode* end = work_.Lengths;
     for (UINT32 next = 0; next < used;) {
       UINT32 run = 0;
       while (codes[next + run].Length == 0) {
@@ -359,23 +370,24 @@ class Encoder {
       }
       next += run;
       if (run == 0) {
-        function(codes[next++].Length + 2U, 0U, 0U);
-        continue;
+        *end++ = {static_cast<UINT8>(codes[next++].Length + 2), 0, 0};
       }
       if (run == kLongRunBase - 1) {
-        function(0U, 0U, 0U);  // neither kind of run has 19
+        *end++ = {};  // neither kind of run has 19
         --run;
       }
       if (run >= kLongRunBase) {
-        function(2U, run - kLongRunBase, kByteCountBits);
+        *end++ = {2, kByteCountBits, static_cast<UINT16>(run - kLongRunBase)};
+        run = 0;
       } else if (run >= kShortRunBase) {
-        function(1U, run - kShortRunBase, kShortRunBits);
-      } else {
-        for (; run > 0; --run) {
-          function(0U, 0U, 0U);
-        }
+        *end++ = {1, kShortRunBits, static_cast<UINT16>(run - kShortRunBase)};
+        run = 0;
+      }
+      for (; run > 0; --run) {
+        *end++ = {};
       }
     }
+    return {work_.Lengths, end};
   }
 
   void WriteOnlySymbol(const Alphabet& alphabet) {

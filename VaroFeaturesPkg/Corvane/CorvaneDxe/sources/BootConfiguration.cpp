@@ -22,6 +22,12 @@ size_t LengthOf(const EFI_DEVICE_PATH_PROTOCOL& node) {
 
 constexpr UINT8 kBootConfigType = 2;  // DSP0247: the configuration of the next boot
 constexpr UINT8 kSupportedModes = 3;  // DSP0247: ordered, with fail-through
+
+// By BBS device type, from BBS_TYPE_FLOPPY to BBS_TYPE_EMBEDDED_NETWORK.
+constexpr std::array<std::array<CHAR16, 3>, 6> kDeviceTypeNames = {
+    {{'F', 'D', 'D'}, {'H', 'D', 'D'}, {'O', 'D', 'D'}, {'P', 'C', 'C'}, {'U', 'S', 'B'}, {'N', 'I', 'C'}}};
+static_assert(BBS_TYPE_EMBEDDED_NETWORK - BBS_TYPE_FLOPPY == 5);
+
 constexpr CHAR16 kSourcePrefix[] = {'V', 'a', 'r', 'o', ':'};
 
 /// Description of an option, NUL-terminated and unaligned, taken off the reader; fails it when there is no end.
@@ -104,22 +110,8 @@ Ucs2View DeviceTypeName(const BootOptionView& option) {
   if (node.Header.Type != BBS_DEVICE_PATH || LengthOf(node.Header) < offsetof(BBS_BBS_DEVICE_PATH, StatusFlag)) {
     return {};
   }
-  switch (node.DeviceType) {
-    case BBS_TYPE_FLOPPY:
-      return ViewOf(u"FDD"_ucs2);
-    case BBS_TYPE_HARDDRIVE:
-      return ViewOf(u"HDD"_ucs2);
-    case BBS_TYPE_CDROM:
-      return ViewOf(u"ODD"_ucs2);
-    case BBS_TYPE_PCMCIA:
-      return ViewOf(u"PCC"_ucs2);
-    case BBS_TYPE_USB:
-      return ViewOf(u"USB"_ucs2);
-    case BBS_TYPE_EMBEDDED_NETWORK:
-      return ViewOf(u"NIC"_ucs2);
-    default:
-      return {};
-  }
+  const size_t type = node.DeviceType - size_t{BBS_TYPE_FLOPPY};
+  return type < kDeviceTypeNames.size() ? Ucs2View(kDeviceTypeNames[type]) : Ucs2View{};
 }
 
 /// "Varo:", device type or description, ":" and the position from 1 in four digits.

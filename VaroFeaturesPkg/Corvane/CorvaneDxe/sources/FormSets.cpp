@@ -12,11 +12,11 @@
 namespace {
 
 // Questions that only a factory may change.
-constexpr std::array<UINT32, 8> kFactoryQuestions = {9346, 1216, 9902, 121, 377, 1099, 38237, 3727};
+constexpr std::array<UINT16, 8> kFactoryQuestions = {9346, 1216, 9902, 121, 377, 1099, 38237, 3727};
 // Questions that become an attribute however often they occur.
-constexpr std::array<UINT32, 1> kAlwaysQuestions = {1163};
+constexpr std::array<UINT16, 1> kAlwaysQuestions = {1163};
 // Questions that are no settings for management software.
-constexpr std::array<UINT32, 16> kExcludedQuestions = {1276, 9781, 50860, 1797, 1798, 1377, 1376, 1228,
+constexpr std::array<UINT16, 16> kExcludedQuestions = {1276, 9781, 50860, 1797, 1798, 1377, 1376, 1228,
                                                        1262, 1263, 1264,  1265, 1266, 1267, 1268, 1336};
 
 // One-of and checkbox questions that still enter; from the next one on no question does. Readers of the attribute
@@ -24,8 +24,8 @@ constexpr std::array<UINT32, 16> kExcludedQuestions = {1276, 9781, 50860, 1797, 
 constexpr UINT32 kCountedQuestionLimit = 241;
 
 /// A plain loop: the lists are short, and the library's search is unrolled at each of its uses.
-bool Contains(std::span<const UINT32> list, UINT32 identifier) {
-  for (const UINT32 member : list) {
+bool Contains(std::span<const UINT16> list, UINT32 identifier) {
+  for (const UINT16 member : list) {
     if (member == identifier) {
       return true;
     }
@@ -41,15 +41,6 @@ void RemoveBlanks(CHAR16* text) {
     }
   }
   *kept = 0;
-}
-
-PoolPtr<CHAR16[]> CopyOf(const CHAR16* text) {
-  const size_t length = StringLength(text);
-  PoolPtr<CHAR16[]> copy = AllocateZeroedArray<CHAR16>(length + 1);
-  if (copy) {
-    CopyMem(copy.get(), text, length * sizeof(CHAR16));
-  }
-  return copy;
 }
 
 }  // namespace
@@ -109,7 +100,7 @@ void FormSets::TakeQuestion(const QuestionRecord& question) {
   }
   // The keyword is wanted by the attribute and by the dependencies: it is fetched and copied once.
   const HiiText fetched = strings_.GetHiiString(question.HiiHandle, question.Prompt, kKeywordLanguage);
-  PoolPtr<CHAR16[]> keyword = CopyOf(fetched.Text);
+  PoolPtr<CHAR16[]> keyword = CopyUcs2(fetched.Text, StringLength(fetched.Text) * sizeof(CHAR16));
   if (!keyword) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped: out of memory\n", question.Identifier));
     return;
@@ -156,7 +147,7 @@ void FormSets::AddQuestion(const QuestionRecord& question, const CHAR16* keyword
 void FormSets::AddCollection(const FormSetRecord& formSet, UINT64 attributesBefore) {
   const auto count = static_cast<UINT8>(database_.GetAttributeCount() - attributesBefore);
   const CHAR16* const title = strings_.GetHiiString(formSet.HiiHandle, formSet.Title).Text;
-  const PoolPtr<CHAR16[]> name = CopyOf(title);
+  const PoolPtr<CHAR16[]> name = CopyUcs2(title, StringLength(title) * sizeof(CHAR16));
   OwnedRecord<CollectionRecord> record = MakeRecord<CollectionRecord>(true);
   PoolPtr<UINT16[]> items = AllocateZeroedArray<UINT16>(count);
   if (!name || !record || !items) {

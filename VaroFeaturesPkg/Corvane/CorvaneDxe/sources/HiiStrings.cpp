@@ -13,15 +13,16 @@ namespace {
 constexpr CHAR8 kDefaultLanguage[] = "en-US";
 constexpr CHAR16 kNoText[] = {0};
 
-constexpr CHAR8 LowerCase(CHAR8 character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<CHAR8>(character - 'A' + 'a') : character;
+/// Folds the case of the letters, digits and '-' that language tags are made of.
+constexpr int FoldCase(CHAR8 character) {
+  return character | 0x20;
 }
 
 /// Whether a list of languages separated by ';' names `language`, in any case.
 bool Lists(const CHAR8* languages, const CHAR8* language) {
   while (*languages != 0) {
     size_t matched = 0;
-    while (language[matched] != 0 && LowerCase(languages[matched]) == LowerCase(language[matched])) {
+    while (language[matched] != 0 && FoldCase(languages[matched]) == FoldCase(language[matched])) {
       ++matched;
     }
     if (language[matched] == 0 && (languages[matched] == ';' || languages[matched] == 0)) {
@@ -63,9 +64,12 @@ EFI_STATUS HiiStrings::Read(EFI_HII_HANDLE package, EFI_STRING_ID id, const CHAR
   if (!MayHave(package, language)) {
     return EFI_NOT_FOUND;
   }
-  UINTN size = textSize_;
-  EFI_STATUS status = service_->GetString(service_, language, package, id, text_.get(), &size, nullptr);
-  if (status == EFI_BUFFER_TOO_SMALL) {
+  for (bool grown = false;; grown = true) {
+    UINTN size = textSize_;
+    const EFI_STATUS status = service_->GetString(service_, language, package, id, text_.get(), &size, nullptr);
+    if (status != EFI_BUFFER_TOO_SMALL || grown) {
+      return status;
+    }
     text_.reset();
     textSize_ = 0;
     const UINTN room = 2 * size;  // the next longer text then usually fits as well
@@ -74,10 +78,7 @@ EFI_STATUS HiiStrings::Read(EFI_HII_HANDLE package, EFI_STRING_ID id, const CHAR
       return EFI_OUT_OF_RESOURCES;
     }
     textSize_ = room;
-    size = room;
-    status = service_->GetString(service_, language, package, id, text_.get(), &size, nullptr);
   }
-  return status;
 }
 
 HiiText HiiStrings::GetHiiString(EFI_HII_HANDLE package, EFI_STRING_ID id, const CHAR8* language) {

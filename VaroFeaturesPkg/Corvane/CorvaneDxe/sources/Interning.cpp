@@ -10,15 +10,6 @@ namespace {
 
 constexpr size_t kHelpTextLimit = 4096;  // characters; a help text is shorter
 
-/// `bytes` bytes of text in a block of their own, terminated.
-PoolPtr<CHAR16[]> CopyOfBytes(const CHAR16* text, size_t bytes) {
-  PoolPtr<CHAR16[]> copy = AllocateZeroedArray<CHAR16>(bytes / sizeof(CHAR16) + 2);
-  if (copy) {
-    CopyMem(copy.get(), text, bytes);
-  }
-  return copy;
-}
-
 /// "*" followed by the text; `length`, in bytes, grows by the star.
 PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
   PoolPtr<CHAR16[]> starred = AllocateZeroedArray<CHAR16>(length / sizeof(CHAR16) + 2);
@@ -28,6 +19,16 @@ PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
     length += sizeof(CHAR16);
   }
   return starred;
+}
+
+/// Interns a text of the driver's own. None is longer than a display text may be.
+[[gnu::noinline]] StringHandle InternOwn(AttributeDatabase& database, const CHAR8* text, StringArray array) {
+  std::array<CHAR16, kLongestDisplayText + 1> widened{};
+  for (size_t i = 0; text[i] != 0 && i < kLongestDisplayText; ++i) {
+    widened[i] = text[i];
+  }
+  return array == StringArray::Names ? InternName(database, widened.data())
+                                     : InternDisplayString(database, widened.data()).Handle;
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* te
   }
   // The kept length follows the text before cleaning; the zeroed buffer supplies the tail.
   const size_t kept = std::min(byteLength == 0 ? length * sizeof(CHAR16) : byteLength, sizeof(cleaned));
-  PoolPtr<CHAR16[]> copy = CopyOfBytes(cleaned.data(), kept);
+  PoolPtr<CHAR16[]> copy = CopyUcs2(cleaned.data(), kept);
   if (!copy) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: out of memory\n", text));
     return {};
@@ -83,6 +84,14 @@ InternedString InternDistinctDisplayString(AttributeDatabase& database, const CH
   return {interned.Handle, starred};
 }
 
+StringHandle InternOwnName(AttributeDatabase& database, const CHAR8* name) {
+  return InternOwn(database, name, StringArray::Names);
+}
+
+InternedPair InternOwnTexts(AttributeDatabase& database, const CHAR8* name, const CHAR8* displayName) {
+  return {.Name = InternOwnName(database, name), .Display = InternOwn(database, displayName, StringArray::Display)};
+}
+
 void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle, size_t byteLength) {
   const size_t length = StringLength(text);
   if (Raw(displayHandle) == 0 || length >= kHelpTextLimit) {
@@ -91,7 +100,7 @@ void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle
     return;
   }
   PoolPtr<CHAR16[]> copy =
-      CopyOfBytes(text, byteLength == 0 ? length * sizeof(CHAR16) : std::min(byteLength, length * sizeof(CHAR16)));
+      CopyUcs2(text, byteLength == 0 ? length * sizeof(CHAR16) : std::min(byteLength, length * sizeof(CHAR16)));
   if (!copy) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: help text dropped: out of memory (display handle %d)\n", Raw(displayHandle)));
     return;

@@ -32,6 +32,16 @@ InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* te
 /// readers strip. AlreadyPresent tells whether that was needed.
 InternedString InternDistinctDisplayString(AttributeDatabase& database, const CHAR16* text);
 
+/// Handles of an attribute's or a value's name and display text.
+struct InternedPair {
+  StringHandle Name{};
+  StringHandle Display{};
+};
+
+/// Interns texts of the driver's own, which it holds in ASCII: half the size of what they become.
+StringHandle InternOwnName(AttributeDatabase& database, const CHAR8* name);
+InternedPair InternOwnTexts(AttributeDatabase& database, const CHAR8* name, const CHAR8* displayName);
+
 /// Keeps a help text of fewer than 4096 characters at the handle of its display text; other texts are dropped.
 /// `byteLength` is how much of it is kept, 0 for all. Handle 0 takes none.
 void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle, size_t byteLength = 0);

@@ -15,7 +15,7 @@ extern "C" {
 
 namespace {
 
-constexpr UINT32 kOwnerLengthSetting = 1874;  // one length for all passwords of a platform with an owner password
+constexpr UINT16 kOwnerLengthSetting = 1874;  // one length for all passwords of a platform with an owner password
 
 /// States by PASSWORD_KIND_...; 0 = not installed.
 using PasswordStates = std::array<UINT32, 3>;
@@ -55,26 +55,47 @@ PasswordStates QueryPasswordStates() {
 }
 
 struct Password {
-  const CHAR16* Name;
-  const CHAR16* DisplayName;
+  const CHAR8* Name;
+  const CHAR8* DisplayName;
   UINT16 Handle;
-  UINT32 Token;
-  UINT32 LengthSetting;
-  UINT32 State;
+  UINT16 Token;
+  UINT16 LengthSetting;  // on a platform without an owner password
+  UINT16 Kind;
 };
 
-void PlacePassword(AttributeDatabase& database, SettingsProtocol* settings, const Password& password) {
+constexpr std::array kPasswords = {
+    Password{.Name = "AdminPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
+             .DisplayName = "Admin Password",
+             .Handle = ATTRIBUTE_HANDLE_ADMIN_PASSWORD,
+             .Token = 1175,
+             .LengthSetting = 1621,
+             .Kind = PASSWORD_KIND_ADMIN},
+    Password{.Name = "SystemPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
+             .DisplayName = "System Password",
+             .Handle = ATTRIBUTE_HANDLE_SYSTEM_PASSWORD,
+             .Token = 1174,
+             .LengthSetting = 1623,
+             .Kind = PASSWORD_KIND_SYSTEM},
+    Password{.Name = "OwnerPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
+             .DisplayName = "Owner Password",
+             .Handle = ATTRIBUTE_HANDLE_OWNER_PASSWORD,
+             .Token = 1176,
+             .LengthSetting = kOwnerLengthSetting,
+             .Kind = PASSWORD_KIND_OWNER},
+};
+
+void PlacePassword(AttributeDatabase& database, SettingsProtocol* settings, const Password& password,
+                   UINT32 lengthSetting, UINT32 state) {
   OwnedRecord<PasswordRecord> record = MakeRecord<PasswordRecord>();
   if (!record) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: out of memory\n", password.Name));
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", password.Name));
     return;
   }
-  InternDisplayString(database, password.DisplayName);
-  record->Head.NameHandle = Raw(InternName(database, password.Name));
+  record->Head.NameHandle = Raw(InternOwnTexts(database, password.Name, password.DisplayName).Name);
   record->Head.Token = password.Token;
   // A length that cannot be read leaves 0.
-  record->MaxLength = static_cast<UINT16>(ReadSetting(settings, password.LengthSetting).Value());
-  record->PasswordInstalled = password.State & PASSWORD_STATE_INSTALLED;
+  record->MaxLength = static_cast<UINT16>(ReadSetting(settings, lengthSetting).Value());
+  record->PasswordInstalled = state & PASSWORD_STATE_INSTALLED;
   database.PlaceAttribute(AsAttribute(std::move(record)), AttributeHandle{password.Handle});
 }
 
@@ -82,29 +103,12 @@ void PlacePassword(AttributeDatabase& database, SettingsProtocol* settings, cons
 
 void BuildPasswords(AttributeDatabase& database, SettingsProtocol* settings, bool ownerPassword) {
   const PasswordStates states = QueryPasswordStates();
-  PlacePassword(database, settings,
-                {.Name = u"AdminPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]"_ucs2,
-                 .DisplayName = u"Admin Password"_ucs2,
-                 .Handle = ATTRIBUTE_HANDLE_ADMIN_PASSWORD,
-                 .Token = 1175,
-                 .LengthSetting = ownerPassword ? kOwnerLengthSetting : 1621,
-                 .State = states[PASSWORD_KIND_ADMIN]});
-  PlacePassword(database, settings,
-                {.Name = u"SystemPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]"_ucs2,
-                 .DisplayName = u"System Password"_ucs2,
-                 .Handle = ATTRIBUTE_HANDLE_SYSTEM_PASSWORD,
-                 .Token = 1174,
-                 .LengthSetting = ownerPassword ? kOwnerLengthSetting : 1623,
-                 .State = states[PASSWORD_KIND_SYSTEM]});
-  if (ownerPassword) {
-    PlacePassword(database, settings,
-                  {.Name = u"OwnerPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]"_ucs2,
-                   .DisplayName = u"Owner Password"_ucs2,
-                   .Handle = ATTRIBUTE_HANDLE_OWNER_PASSWORD,
-                   .Token = 1176,
-                   .LengthSetting = kOwnerLengthSetting,
-                   .State = states[PASSWORD_KIND_OWNER]});
-  } else {
-    database.PlaceAttribute(nullptr, AttributeHandle{ATTRIBUTE_HANDLE_OWNER_PASSWORD});
+  for (const Password& password : kPasswords) {
+    if (password.Kind == PASSWORD_KIND_OWNER && !ownerPassword) {
+      database.PlaceAttribute(nullptr, AttributeHandle{password.Handle});  // a restored one goes
+    } else {
+      PlacePassword(database, settings, password, ownerPassword ? kOwnerLengthSetting : password.LengthSetting,
+                    states[password.Kind]);
+    }
   }
 }

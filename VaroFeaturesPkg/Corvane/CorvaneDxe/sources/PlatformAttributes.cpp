@@ -11,20 +11,19 @@
 namespace {
 
 struct PlatformValue {
-  const CHAR16* Name;
-  const CHAR16* DisplayName;
+  const CHAR8* Name;
+  const CHAR8* DisplayName;
   UINT64 Value;
 };
 
-constexpr std::array kDisabledEnabled = {PlatformValue{u"Disabled"_ucs2, u"Disabled"_ucs2, 0},
-                                         PlatformValue{u"Enabled"_ucs2, u"Enabled"_ucs2, 1}};
-constexpr std::array kServiceReset = {
-    PlatformValue{u"Disabled"_ucs2, u"Disabled"_ucs2, 0},
-    PlatformValue{u"ProjectVariablesPreserve"_ucs2, u"Project Variables Preserve"_ucs2, 2}};
+constexpr std::array kDisabledEnabled = {PlatformValue{"Disabled", "Disabled", 0},
+                                         PlatformValue{"Enabled", "Enabled", 1}};
+constexpr std::array kServiceReset = {PlatformValue{"Disabled", "Disabled", 0},
+                                      PlatformValue{"ProjectVariablesPreserve", "Project Variables Preserve", 2}};
 
 struct PlatformEnumeration {
-  const CHAR16* Name;
-  const CHAR16* DisplayName;
+  const CHAR8* Name;
+  const CHAR8* DisplayName;
   UINT32 Token;
   std::span<const PlatformValue, 2> Values = kDisabledEnabled;
   UINT8 DefaultIndex = 0;
@@ -34,8 +33,8 @@ struct PlatformEnumeration {
 };
 
 struct PlatformInteger {
-  const CHAR16* Name;
-  const CHAR16* DisplayName;
+  const CHAR8* Name;
+  const CHAR8* DisplayName;
   UINT32 Token;
   UINT64 UpperBound;
   UINT64 DefaultValue;
@@ -45,8 +44,8 @@ struct PlatformInteger {
 /// The low 16 bits of a setting are its value.
 constexpr UINT64 kValueMask = 0xFFFF;
 
-void WarnDropped([[maybe_unused]] const CHAR16* name, [[maybe_unused]] EFI_STATUS status) {
-  DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: %r\n", name, status));
+void WarnDropped([[maybe_unused]] const CHAR8* name, [[maybe_unused]] EFI_STATUS status) {
+  DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: %r\n", name, status));
 }
 
 void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, const PlatformEnumeration& attribute) {
@@ -61,10 +60,10 @@ void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, c
   if (!record || !names || !values) {
     return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
   }
-  record->Head.NameHandle = Raw(InternName(database, attribute.Name));
-  const StringHandle display = InternDisplayString(database, attribute.DisplayName).Handle;
+  const InternedPair texts = InternOwnTexts(database, attribute.Name, attribute.DisplayName);
+  record->Head.NameHandle = Raw(texts.Name);
   if (attribute.Help != nullptr) {
-    SetHelpString(database, attribute.Help, display);
+    SetHelpString(database, attribute.Help, texts.Display);
   }
   record->Head.ValueSize = 1;
   record->Head.Token = attribute.Token;
@@ -76,8 +75,7 @@ void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, c
     }
   }
   for (size_t i = 0; i < count; ++i) {
-    names[i] = Raw(InternName(database, attribute.Values[i].Name));
-    InternDisplayString(database, attribute.Values[i].DisplayName);
+    names[i] = Raw(InternOwnTexts(database, attribute.Values[i].Name, attribute.Values[i].DisplayName).Name);
   }
   record->PossibleValueCount = static_cast<UINT8>(count);
   record->PossibleValueNames = names.release();
@@ -95,8 +93,7 @@ void BuildInteger(AttributeDatabase& database, SettingsProtocol* settings, const
   if (!record) {
     return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
   }
-  record->Head.NameHandle = Raw(InternName(database, attribute.Name));
-  InternDisplayString(database, attribute.DisplayName);
+  record->Head.NameHandle = Raw(InternOwnTexts(database, attribute.Name, attribute.DisplayName).Name);
   record->Head.ValueSize = 2;
   record->Head.Token = attribute.Token;
   record->UpperBound = attribute.UpperBound;
@@ -107,14 +104,13 @@ void BuildInteger(AttributeDatabase& database, SettingsProtocol* settings, const
 }
 
 /// A read-only text that no setting stands behind.
-void BuildFixedText(AttributeDatabase& database, const CHAR16* name, const CHAR16* displayName, const CHAR8* text) {
+void BuildFixedText(AttributeDatabase& database, const CHAR8* name, const CHAR8* displayName, const CHAR8* text) {
   OwnedRecord<StringRecord> record = MakeRecord<StringRecord>(true);
   PoolPtr<CHAR8[]> copy = CopyAscii(text);
   if (!record || !copy) {
     return WarnDropped(name, EFI_OUT_OF_RESOURCES);
   }
-  record->Head.NameHandle = Raw(InternName(database, name));
-  InternDisplayString(database, displayName);
+  record->Head.NameHandle = Raw(InternOwnTexts(database, name, displayName).Name);
   record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
   record->MinLength = 1;
   record->MaxLength = 255;
@@ -124,70 +120,66 @@ void BuildFixedText(AttributeDatabase& database, const CHAR16* name, const CHAR1
 
 void BuildGenerationAndVendor(AttributeDatabase& database) {
   constexpr CHAR8 kGeneration[] = "23Q1";  // year and quarter
-  BuildFixedText(database, u"Generation"_ucs2, u"System Generation"_ucs2, kGeneration);
-  BuildFixedText(database, u"IBV"_ucs2, u"Independent BIOS Vendor"_ucs2, "VARO");
+  BuildFixedText(database, "Generation", "System Generation", kGeneration);
+  BuildFixedText(database, "IBV", "Independent BIOS Vendor", "VARO");
 }
 
 }  // namespace
 
 void BuildFactoryAttributes(AttributeDatabase& database, SettingsProtocol* settings) {
   BuildInteger(database, settings,
-               {.Name = u"CommonSystemId"_ucs2,
-                .DisplayName = u"Common System Identifier"_ucs2,
+               {.Name = "CommonSystemId",
+                .DisplayName = "Common System Identifier",
                 .Token = 3633,
                 .UpperBound = 0xFFFF,
                 .DefaultValue = 0});
   BuildEnumeration(database, settings,
-                   {.Name = u"OverrideBatteryChargeFactory"_ucs2,
-                    .DisplayName = u"Override Battery Charging Limit in Factory"_ucs2,
+                   {.Name = "OverrideBatteryChargeFactory",
+                    .DisplayName = "Override Battery Charging Limit in Factory",
                     .Token = 1751,
                     .DefaultIndex = 1});
   BuildEnumeration(database, settings,
-                   {.Name = u"ServiceResetConfig"_ucs2,
-                    .DisplayName = u"Service reset configuration"_ucs2,
+                   {.Name = "ServiceResetConfig",
+                    .DisplayName = "Service reset configuration",
                     .Token = 3728,
                     .Values = kServiceReset,
                     .ToleratesNotFound = true});
   BuildGenerationAndVendor(database);
   BuildInteger(database, settings,
-               {.Name = u"MfgModePxeAttribute"_ucs2,
-                .DisplayName = u"Manufacturing Mode PXE Attribute"_ucs2,
+               {.Name = "MfgModePxeAttribute",
+                .DisplayName = "Manufacturing Mode PXE Attribute",
                 .Token = 1756,
                 .UpperBound = 6,
                 .DefaultValue = 4});
-  BuildEnumeration(database, settings, {.Name = u"FrontFan"_ucs2, .DisplayName = u"Front Fan"_ucs2, .Token = 1879});
+  BuildEnumeration(database, settings, {.Name = "FrontFan", .DisplayName = "Front Fan", .Token = 1879});
   BuildInteger(database, settings,
-               {.Name = u"WlanCountryCode"_ucs2,
-                .DisplayName = u"WLAN Country Code"_ucs2,
+               {.Name = "WlanCountryCode",
+                .DisplayName = "WLAN Country Code",
                 .Token = 9902,
                 .UpperBound = 0xFFFF,
                 .DefaultValue = 0x4150});
-  BuildEnumeration(database, settings,
-                   {.Name = u"AdvancedDebugMenu"_ucs2,
-                    .DisplayName = u"Advanced Debug Menu"_ucs2,
-                    .Token = 1881,
-                    .ToleratesNotFound = true});
   BuildEnumeration(
       database, settings,
-      {.Name = u"HEVC"_ucs2, .DisplayName = u"High Efficiency Video Coding"_ucs2, .Token = 1469, .ReadOnly = true});
+      {.Name = "AdvancedDebugMenu", .DisplayName = "Advanced Debug Menu", .Token = 1881, .ToleratesNotFound = true});
   BuildEnumeration(database, settings,
-                   {.Name = u"ChargePowerLimitFactoryFlag"_ucs2,
-                    .DisplayName = u"Charge Power Limit Factory Flag"_ucs2,
+                   {.Name = "HEVC", .DisplayName = "High Efficiency Video Coding", .Token = 1469, .ReadOnly = true});
+  BuildEnumeration(database, settings,
+                   {.Name = "ChargePowerLimitFactoryFlag",
+                    .DisplayName = "Charge Power Limit Factory Flag",
                     .Token = 12054,
                     .ToleratesNotFound = true,
                     .Help = u"A flag to configure charging performance limitation for EU products."_ucs2});
 }
 
 void BuildMasterPasswordLockout(AttributeDatabase& database, SettingsProtocol* settings) {
-  BuildEnumeration(
-      database, settings,
-      {.Name = u"MasterPasswordLockout"_ucs2, .DisplayName = u"Master Password Lockout"_ucs2, .Token = 1843});
+  BuildEnumeration(database, settings,
+                   {.Name = "MasterPasswordLockout", .DisplayName = "Master Password Lockout", .Token = 1843});
 }
 
 void BuildAuxoraSupportLevel(AttributeDatabase& database, SettingsProtocol* settings) {
   BuildInteger(database, settings,
-               {.Name = u"AuxoraSupportLevel"_ucs2,
-                .DisplayName = u"Auxora Support Level"_ucs2,
+               {.Name = "AuxoraSupportLevel",
+                .DisplayName = "Auxora Support Level",
                 .Token = 1340,
                 .UpperBound = 0xFFFF,
                 .DefaultValue = 0,

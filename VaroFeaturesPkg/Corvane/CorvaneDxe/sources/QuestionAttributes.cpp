@@ -19,13 +19,20 @@ constexpr UINT32 kBootListQuestion = 1163;
 // Wake-up days are known by their day within the setup page, and need more of a name outside it.
 constexpr UINT32 kFirstAutoOnDay = 1249;
 constexpr size_t kAutoOnPrefixLength = 8;
-constexpr std::array kAutoOnNames = {u"Auto On Sunday"_ucs2,    u"Auto On Monday"_ucs2,   u"Auto On Tuesday"_ucs2,
-                                     u"Auto On Wednesday"_ucs2, u"Auto On Thursday"_ucs2, u"Auto On Friday"_ucs2,
-                                     u"Auto On Saturday"_ucs2};
+constexpr std::array kAutoOnNames = {"Auto On Sunday",   "Auto On Monday", "Auto On Tuesday", "Auto On Wednesday",
+                                     "Auto On Thursday", "Auto On Friday", "Auto On Saturday"};
 
-constexpr std::array<UINT32, 5> kSwitchQuestions = {1568, 1569, 1578, 1655, 1656};
+bool IsText(const CHAR16* text, const CHAR8* own) {
+  while (*text == static_cast<UINT8>(*own) && *own != 0) {
+    ++text;
+    ++own;
+  }
+  return *text == static_cast<UINT8>(*own);
+}
+
+constexpr std::array<UINT16, 5> kSwitchQuestions = {1568, 1569, 1578, 1655, 1656};
 bool IsSwitchQuestion(UINT32 identifier) {
-  for (const UINT32 question : kSwitchQuestions) {
+  for (const UINT16 question : kSwitchQuestions) {
     if (question == identifier) {
       return true;
     }
@@ -37,20 +44,20 @@ constexpr CHAR16 kSwitchSuffix[] = {' ', 'S', 'w', 'i', 't', 'c', 'h'};
 /// Names of a checkbox's two values.
 struct SwitchNames {
   UINT32 Identifier;
-  const CHAR16* Off;
-  const CHAR16* On;
+  const CHAR8* Off;
+  const CHAR8* On;
 };
 
 // Checkboxes whose one value forces other settings, or is forced by them.
 constexpr std::array kAnnotatedSwitches = {
-    SwitchNames{1414, u"Disabled"_ucs2, u"Enabled[ForceIf:BiosRcvrFrmHdd=Enabled]"_ucs2},
+    SwitchNames{1414, "Disabled", "Enabled[ForceIf:BiosRcvrFrmHdd=Enabled]"},
     SwitchNames{1137,
-                u"Disabled[ForceIf:TpmSecurity=Disabled][ForceIf:Virtualization=Disabled]"
-                u"[ForceIf:VtForDirectIo=Disabled][ForceIfNot:CpuCore=CoresAll]"_ucs2,
-                u"Enabled"_ucs2},
-    SwitchNames{1052, u"Disabled[ForceIf:SecureBoot=Enabled]"_ucs2, u"Enabled"_ucs2},
+                "Disabled[ForceIf:TpmSecurity=Disabled][ForceIf:Virtualization=Disabled]"
+                "[ForceIf:VtForDirectIo=Disabled][ForceIfNot:CpuCore=CoresAll]",
+                "Enabled"},
+    SwitchNames{1052, "Disabled[ForceIf:SecureBoot=Enabled]", "Enabled"},
 };
-constexpr SwitchNames kPlainSwitch{0, u"Disabled"_ucs2, u"Enabled"_ucs2};
+constexpr SwitchNames kPlainSwitch{0, "Disabled", "Enabled"};
 
 const SwitchNames& SwitchNamesOf(UINT32 identifier) {
   for (const SwitchNames& names : kAnnotatedSwitches) {
@@ -63,9 +70,9 @@ const SwitchNames& SwitchNamesOf(UINT32 identifier) {
 
 /// Numerics whose range is fixed here, whatever the form says.
 struct FixedBounds {
-  UINT32 Identifier;
-  UINT64 LowerBound;
-  UINT64 UpperBound;
+  UINT16 Identifier;
+  UINT8 LowerBound;
+  UINT8 UpperBound;
   bool OneByte;
 };
 
@@ -107,9 +114,9 @@ OwnedRecord<AttributeRecord> QuestionAttributes::Build(const QuestionRecord& que
 
 StringHandle QuestionAttributes::InternQuestionName(UINT32 identifier, const CHAR16* keyword) {
   if (identifier >= kFirstAutoOnDay && identifier < kFirstAutoOnDay + kAutoOnNames.size()) {
-    const CHAR16* const name = kAutoOnNames[identifier - kFirstAutoOnDay];
-    if (Equal(ViewOf(keyword), ViewOf(name + kAutoOnPrefixLength))) {
-      return InternName(database_, name);
+    const CHAR8* const name = kAutoOnNames[identifier - kFirstAutoOnDay];
+    if (IsText(keyword, name + kAutoOnPrefixLength)) {
+      return InternOwnName(database_, name);
     }
   }
   return InternName(database_, identifier == kBootListQuestion && *keyword == 0 ? u"Boot List"_ucs2 : keyword);
@@ -198,10 +205,8 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const Ques
   }
   FillHead(record->Head, question, keyword);
   const SwitchNames& texts = SwitchNamesOf(question.Identifier);
-  names[0] = Raw(InternName(database_, texts.Off));
-  names[1] = Raw(InternName(database_, texts.On));
-  InternDisplayString(database_, texts.Off);
-  InternDisplayString(database_, texts.On);
+  names[0] = Raw(InternOwnTexts(database_, texts.Off, texts.Off).Name);
+  names[1] = Raw(InternOwnTexts(database_, texts.On, texts.On).Name);
   values[1] = 1;
   if (const std::optional<UINT64> defaultValue = ReadDefault(defaults_, question.Identifier, 1);
       defaultValue.has_value() && (*defaultValue & 0xFF) == values[1]) {

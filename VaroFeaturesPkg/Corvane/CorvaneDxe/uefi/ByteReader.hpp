@@ -8,47 +8,39 @@
 
 #include "uefi/Edk2.hpp"
 
-/// The one place with bounds arithmetic on input. Once failed, every read gives 0 or an empty span.
+[[nodiscard]] bool SameBytes(std::span<const std::byte> left, std::span<const std::byte> right);
+
+/// The one place with bounds arithmetic on input. Once failed, every read gives 0 or an empty span. Out of line: there
+/// are many readers, and none is read in a hot loop.
 class ByteReader {
  public:
-  constexpr explicit ByteReader(std::span<const std::byte> bytes) : rest_(bytes) {}
+  explicit ByteReader(std::span<const std::byte> bytes) : rest_(bytes) {}
 
-  [[nodiscard]] constexpr bool Ok() const { return ok_; }
-  [[nodiscard]] constexpr std::span<const std::byte> Rest() const { return rest_; }
-  [[nodiscard]] constexpr bool AtEnd() const { return rest_.empty(); }
+  [[nodiscard]] bool Ok() const { return ok_; }
+  [[nodiscard]] std::span<const std::byte> Rest() const { return rest_; }
+  [[nodiscard]] bool AtEnd() const { return rest_.empty(); }
 
-  constexpr std::span<const std::byte> Take(size_t count) {
-    if (count > rest_.size()) {
-      ok_ = false;
-      rest_ = {};
-      return {};
-    }
-    const std::span<const std::byte> taken = rest_.first(count);
-    rest_ = rest_.subspan(count);
-    return taken;
-  }
+  std::span<const std::byte> Take(size_t count);
 
-  /// A little-endian integer, put together from bytes so that alignment plays no part.
+  /// A little-endian integer, copied byte by byte so that alignment plays no part.
   template <std::unsigned_integral T>
-  constexpr T Read() {
-    const std::span<const std::byte> bytes = Take(sizeof(T));
-    T value = 0;
-    for (size_t i = bytes.size(); i > 0; --i) {
-      value = static_cast<T>((static_cast<UINT64>(value) << 8) | std::to_integer<UINT8>(bytes[i - 1]));
-    }
-    return value;
+  T Read() {
+    return static_cast<T>(ReadUnsigned(sizeof(T)));
   }
+  /// The same of `size` bytes, at most 8.
+  UINT64 ReadUnsigned(size_t size);
 
   /// A packed structure, byte for byte; zero-filled when the bytes run out.
   template <typename T>
   requires std::is_trivially_copyable_v<T> T ReadStruct() {
-    const std::span<const std::byte> bytes = Take(sizeof(T));
     T value{};
-    CopyMem(&value, bytes.data(), bytes.size());
+    CopyTo(&value, sizeof(value));
     return value;
   }
 
  private:
+  void CopyTo(void* destination, size_t size);
+
   std::span<const std::byte> rest_;
   bool ok_ = true;
 };

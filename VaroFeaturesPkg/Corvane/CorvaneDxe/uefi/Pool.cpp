@@ -12,21 +12,27 @@
   }
 }
 
-void* AllocateZeroedBytes(size_t size) {
-  size = std::max<size_t>(size, 1);
-  void* block = nullptr;
-  if (EFI_ERROR(gBS->AllocatePool(EfiBootServicesData, size, &block))) {
+void* AllocateZeroedBytes(size_t count, size_t size) {
+  if (count > kLargestBlock / size) {
     return nullptr;
   }
-  ZeroMem(block, size);
+  const size_t bytes = std::max<size_t>(count * size, 1);
+  void* block = nullptr;
+  if (EFI_ERROR(gBS->AllocatePool(EfiBootServicesData, bytes, &block))) {
+    return nullptr;
+  }
+  ZeroMem(block, bytes);
   return block;
 }
 
-PoolPtr<CHAR8[]> CopyAscii(const CHAR8* text) {
-  const size_t length = AsciiLength(text);
-  PoolPtr<CHAR8[]> copy = AllocateZeroedArray<CHAR8>(length + 1);
-  if (copy) {
-    CopyMem(copy.get(), text, length);
+void* CopyBytes(const void* source, size_t size, size_t zeros) {
+  void* const copy = size > kLargestBlock ? nullptr : AllocateZeroedBytes(size + zeros);
+  if (copy != nullptr) {
+    CopyMem(copy, source, size);
   }
   return copy;
+}
+
+PoolPtr<CHAR8[]> CopyAscii(const CHAR8* text) {
+  return PoolPtr<CHAR8[]>{static_cast<CHAR8*>(CopyBytes(text, AsciiLength(text), 1))};
 }
