@@ -13,7 +13,8 @@
     passwords         admin,system,owner: the passwords that are set
     set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
     without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
-                      firmware-version, form-data, mode-query, password-service, password-states, settings, transport
+                      firmware-version, form-data, mode-query, password-service, password-states, settings, setup (the
+                      form sets of the notebook's own), transport
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
