@@ -46,7 +46,7 @@ STATIC CONST StressKind  mKinds[] = {
   //                                        questions options keyword display  help  value
   { "strings",      EFI_IFR_ONE_OF_OP,      1,      60,     100,       8,       0,     0,    FALSE },
   { "attributes",   EFI_IFR_NUMERIC_OP,     45,     0,      8,         8,       0,     0,    FALSE },
-  { "values",       EFI_IFR_STRING_OP,      5,      0,      8,         8,       0,     240,  FALSE },
+  { "values",       EFI_IFR_STRING_OP,      8,      0,      8,         8,       0,     240,  FALSE },
   { "display",      EFI_IFR_CHECKBOX_OP,    20,     0,      8,         120,     0,     0,    FALSE },
   { "help",         EFI_IFR_CHECKBOX_OP,    8,      0,      8,         8,       4000,  0,    FALSE },
   { "checkboxes",   EFI_IFR_CHECKBOX_OP,    250,    0,      8,         8,       0,     0,    FALSE },
