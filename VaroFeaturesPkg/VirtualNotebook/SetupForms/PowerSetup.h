@@ -25,7 +25,7 @@ typedef struct {
   UINT8     SecondChargeStart;
   UINT8     SecondChargeStop;
   UINT8     BatteryAlarm;
-  UINT8     PeakShift;
+  UINT8     PeakHours;
   UINT16    IdleMinutes;
   UINT8     BlockSleep;
   UINT8     WakeOnLan;
