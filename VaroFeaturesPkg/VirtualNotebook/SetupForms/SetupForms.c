@@ -9,6 +9,7 @@
 
 #include <Uefi.h>
 #include <Library/HiiLib.h>
+#include <Library/ScenarioLib.h>
 
 //
 // The VFR compiler names the array after the file, which has the module's name.
@@ -23,6 +24,10 @@ SetupFormsEntryPoint (
   )
 {
   EFI_HII_HANDLE  HiiHandle;
+
+  if (ScenarioLists ("without", "setup")) {
+    return EFI_SUCCESS;
+  }
 
   HiiHandle = HiiAddPackages (&gEfiCallerIdGuid, ImageHandle, STRING_ARRAY_NAME, FORM_PACKAGE, NULL);
   return (HiiHandle == NULL) ? EFI_OUT_OF_RESOURCES : EFI_SUCCESS;

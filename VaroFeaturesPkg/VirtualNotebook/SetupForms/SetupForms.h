@@ -30,12 +30,20 @@
   efivarstore Type, attribute = EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_NON_VOLATILE, name = Type, \
     guid = SETUP_VENDOR
 
+//
+// For a question that explains itself.
+//
+#define NO_HELP  STRING_TOKEN(0)
+
 #define CHECKBOX(Id, Field, Prompt, Help, Default) \
   checkbox varid = SETUP.Field, questionid = Id, prompt = Prompt, help = Help, default = Default, endcheckbox
 
 #define NUMERIC(Id, Field, Prompt, Help, Low, High, Default) \
+  STEPPED_NUMERIC (Id, Field, Prompt, Help, Low, High, 1, Default)
+
+#define STEPPED_NUMERIC(Id, Field, Prompt, Help, Low, High, Step, Default) \
   numeric varid = SETUP.Field, questionid = Id, prompt = Prompt, help = Help, \
-    minimum = Low, maximum = High, step = 1, default = Default, endnumeric
+    minimum = Low, maximum = High, step = Step, default = Default, endnumeric
 
 #define TEXT(Id, Field, Prompt, Help, Fewest, Most, Default) \
   string varid = SETUP.Field, questionid = Id, prompt = Prompt, help = Help, \

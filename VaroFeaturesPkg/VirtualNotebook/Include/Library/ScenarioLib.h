@@ -12,8 +12,12 @@
     owner-password    non-zero: the platform knows an owner password
     passwords         admin,system,owner: the passwords that are set
     set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
+    stress            more setup than a notebook has, in one more form set in the midst of the others:
+                      strings, attributes, values, display, help: overfills this table alone; checkboxes: 250 of them;
+                      bad-form-set: its IFR is cut short; 240, without the setup: 240 attributes in all
     without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
-                      firmware-version, form-data, mode-query, password-service, password-states, settings, transport
+                      firmware-version, form-data, mode-query, password-service, password-states, settings, setup (the
+                      form sets of the notebook's own), transport
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
