@@ -239,7 +239,7 @@ EFI_STATUS FakeNotebook::QueryModes(UINT32* result, ...) {
     gCurrent->ModesAsked.push_back(va_arg(list, UINT32));
   } while (gCurrent->ModesAsked.back() != 0);
   va_end(list);
-  if (!EFI_ERROR(status)) {
+  if (status == EFI_SUCCESS) {
     *result = gCurrent->FactoryMode ? 1 : 0;
   }
   return status;
@@ -249,14 +249,14 @@ void FakeNotebook::FillProtocols() {
   settings_.Read = [](SettingsProtocol*, UINT32 setting, const EFI_GUID* space, UINT64* size,
                       VOID* value) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroSettingsProtocolGuid);
-    if (EFI_ERROR(status)) {
+    if (status != EFI_SUCCESS) {
       return status;
     }
     return SameGuid(*space, gVaroSettingsNamespaceGuid) ? gCurrent->ReadSetting(setting, size, value) : EFI_NOT_FOUND;
   };
   defaults_.GetDefault = [](UINT32 identifier, const EFI_GUID*, UINT64* size, VOID* value) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroSettingDefaultsProtocolGuid);
-    if (EFI_ERROR(status)) {
+    if (status != EFI_SUCCESS) {
       return status;
     }
     const auto found = gCurrent->Defaults.find(identifier);
@@ -266,8 +266,8 @@ void FakeNotebook::FillProtocols() {
   browser_.ListFormSets = [](FormBrowserDataProtocol*, const EFI_GUID* kind,
                              const FormSetRecord*** formSets) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroFormBrowserDataProtocolGuid);
-    if (EFI_ERROR(status) || EFI_ERROR(gCurrent->ListStatus)) {
-      return EFI_ERROR(status) ? status : gCurrent->ListStatus;
+    if (status != EFI_SUCCESS || EFI_ERROR(gCurrent->ListStatus)) {
+      return status != EFI_SUCCESS ? status : gCurrent->ListStatus;
     }
     auto& records = gCurrent->formSetRecords_;
     *formSets = nullptr;
@@ -285,7 +285,7 @@ void FakeNotebook::FillProtocols() {
   browser_.ParseFormSet = [](FormBrowserDataProtocol*, const FormSetRecord* formSet,
                              QuestionRecord** questions) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroFormBrowserDataProtocolGuid);
-    return EFI_ERROR(status) ? status : gCurrent->ParseFormSet(*formSet, questions);
+    return status != EFI_SUCCESS ? status : gCurrent->ParseFormSet(*formSet, questions);
   };
   browser_.ReleaseQuestions = [](FormBrowserDataProtocol*, QuestionRecord* questions) -> EFI_STATUS {
     return gCurrent->ReleaseQuestions(questions);
@@ -298,18 +298,18 @@ void FakeNotebook::FillProtocols() {
       gCurrent->OnSend();
     }
     const auto answer = gCurrent->SendStatus.find(record->Type);
-    return EFI_ERROR(status) || answer == gCurrent->SendStatus.end() ? status : answer->second;
+    return status != EFI_SUCCESS || answer == gCurrent->SendStatus.end() ? status : answer->second;
   };
   mode_.QueryAny = QueryModes;
   passwordState_.Query = [](PasswordStateQueryProtocol*, UINT32 question, UINT32 entry, UINT64* size,
                             VOID* answer) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroPasswordStateProtocolGuid);
-    return EFI_ERROR(status) ? status : gCurrent->AnswerPassword(question, entry, size, answer);
+    return status != EFI_SUCCESS ? status : gCurrent->AnswerPassword(question, entry, size, answer);
   };
   assetTag_.GetLength = [](UINT32 selector, VOID*, UINT64* minimum, UINT64* maximum) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroAssetTagLengthProtocolGuid);
-    if (EFI_ERROR(status) || selector != 1) {
-      return EFI_ERROR(status) ? status : EFI_UNSUPPORTED;
+    if (status != EFI_SUCCESS || selector != 1) {
+      return status != EFI_SUCCESS ? status : EFI_UNSUPPORTED;
     }
     *minimum = 0;
     *maximum = gCurrent->AssetTagMaximum;
@@ -317,7 +317,7 @@ void FakeNotebook::FillProtocols() {
   };
   assetTag_.GetString = [](UINT32 selector, UINT32, UINT64* size, CHAR8* buffer) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroAssetTagLengthProtocolGuid);
-    if (EFI_ERROR(status)) {
+    if (status != EFI_SUCCESS) {
       return status;
     }
     const auto& text = gCurrent->PlatformStrings.at(selector);
@@ -325,7 +325,7 @@ void FakeNotebook::FillProtocols() {
   };
   bootOptions_.GetOptions = [](UINT32 kind, UINT32 select, UINT64* size, BootOptionBlock** block) -> EFI_STATUS {
     const EFI_STATUS status = gCurrent->Enter(gVaroBootOptionSourceProtocolGuid);
-    if (EFI_ERROR(status)) {
+    if (status != EFI_SUCCESS) {
       return status;
     }
     return kind == BOOT_OPTION_SOURCE_CLASS && select == BOOT_OPTION_SOURCE_SELECT ? gCurrent->GetOptions(size, block)

@@ -8,7 +8,18 @@
 
 #include <sstream>
 
+#include "Image.hpp"
+#include "Show.hpp"
+
 namespace {
+
+std::set<std::string> LinesOf(std::stringstream text) {
+  std::set<std::string> lines;
+  for (std::string line; std::getline(text, line);) {
+    lines.insert(line.substr(line.find(' ') + 1));
+  }
+  return lines;
+}
 
 template <typename T>
 std::vector<T> Elements(const T* array, size_t count) {
@@ -87,6 +98,41 @@ std::string Describe(const AttributeDatabase& database, const AttributeRecord& r
        << ((record.Type & PLDM_BIOS_ATTRIBUTE_READ_ONLY) != 0 ? "!" : "") << " #" << UINT32{record.Token} << "/"
        << UINT16{record.ValueSize} << " " << Body(database, record);
   return text.str();
+}
+
+void Furnish(FakeNotebook& notebook) {
+  FakeFormSet& setup = notebook.AddFormSet(u"System Setup");
+  setup.OneOf(300, u"BootMode", u"Boot Mode").Help(u"How the system starts.").Value(2);
+  notebook.QuestionOf(300).Option(1, u"Uefi", u"UEFI").Option(2, u"Legacy", u"Boot Mode");
+  setup.Checkbox(301, u"SecureBoot[ForceIf:BootMode=Uefi]", u"Secure Boot").Value(1);
+  setup.Numeric(1142, u"AutoOnHour", u"Hour").Bounds(0, 23).Value(7);
+  setup.String(9752, u"Asset", u"Asset Tag").Text("tag 1").Bounds(0, 64);
+  FakeFormSet& other = notebook.AddFormSet(u"Other");
+  other.Numeric(302, u"Volume", u"Volume").Bounds(0, 100000).Value(200, 2);
+  other.Checkbox(1568, u"Wake", u"Volume").Help(u"Has a switch.");
+  other.Checkbox(303, u"Mute", u"Volume").WithoutKeyword();
+  notebook.Defaults = {{300, 1}, {302, 100}};
+  notebook.BootOptions = {{1, true, u"Disk", FakeBootOption::Bbs(2)}, {0, false, u"Net", {}}};
+  notebook.Passwords = {{{PASSWORD_KIND_ADMIN, gVaroSystemPasswordsGuid}, 1}};
+  notebook.Cameras = {"CAM-A"};
+  notebook.PlatformStrings[0] = "tag 1";
+}
+
+Reading NotebookFixture::Read() const {
+  Bytes capture;
+  for (const Bytes& record : notebook.Records) {
+    Append(capture, record);
+  }
+  const corvane::inspect::Image image = corvane::inspect::DecodeImage(capture);
+  std::stringstream lines;
+  std::stringstream texts;
+  ShowAttributes(image, lines);
+  ShowTexts(image, corvane::inspect::Style(false), texts);
+  Reading reading{LinesOf(std::move(lines)), LinesOf(std::move(texts)), {}};
+  for (const corvane::inspect::Finding& finding : image.Findings.List()) {
+    reading.Findings.insert(finding.Code);
+  }
+  return reading;
 }
 
 Texts NotebookFixture::Attributes() {

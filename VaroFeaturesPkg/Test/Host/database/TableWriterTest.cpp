@@ -13,18 +13,6 @@ class TableWriterTest : public DatabaseFixture {
   TableWriterTest() { writer.InitTableDescriptors(); }
 };
 
-TEST_F(TableWriterTest, InitPreparesTheBuiltTablesAndNoOthers) {
-  const std::map<size_t, UINT16> capacities = {{0, 7680}, {1, 3072}, {2, 2048}, {9, 10240}, {10, 65535}};
-  for (size_t i = 0; i < TABLE_DESCRIPTOR_COUNT; ++i) {
-    const auto capacity = capacities.find(i);
-    const Bytes expected = capacity == capacities.end()
-                               ? Bytes(28)
-                               : Join(U64(0), U8(static_cast<unsigned>(i)), U32(static_cast<UINT32>(i)),
-                                      U16(capacity->second - 4U), capacity->second, Bytes(11));
-    EXPECT_EQ(BytesAt(&descriptors[i], sizeof(TableDescriptor)), expected) << i;
-  }
-}
-
 TEST_F(TableWriterTest, SealingPadsToFourAndAppendsTheCrc) {
   struct Row {
     Bytes Entries;
@@ -50,7 +38,7 @@ TEST_F(TableWriterTest, SealingPadsToFourAndAppendsTheCrc) {
     const TableDescriptor& table = descriptors[TABLE_STRINGS];
     EXPECT_EQ(BytesAt(&table.Limit, 15), Join(U16(static_cast<unsigned>(row.Sealed.size())), U16(7680), U16(0), U16(1),
                                               row.Crc, row.Pad, U8(1), U8(0)));
-    EXPECT_EQ(uefi.PoolBlockSize(reinterpret_cast<const void*>(UINTN{table.Data})), row.Sealed.size());
+    EXPECT_EQ(uefi.PoolBlocks().at(reinterpret_cast<const void*>(UINTN{table.Data})), row.Sealed.size());
     EXPECT_EQ(uefi.LivePoolBlocks(), blocks + 1);  // the building buffer went back
 
     // Locked.
@@ -73,19 +61,6 @@ TEST_F(TableWriterTest, AppendsGoUpToTheCapacityAndNotBeyond) {
   // A full table is sealed without pad and checksum.
   EXPECT_EQ(writer.FinishTable(TABLE_VALUES), EFI_SUCCESS);
   EXPECT_EQ(Table(TABLE_VALUES), Join(Bytes(2045, 7), Bytes(3, 9)));
-}
-
-TEST_F(TableWriterTest, WithoutMemoryATableIsEmptyOrStaysWhereItWasBuilt) {
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(writer.AllocateTable(TABLE_HELP), EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(descriptors[TABLE_HELP].Data, 0U);
-  EXPECT_EQ(descriptors[TABLE_HELP].Limit, 0U);
-  EXPECT_EQ(writer.AppendTableBytes(TABLE_HELP, Span({1})), EFI_INVALID_PARAMETER);
-
-  ASSERT_EQ(writer.AllocateTable(TABLE_STRINGS), EFI_SUCCESS);
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(writer.FinishTable(TABLE_STRINGS), EFI_SUCCESS);
-  EXPECT_EQ(Table(TABLE_STRINGS), Bytes(4));
 }
 
 }  // namespace

@@ -58,13 +58,6 @@ TEST_F(EntryPointTest, AWarningAboutTheTransportPublishesWithoutSending) {
   EXPECT_THAT(notebook.Records, IsEmpty());
 }
 
-TEST_F(EntryPointTest, WithoutMemoryForTheDescriptorsNothingStarts) {
-  notebook.Uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES);  // the first are the reserved pages
-  EXPECT_EQ(notebook.Boot(), EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(notebook.Published(), nullptr);
-  EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), 0U);
-}
-
 TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
   notebook.InstallProtocols();
   notebook.SignalTablesRequested();
