@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <numeric>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -18,6 +19,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "../../VaroFeaturesPkg/Test/Host/TestBytes.hpp"
 #include "CommandLine.hpp"
 #include "Describe.hpp"
 #include "DiffTables.hpp"
@@ -32,27 +34,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-// Little-endian bytes, appended one field at a time: Out().U16(7).U8(1).
-struct Out : std::vector<std::uint8_t> {
-  Out& Number(std::uint64_t value, int width) {
-    for (int i = 0; i < width; ++i) {
-      push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-    }
-    return *this;
-  }
-  Out& U8(std::uint64_t value) { return Number(value, 1); }
-  Out& U16(std::uint64_t value) { return Number(value, 2); }
-  Out& U32(std::uint64_t value) { return Number(value, 4); }
-  Out& U64(std::uint64_t value) { return Number(value, 8); }
-  Out& Text(std::string_view text) {
-    insert(end(), text.begin(), text.end());
-    return *this;
-  }
-  Out& All(const std::vector<std::uint8_t>& bytes) {
-    insert(end(), bytes.begin(), bytes.end());
-    return *this;
-  }
-};
+using Out = ::Bytes;
 
 struct Attribute {
   std::uint16_t Handle;
@@ -66,35 +48,35 @@ struct Attribute {
 
 Attribute Enumeration(std::uint16_t handle, std::uint16_t name, const std::vector<std::uint16_t>& values,
                       std::uint8_t byDefault, std::uint8_t current) {
-  Out names;
+  Out names = {U8(values.size())};
   Out numbers;
   for (const std::uint16_t value : values) {
-    names.U16(value);
-    numbers.U64(std::uint64_t{value} * 3);
+    Append(names, value);
+    Append(numbers, U64(value * 3U));
   }
-  return {handle,
-          0,
-          name,
-          Out().U8(values.size()).All(names).U8(1).U8(byDefault),
-          Out().U8(1).U8(current),
-          Out().U8(values.size()).All(names).All(numbers).U8(byDefault).U8(current),
-          1000U + handle};
+  return {
+      handle,        0, name, Join(names, U8(1), byDefault), Out{1, current}, Join(names, numbers, byDefault, current),
+      1000U + handle};
 }
 
-Attribute Integer(std::uint16_t handle, std::uint8_t type, std::uint16_t name, std::uint64_t upper,
-                  std::uint64_t current) {
-  const Out bounds = Out().U64(5).U64(upper).U32(3).U64(8);
-  return {handle, type, name, bounds, Out().U64(current), Out(bounds).U64(current), 2000};
+Attribute Integer(std::uint16_t handle, std::uint16_t name, std::uint64_t upper, std::uint64_t current) {
+  const Out bounds = Join(U64(5), upper, U32(3), U64(8));
+  return {handle, 3, name, bounds, Join(current), Join(bounds, current), 2000};
 }
 
 Attribute Text(std::uint16_t handle, std::uint16_t name, std::string_view current) {
-  const Out bounds = Out().U8(1).U16(0).U16(64).U16(0);
-  return {handle, 0x81, name, bounds, Out().U16(current.size()).Text(current), Out(bounds).Text(current).U8(0)};
+  const Out bounds = {1, 0, 0, 64, 0, 0, 0};
+  return {handle, 0x81, name, bounds, Join(U16(current.size()), current), Join(bounds, current, U8(0))};
 }
 
 Attribute Password(std::uint16_t handle, std::uint16_t name, bool installed) {
-  const Out bounds = Out().U8(0).U16(0).U16(32).U16(0);
-  return {handle, 2, name, bounds, installed ? std::optional(Out().U16(0)) : std::nullopt, Out(bounds).U8(installed)};
+  const Out bounds = {0, 0, 0, 32, 0, 0, 0};
+  return {handle, 2, name, bounds, installed ? std::optional(Out(2)) : std::nullopt, Join(bounds, U8(installed))};
+}
+
+Attribute Collection(std::uint16_t handle, std::uint16_t name, const Out& members) {
+  const Out bounds = Join(name, U8(255), U8(0));
+  return {handle, 0x85, name, bounds, members, Join(bounds, members)};
 }
 
 struct Notebook {
@@ -113,19 +95,20 @@ struct Notebook {
                                  "Office",
                                  "Travel"};
   std::vector<std::u16string> Displays{u"Secure Boot", u"Prüfung \x4E2D", u""};
-  std::vector<Attribute> Attributes{
-      Password(1, 16, true),
-      Password(2, 17, false),
-      {6, 4, 18, Out().U8(2).U8(3).U8(1).U8(2).U8(2).U16(19).U16(20), Out().U8(2).U8(3).U8(2).U8(1).U8(0),
-       Out().U8(2).U8(3).U8(1).U8(2).U8(2).U16(19).U16(20).U8(2).U8(3).U8(2).U8(1).U8(0).All(
-           std::vector<std::uint8_t>(18))},
-      Enumeration(16, 21, {22, 23}, 0, 1),
-      Integer(17, 3, 24, 0xFFFFFFFFFFFFFFFF, 300),
-      Text(18, 25, "a\"b\\c\x01\xFF"),
-      {19, 0x85, 26, Out().U16(26).U8(255).U8(0), Out().U8(2).U16(16).U16(18),
-       Out().U16(26).U8(255).U8(0).U8(2).U16(16).U16(18)},
-      {20, 6, 27, Out().U8(2).U16(28).U16(29), Out().U8(1), Out().U8(2).U16(28).U16(29).U8(1)},
-      {21, 0x85, 26, Out().U16(26).U8(255).U8(0), Out().U8(0), Out().U16(26).U8(255).U8(0).U8(0)}};
+  std::vector<Attribute> Attributes{Password(1, 16, true),
+                                    Password(2, 17, false),
+                                    {6,
+                                     4,
+                                     18,
+                                     {2, 3, 1, 2, 2, 19, 0, 20, 0},
+                                     Out{2, 3, 2, 1, 0},
+                                     Join(Out{2, 3, 1, 2, 2, 19, 0, 20, 0, 2, 3, 2, 1, 0}, Out(18))},
+                                    Enumeration(16, 21, {22, 23}, 0, 1),
+                                    Integer(17, 24, 0xFFFFFFFFFFFFFFFF, 300),
+                                    Text(18, 25, "a\"b\\c\x01\xFF"),
+                                    Collection(19, 26, {2, 16, 0, 18, 0}),
+                                    {20, 6, 27, {2, 28, 0, 29, 0}, Out{1}, {2, 28, 0, 29, 0, 1}},
+                                    Collection(21, 26, {0})};
   std::uint64_t CountedAttributes = 6;
   std::uint64_t LostNames = 0;       // counted in the store, absent from the string table
   std::uint32_t CrcDamage = 0;       // of the value table
@@ -158,103 +141,81 @@ std::uint32_t CrcOf(const Out& bytes) {
 
 struct BuiltTable {
   Out Bytes;
-  std::uint16_t Entries;
+  std::size_t Entries;
   std::uint8_t Index;
   std::uint16_t Capacity;
-  std::uint8_t Pad = 0;
-  std::uint32_t Crc = 0;
-
-  void Close(std::uint32_t damage = 0) {
-    Pad = static_cast<std::uint8_t>((4 - Bytes.size() % 4) % 4);
-    Bytes.Number(0, Pad);
-    Crc = CrcOf(Bytes) ^ damage;
-    Bytes.U32(Crc);
-  }
+  Out Kind;  // in the directory
 };
 
 Out Encode(const Notebook& notebook) {
   Out strings;
   for (std::size_t i = 0; i < notebook.Names.size(); ++i) {
-    strings.U16(16 + i).U16(notebook.Names[i].size()).Text(notebook.Names[i]);
+    Append(strings, Join(U16(16 + i), U16(notebook.Names[i].size()), std::string_view(notebook.Names[i])));
   }
-  const auto texts = [](const std::vector<std::u16string>& list) {
-    Out out;
-    out.U16(10);
-    for (const char c : std::string("en-US")) {
-      out.U16(static_cast<std::uint8_t>(c));
-    }
-    for (std::size_t i = 0; i < list.size(); ++i) {
-      out.U16(16 + i).U16(2 * list[i].size());
-      for (const char16_t unit : list[i]) {
-        out.U16(unit);
-      }
-    }
-    return out;
-  };
+  Out displays = Join(U16(10), u"en-US");
+  Out helps = displays;
+  for (std::size_t i = 0; i < notebook.Displays.size(); ++i) {
+    const std::u16string& text = notebook.Displays[i];
+    Append(displays, Join(U16(16 + i), U16(2 * text.size()), std::u16string_view(text)));
+    Append(helps, Join(U16(16 + i), U16(0)));
+  }
   Out attributes;
   Out values;
   Out stream;
-  std::uint16_t valueCount = 0;
+  std::size_t valueCount = 0;
   std::size_t slot = 0;
   for (const Attribute& attribute : notebook.Attributes) {
-    attributes.U16(attribute.Handle).U8(attribute.Type).U16(attribute.Name).All(attribute.Bounds);
+    const Out head = Join(attribute.Handle, attribute.Type);
+    Append(attributes, Join(head, attribute.Name, attribute.Bounds));
     if (attribute.Value) {
-      values.U16(attribute.Handle).U8(attribute.Type).All(*attribute.Value);
+      Append(values, Join(head, *attribute.Value));
       ++valueCount;
     }
     if (attribute.Handle < 256 && (attribute.Type & 0x7F) <= 6) {
-      for (; slot < attribute.Handle; ++slot) {
-        stream.U8(0xFF);
-      }
-      ++slot;
-      stream.U16(attribute.Handle).U8(attribute.Type).U16(attribute.Name).U16(1).U32(attribute.Token);
-      stream.All(attribute.Record);
+      Append(stream, Join(Out(attribute.Handle - slot, 0xFF), head, attribute.Name, U16(1), attribute.Token));
+      Append(stream, attribute.Record);
+      slot = attribute.Handle + 1U;
     }
   }
-  const std::uint16_t textCount = static_cast<std::uint16_t>(notebook.Displays.size());
-  std::vector<BuiltTable> tables{{strings, static_cast<std::uint16_t>(notebook.Names.size()), 0, 7680},
-                                 {attributes, static_cast<std::uint16_t>(notebook.Attributes.size()), 1, 3072},
-                                 {values, valueCount, 2, 2048},
-                                 {texts(notebook.Displays), textCount, 9, 10240},
-                                 {texts(std::vector<std::u16string>(textCount)), textCount, 10, 65535}};
+  const std::size_t textCount = notebook.Displays.size();
+  std::vector<BuiltTable> tables{{strings, notebook.Names.size(), 0, 7680, {0, 0, 1}},
+                                 {attributes, notebook.Attributes.size(), 1, 3072, {1, 0, 0}},
+                                 {values, valueCount, 2, 2048, {2, 0, 0}},
+                                 {displays, textCount, 9, 10240, {3, 1, 4}},
+                                 {helps, textCount, 10, 65535, {3, 0, 4}}};
 
-  Out directory;
+  Out directory = Join("$ACI", U32(1), "PLDM", U16(104), U64(0), U8(0), U8(5));
   Out descriptors;
-  directory.Text("$ACI").U32(1).Text("PLDM").U16(104).U64(0).U8(0).U8(5);
   for (BuiltTable& table : tables) {
-    const bool isText = table.Index > 2;
     const bool isValues = table.Index == 2;
-    table.Close(isValues ? notebook.CrcDamage : 0);
-    const std::uint64_t address = 0x100000000 + std::uint64_t{table.Index} * 0x1000;
-    directory.U8(isText ? 3 : table.Index).U8(table.Index == 9).U8(isText ? 4 : table.Index == 0).U32(0);
-    directory.U8(static_cast<std::uint64_t>(&table - tables.data()));
-    directory.U16(table.Bytes.size() + (isValues ? notebook.ValueLengthLie : 0)).U16(0).U32(address);
+    const std::size_t pad = (4 - table.Bytes.size() % 4) % 4;
+    Append(table.Bytes, Out(pad));
+    const std::uint32_t crc = CrcOf(table.Bytes) ^ (isValues ? notebook.CrcDamage : 0);
+    Append(table.Bytes, crc);
+    const std::uint64_t address = 0x100000000 + table.Index * 0x1000U;
+    const std::uint16_t size = U16(table.Bytes.size());
+    Append(directory, Join(table.Kind, U32(0), U8(static_cast<std::size_t>(&table - tables.data())),
+                           U16(size + (isValues ? notebook.ValueLengthLie : 0U)), U16(0), U32(address)));
     descriptors.resize(std::size_t{table.Index} * 28);
-    descriptors.U64(address).U8(table.Index).U32(table.Index).U16(table.Bytes.size()).U16(table.Capacity).U16(0);
-    descriptors.U16(table.Entries).U32(table.Crc).U8(table.Pad).U8(1).U8(0);
+    Append(descriptors, Join(address, table.Index, U32(table.Index), size, table.Capacity, U16(0), U16(table.Entries),
+                             crc, U8(pad), U8(1), U8(0)));
   }
-  std::uint8_t sum = 0;
-  for (const std::uint8_t byte : directory) {
-    sum = static_cast<std::uint8_t>(sum + byte);
-  }
-  directory[22] = static_cast<std::uint8_t>(-sum);
+  directory[22] = U8(0U - std::accumulate(directory.begin(), directory.end(), std::size_t{0}));
   directory.resize(200);
 
-  Out last;
-  last.U32(stream.size()).U64(notebook.CountedAttributes).U64(notebook.Names.size() + notebook.LostNames);
-  last.U64(textCount).U64(0).All(stream);
   Out capture;
   std::uint8_t type = 0;
   const auto send = [&](const Out& payload) {
-    capture.U32(0xB66C21D0).U16(0x33D7).U16(0x4627);
-    capture.All({0x84, 0xD5, 0x14, 0xE0, 0xA9, 0x04, 0x74, 0x56}).U64(payload.size()).U8(type++).All(payload);
+    const Out guid = {0xD0, 0x21, 0x6C, 0xB6, 0xD7, 0x33, 0x27, 0x46, 0x84, 0xD5, 0x14, 0xE0, 0xA9, 0x04, 0x74, 0x56};
+    Append(capture, Join(guid, U64(payload.size()), type++, payload));
   };
   send(directory);
   send(descriptors);
   for (const BuiltTable& table : tables) {
     send(table.Bytes);
   }
-  send(last);
+  send(Join(U32(stream.size()), notebook.CountedAttributes, U64(notebook.Names.size() + notebook.LostNames),
+            U64(textCount), U64(0), stream));
   return capture;
 }
 
@@ -292,15 +253,19 @@ TEST(InspectTest, DamageIsNamedAndShownWithoutGuessing) {
        "16 ?4711 enumeration = ?4712 (default #7) {?4712|On}\n", "name-dangling name-dangling index-range "},
       {[](Notebook& n) { n.Attributes[3] = Enumeration(16, 21, {}, 0, 0); },
        "16 SecureBoot enumeration = #0 (default #0) {-}\n", "index-range index-range "},
-      {[](Notebook& n) { n.Attributes[3].Value = Out().U8(2).U8(1).U8(0); },
+      {[](Notebook& n) {
+         n.Attributes[3].Value = Out{2, 1, 0};
+       },
        "16 SecureBoot enumeration = On|Off[ForceIf:Tpm=Off] (default", "index-count stream-differs "},
       {[](Notebook& n) { n.Attributes[4].Value.reset(); }, "17 Hour integer = ? (default 8)",
        "value-missing table-cut "},
       {[](Notebook& n) { n.Attributes.back() = {21, 0x89, 26, {}, Out(), {}}; },
        "21 Setup type-9 ro = - (default -) {-}\n", "stream-malformed type-unknown "},
-      {[](Notebook& n) { n.Attributes[6].Value = Out().U8(2).U16(16).U16(99); }, "= SecureBoot|?99 (default -)",
-       "member-dangling stream-differs "},
-      {[](Notebook& n) { n.Attributes[4].Record = Integer(17, 3, 24, 9, 301).Record; }, "17 Hour integer = 300 ",
+      {[](Notebook& n) {
+         n.Attributes[6].Value = Out{2, 16, 0, 99, 0};
+       },
+       "= SecureBoot|?99 (default -)", "member-dangling stream-differs "},
+      {[](Notebook& n) { n.Attributes[4].Record = Integer(17, 24, 9, 301).Record; }, "17 Hour integer = 300 ",
        "stream-differs stream-differs "},
       {[](Notebook& n) { n.Names[5] = "Se\ncure\xE9"; }, "16 Se\\x0Acure\\xE9 enumeration", ""},
       {[](Notebook& n) { n.CrcDamage = 4; }, kLines, "table-crc "},
@@ -438,7 +403,7 @@ class CommandLineTest : public ::testing::Test {
 
 TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
   Save("empty.bin", {});
-  Save("noise.bin", Out().Text(std::string(100, 'x')));
+  Save("noise.bin", Out(100, 'x'));
   struct Row {
     std::vector<std::string> Arguments;
     int Status;

@@ -6,6 +6,7 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "FakeUefi/ReferenceCompression.hpp"
+#include "Fuzz/Require.hpp"
 #include "Host/TestBytes.hpp"
 #include "database/Cache.hpp"
 #include "database/CacheVariables.hpp"
@@ -13,13 +14,6 @@
 #include "lifecycle/AttributeStream.hpp"
 
 namespace {
-
-void Require(bool condition, const char* what) {
-  if (!condition) {
-    FakeUefi::Misuse(what);
-    __builtin_trap();
-  }
-}
 
 void Store(FakeUefi& uefi, std::u16string_view name, const Bytes& content) {
   uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}] = {kNonVolatile, content};

@@ -6,18 +6,12 @@ is compressed comes back.
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "FakeUefi/ReferenceCompression.hpp"
+#include "Fuzz/Require.hpp"
 #include "Host/TestBytes.hpp"
 #include "database/Compressor.hpp"
 #include "database/Decompressor.hpp"
 
 namespace {
-
-void Require(bool condition, const char* what) {
-  if (!condition) {
-    FakeUefi::Misuse(what);
-    __builtin_trap();
-  }
-}
 
 std::span<std::byte> Writable(Bytes& bytes) {
   return std::as_writable_bytes(std::span(bytes));

@@ -2,7 +2,7 @@
   vector_check DIRECTORY: builds the store that a folder describes and compares what the driver makes of it with the
   folder's expected files, byte for byte.
 
-  DIRECTORY holds store.json, or folders that do. store.json is one object:
+  store.json stands in DIRECTORY or in folders below it. store.json is one object:
 
     names, displays, helps   texts by handle, as {"16": "text", ...}; names and displays without gaps from 16 on
     attributes               records in the order in which they enter the store, each with handle, type, name,
@@ -31,6 +31,7 @@
 #include "FakeUefi/FakeNotebook.hpp"
 #include "FakeUefi/ReferenceCompression.hpp"
 #include "Host/StoreBuilder.hpp"
+#include "Host/TestBytes.hpp"
 #include "database/Cache.hpp"
 #include "database/TableBuilder.hpp"
 #include "lifecycle/AttributeStream.hpp"
@@ -48,19 +49,8 @@ Bytes ReadFile(const fs::path& path) {
   return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
-/// BMP text of UTF-8.
-std::u16string Wide(const std::string& text) {
-  std::u16string wide;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto lead = static_cast<std::uint8_t>(text[i]);
-    const int more = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : 2;
-    int code = more == 0 ? lead : lead & (0x3F >> more);
-    for (int k = 0; k < more; ++k) {
-      code = code << 6 | (text[++i] & 0x3F);
-    }
-    wide += static_cast<char16_t>(code);
-  }
-  return wide;
+std::u16string Wide(const std::string& utf8) {
+  return fs::path(std::u8string(utf8.begin(), utf8.end())).u16string();
 }
 
 Bytes FromHex(const std::string& hex) {
@@ -71,34 +61,25 @@ Bytes FromHex(const std::string& hex) {
   return bytes;
 }
 
+/// Takes those of the fields, given as key and place in turn, that the entry has.
+template <typename Field, typename... More>
+void Take(const json& entry, const char* key, Field& field, More&&... more) {
+  if (entry.contains(key)) {
+    entry.at(key).get_to(field);
+  }
+  if constexpr (sizeof...(more) != 0) {
+    Take(entry, more...);
+  }
+}
+
 RecordSpec SpecOf(const json& entry) {
   RecordSpec spec;
-  const auto take = [&](const char* key, auto& field) {
-    if (entry.contains(key)) {
-      entry.at(key).get_to(field);
-    }
-  };
-  take("handle", spec.Handle);
-  take("type", spec.Type);
-  take("name", spec.Name);
-  take("value_size", spec.ValueSize);
-  take("token", spec.Token);
-  for (const char* const key : {"value_names", "sources", "items", "configs"}) {
-    take(key, spec.Handles);
-  }
-  take("values", spec.Values);
-  take("default", spec.Default);
-  take("current", spec.Current);
-  take("lower", spec.Lower);
-  take("upper", spec.Upper);
-  take("step", spec.Step);
-  take("subtype", spec.SubType);
-  take("boot_type", spec.SubType);
-  take("min_length", spec.MinLength);
-  take("max_length", spec.MaxLength);
-  take("default_length", spec.DefaultLength);
-  take("installed", spec.Installed);
-  take("modes", spec.Modes);
+  Take(entry, "handle", spec.Handle, "type", spec.Type, "name", spec.Name, "value_size", spec.ValueSize, "token",
+       spec.Token, "value_names", spec.Handles, "sources", spec.Handles, "items", spec.Handles, "configs", spec.Handles,
+       "values", spec.Values, "default", spec.Default, "current", spec.Current, "lower", spec.Lower, "upper",
+       spec.Upper, "step", spec.Step, "subtype", spec.SubType, "boot_type", spec.SubType, "min_length", spec.MinLength,
+       "max_length", spec.MaxLength, "default_length", spec.DefaultLength, "installed", spec.Installed, "modes",
+       spec.Modes);
   if (entry.contains("text") && !entry["text"].is_null()) {
     const Bytes text = FromHex(entry["text"].get<std::string>());
     spec.Text = std::string(text.begin(), text.end());
@@ -111,13 +92,13 @@ RecordSpec SpecOf(const json& entry) {
 }
 
 void PutTexts(AttributeDatabase& database, StringArray array, const json& texts) {
-  std::map<int, std::u16string> byHandle;
+  std::map<UINT16, std::u16string> byHandle;
   for (const auto& [handle, text] : texts.items()) {
-    byHandle[std::stoi(handle)] = Wide(text.get<std::string>());
+    byHandle[static_cast<UINT16>(std::stoi(handle))] = Wide(text.get<std::string>());
   }
   for (const auto& [handle, text] : byHandle) {
     if (array == StringArray::Help) {
-      PutHelp(database, static_cast<UINT16>(handle), text);
+      PutHelp(database, handle, text);
     } else {
       PutText(database, array, text);
     }
@@ -143,15 +124,13 @@ int CheckFolder(const fs::path& folder) {
   TableWriter writer{descriptors.data()};
   ValueEntries values{nullptr, false};
   TableBuilder(database, writer, values).BuildTables();
-  const auto table = [&](size_t index) {
-    const auto* const data = reinterpret_cast<const std::uint8_t*>(UINTN{descriptors[index].Data});
-    return Bytes(data, data + descriptors[index].Limit);
-  };
-  made["string.table"] = table(TABLE_STRINGS);
-  made["attribute.table"] = table(TABLE_ATTRIBUTES);
-  made["value.table"] = table(TABLE_VALUES);
-  made["display.table"] = table(TABLE_DISPLAY);
-  made["help.table"] = table(TABLE_HELP);
+  for (const auto& [name, index] : {std::pair("string.table", TABLE_STRINGS),
+                                    {"attribute.table", TABLE_ATTRIBUTES},
+                                    {"value.table", TABLE_VALUES},
+                                    {"display.table", TABLE_DISPLAY},
+                                    {"help.table", TABLE_HELP}}) {
+    made[name] = BytesAt(reinterpret_cast<const void*>(UINTN{descriptors[index].Data}), descriptors[index].Limit);
+  }
 
   Bytes& stream = made["attributes.stream"];
   stream.resize(AttributeStreamSize(database), kUnwritten);
@@ -168,10 +147,9 @@ int CheckFolder(const fs::path& folder) {
     return uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}].Data;
   };
   made["counts.bin"] = variable(u"" ATTRIBUTE_CACHE_COUNTERS);
-  made["PldmString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_NAMES));
-  made["DispString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_DISPLAY_STRINGS));
-  made["HelpString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_HELP_STRINGS));
-  made["AttributesData.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_ATTRIBUTES_DATA));
+  for (const std::string list : {"PldmString", "DispString", "HelpString", "AttributesData"}) {
+    made[list + ".list"] = ReferenceDecompress(variable(Wide(list)));
+  }
 
   int compared = 0;
   int wrong = 0;
@@ -181,20 +159,13 @@ int CheckFolder(const fs::path& folder) {
     }
     const Bytes expected = ReadFile(folder / name);
     ++compared;
-    if (bytes == expected) {
-      continue;
+    if (bytes != expected) {
+      ++wrong;
+      const auto shorter = static_cast<std::ptrdiff_t>(std::min(bytes.size(), expected.size()));
+      const auto differs = std::mismatch(bytes.begin(), bytes.begin() + shorter, expected.begin()).first;
+      std::cout << (folder / name).string() << ": " << bytes.size() << " bytes made, " << expected.size()
+                << " expected; different from byte " << differs - bytes.begin() << " on\n";
     }
-    ++wrong;
-    std::cout << folder.string() << ": " << name << ": " << bytes.size() << " bytes made, " << expected.size()
-              << " expected; different:";
-    int shown = 0;
-    for (size_t i = 0; i < std::min(bytes.size(), expected.size()) && shown < 8; ++i) {
-      if (bytes[i] != expected[i]) {
-        std::cout << " byte " << i << " is " << int{bytes[i]} << " not " << int{expected[i]} << ",";
-        ++shown;
-      }
-    }
-    std::cout << "\n";
   }
   std::cout << folder.string() << ": " << compared - wrong << " of " << compared << " files equal\n";
   return wrong == 0 && compared != 0 ? 0 : 1;
@@ -207,22 +178,13 @@ int main(int argc, char** argv) {
     std::cerr << "usage: vector_check DIRECTORY\n";
     return 2;
   }
-  const fs::path root = argv[1];
-  std::vector<fs::path> folders;
-  if (fs::exists(root / "store.json")) {
-    folders.push_back(root);
-  } else if (fs::is_directory(root)) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(root)) {
-      if (fs::exists(entry.path() / "store.json")) {
-        folders.push_back(entry.path());
-      }
+  std::set<fs::path> folders;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(argv[1])) {
+    if (entry.path().filename() == "store.json") {
+      folders.insert(entry.path().parent_path());
     }
   }
-  if (folders.empty()) {
-    std::cerr << "vector_check: no store.json under " << root.string() << "\n";
-    return 1;
-  }
-  int failed = 0;
+  int failed = folders.empty() ? 1 : 0;
   for (const fs::path& folder : folders) {
     failed |= CheckFolder(folder);
   }

@@ -55,12 +55,6 @@ TEST_F(AttributeDatabaseTest, PlacingFreesWhatWasThere) {
   EXPECT_EQ(database.GetAttributeCount(), 0U);
 }
 
-TEST_F(AttributeDatabaseTest, OneTokenMakesACountedRecordReadOnly) {
-  EXPECT_EQ(Put(database, {.Type = 3, .Token = 0x955D})->Type, 0x83);
-  EXPECT_EQ(Put(database, {.Type = 3, .Token = 0x955C})->Type, 3);
-  EXPECT_EQ(Put(database, {.Handle = 1, .Type = 2, .Token = 0x955D})->Type, 2);
-}
-
 TEST_F(AttributeDatabaseTest, TokensAreFoundAmongCountedRecords) {
   Put(database, {.Handle = 1, .Type = 2, .Token = 7});
   EXPECT_EQ(database.FindAttributeByToken(7), nullptr);

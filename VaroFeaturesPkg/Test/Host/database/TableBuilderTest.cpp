@@ -10,40 +10,6 @@ namespace {
 
 using TableBuilderTest = DatabaseFixture;
 
-TEST_F(TableBuilderTest, AttributeEntriesByType) {
-  struct Row {
-    RecordSpec Spec;
-    Bytes Body;
-  };
-  const Row rows[] = {
-      {{.Type = 0, .Name = 16, .Handles = {17, 0x1234}, .Values = {7, 9}, .Default = 1, .Current = 0},
-       Join(U8(2), U16(17), U16(0x1234), U8(1), U8(1))},
-      {{.Type = 0x80, .Name = 16}, Join(U8(0), U8(1), U8(0))},
-      {{.Type = 1, .Name = 17, .SubType = 1, .MinLength = 2, .MaxLength = 0x102, .DefaultLength = 3, .Text = "text"},
-       Join(U8(1), U16(2), U16(0x102), U16(3))},
-      {{.Type = 2, .Name = 18, .SubType = 0, .MinLength = 1, .MaxLength = 32, .Installed = 1},
-       Join(U8(0), U16(1), U16(32), U16(0))},
-      {{.Type = 0x83, .Name = 19, .Default = 5, .Current = 6, .Lower = 1, .Upper = 0x1122334455667788, .Step = 2},
-       Join(U64(1), U64(0x1122334455667788), U32(2), U64(5))},
-      {{.Handle = 6, .Type = 4, .Name = 20, .Handles = {21, 22}, .SubType = 2, .Order = {1}},
-       Join(U8(2), U8(3), U8(1), U8(2), U8(2), U16(21), U16(22))},
-      {{.Type = 0x85, .Name = 0x0117, .Handles = {16, 17}}, Join(U16(0x0117), U8(255), U8(0))},
-      {{.Type = 6, .Name = 24, .Handles = {25}, .Current = 1}, Join(U8(1), U16(25))},
-      {{.Type = 0x87, .Name = 26}, {}},
-  };
-  Bytes expected;
-  Bytes placed;
-  UINT16 next = 16;
-  for (const Row& row : rows) {
-    Put(database, row.Spec);
-    const UINT16 handle = row.Spec.Handle != 0 ? row.Spec.Handle : next++;
-    Append(row.Spec.Handle != 0 ? placed : expected, Join(handle, row.Spec.Type, row.Spec.Name, row.Body));
-  }
-  BuildTables();
-  EXPECT_EQ(Entries(TABLE_ATTRIBUTES), Join(placed, expected));
-  EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, std::size(rows));
-}
-
 TEST_F(TableBuilderTest, StringTablesHoldHandleLengthAndText) {
   PutNames({u"ABC", u"", u"\u0142\u00e9"});  // characters lose their high byte
   PutText(database, StringArray::Display, u"**  Two stars");

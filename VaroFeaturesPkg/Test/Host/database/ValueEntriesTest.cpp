@@ -46,31 +46,6 @@ class ValueEntriesTest : public testing::Test {
   TableWriter writer{descriptors.data()};
 };
 
-TEST_F(ValueEntriesTest, FreshRecordsAreWrittenAsTheyAre) {
-  struct Row {
-    RecordSpec Spec;
-    Bytes Body;
-  };
-  const Row rows[] = {
-      {{.Type = 0x80, .Handles = {16, 17}, .Values = {1, 2}, .Current = 1}, {1, 1}},
-      {{.Type = 1, .Token = 9752, .Text = "tag 1"}, Join(U16(5), "tag 1")},
-      {{.Type = 1}, Join(U16(0))},
-      {{.Type = 2, .Installed = 1}, Join(U16(0))},
-      {{.Type = 0x83, .Current = 0x1122334455667788}, Join(U64(0x1122334455667788))},
-      {{.Type = 4, .Handles = {16, 17, 18}, .SubType = 2, .Order = {2, 0}}, {2, 3, 2, 2, 0}},
-      {{.Type = 5, .Handles = {16, 0x0110}}, Join(U8(2), U16(16), U16(0x0110))},
-      {{.Type = 6, .Handles = {16}, .Current = 9}, {9}},
-      {{.Type = 7}, {}},
-  };
-  UINT16 handle = 16;
-  for (const Row& row : rows) {
-    EXPECT_EQ(Entry(row.Spec, false), Join(handle++, row.Spec.Type, row.Body));
-  }
-  EXPECT_EQ(descriptors[TABLE_VALUES].EntryCount, std::size(rows));
-  EXPECT_EQ(Entry({.Type = 2, .Installed = 0}, false), Bytes());
-  EXPECT_EQ(gSetting.Asked, 0U);
-}
-
 TEST_F(ValueEntriesTest, RestoredSettingsAreReadAnew) {
   const std::vector<UINT16> names = {16, 17, 18};
   const std::vector<UINT64> values = {1, 5, 5};

@@ -69,28 +69,4 @@ TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
   EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
 }
 
-TEST_F(HiiStringsTest, AnyCallMayFail) {
-  const Text whole = {u"Keyword", true};
-  for (const Service service : {Service::HiiString, Service::Allocation}) {
-    bool failed = true;
-    for (size_t nth = 1; failed; ++nth) {
-      HiiStrings strings(nullptr);
-      uefi.Fail(service, nth, EFI_DEVICE_ERROR);
-      const size_t calls = uefi.Calls(service);
-      const Text text = Get(strings, package, both, "x-UEFI");
-      failed = uefi.Calls(service) >= calls + nth;
-      EXPECT_TRUE(text == whole || text == Text(u"English", true) || text == Text(u"", false)) << nth;
-      uefi.Fail(service, 1000000, EFI_SUCCESS);
-      EXPECT_EQ(Get(strings, package, both, "x-UEFI"), whole) << nth;  // and does no lasting harm
-    }
-  }
-}
-
-TEST_F(HiiStringsTest, WithoutTheProtocolEveryTextIsEmpty) {
-  uefi.Reboot();
-  HiiStrings strings(nullptr);
-  EXPECT_EQ(Get(strings, package, both), Text(u"", false));
-  EXPECT_EQ(uefi.Warnings(), 1U);
-}
-
 }  // namespace

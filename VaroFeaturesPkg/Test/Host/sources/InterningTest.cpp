@@ -87,12 +87,4 @@ TEST_F(InterningTest, HelpTextsEndBelow4096Characters) {
   EXPECT_EQ(database.Store()->Header.HelpCount, 2U);
 }
 
-TEST_F(InterningTest, WithoutMemoryTheHandleIsZero) {
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES, FakeUefi::Later::Fail);
-  EXPECT_EQ(Name(u"name"), Interned(0, false));
-  EXPECT_EQ(Display(u"text"), Interned(0, false));
-  EXPECT_EQ(uefi.Warnings("out of memory"), 2U);
-  EXPECT_EQ(database.Store()->Header.NameCount, 0U);
-}
-
 }  // namespace

@@ -51,25 +51,16 @@ TEST_F(PlatformAttributesTest, AFactoryHasTenMoreBeforeThem) {
       "28 AuxoraSupportLevel! #1340/2 int 0..65535/1 0,0",
   };
   EXPECT_EQ(Attributes(), expected);
-  const Texts displays = {
-      "Common System Identifier",
-      "Override Battery Charging Limit in Factory",
-      "Disabled",
-      "Enabled",
-      "Service reset configuration",
-      "Project Variables Preserve",
-      "System Generation",
-      "Independent BIOS Vendor",
-      "Manufacturing Mode PXE Attribute",
-      "Front Fan",
-      "WLAN Country Code",
-      "Advanced Debug Menu",
-      "High Efficiency Video Coding",
-      "Charge Power Limit Factory Flag",
-      "Master Password Lockout",
-      "Auxora Support Level",
-  };
-  EXPECT_EQ(Strings(StringArray::Display), displays);
+  std::string displays;
+  for (const std::string& text : Strings(StringArray::Display)) {
+    displays += text + "|";
+  }
+  EXPECT_EQ(displays,
+            "Common System Identifier|Override Battery Charging Limit in Factory|Disabled|Enabled|"
+            "Service reset configuration|Project Variables Preserve|System Generation|Independent BIOS Vendor|"
+            "Manufacturing Mode PXE Attribute|Front Fan|WLAN Country Code|Advanced Debug Menu|"
+            "High Efficiency Video Coding|Charge Power Limit Factory Flag|Master Password Lockout|"
+            "Auxora Support Level|");
   // The only help text, beside its display text.
   EXPECT_EQ(Database().Store()->Header.HelpCount, 1U);
   EXPECT_EQ(TextOf(Database(), StringArray::Help, 16 + 13),
