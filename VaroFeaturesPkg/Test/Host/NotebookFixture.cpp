@@ -21,21 +21,25 @@ std::set<std::string> LinesOf(std::stringstream text) {
   return lines;
 }
 
-template <typename T>
-std::vector<T> Elements(const T* array, size_t count) {
-  return std::vector<T>(array, array + count);
+/// The parts, each with a blank in front.
+template <typename T, typename Shown>
+std::string Listed(const T* parts, size_t count, Shown shown) {
+  std::string list;
+  for (size_t i = 0; i < count; ++i) {
+    list += " " + shown(parts[i]);
+  }
+  return list;
 }
 
 std::string Body(const AttributeDatabase& database, const AttributeRecord& record) {
   const auto name = [&](UINT16 handle) { return TextOf(database, StringArray::Names, handle); };
+  const auto number = [](UINT16 value) { return std::to_string(value); };
   std::ostringstream text;
   switch (BaseType(record)) {
     case AttributeType::Enumeration: {
       const auto& body = As<EnumerationRecord>(record);
-      text << "enum";
-      const char* separator = " ";
       for (size_t i = 0; i < body.PossibleValueCount; ++i) {
-        text << std::exchange(separator, "|") << name(body.PossibleValueNames[i]) << "=" << body.PossibleValues[i];
+        text << (i == 0 ? "enum " : "|") << name(body.PossibleValueNames[i]) << "=" << body.PossibleValues[i];
       }
       text << " " << int{body.DefaultIndex} << "," << int{body.CurrentIndex};
       break;
@@ -60,28 +64,17 @@ std::string Body(const AttributeDatabase& database, const AttributeRecord& recor
     }
     case AttributeType::BootConfiguration: {
       const auto& body = As<BootConfigurationRecord>(record);
-      const bool usual = body.BootConfigType == 2 && body.SupportedModes == 3 && body.MinSourceCount == 1 &&
-                         body.MaxSourceCount == body.PossibleSourceCount && body.CurrentBootConfigType == 2 &&
-                         body.CurrentMode == 3;
-      text << "boot" << (usual ? "" : "?");
-      for (const UINT16 source : Elements<UINT16>(body.PossibleSourceNames, body.PossibleSourceCount)) {
-        text << " " << name(source);
-      }
-      text << " order";
-      for (size_t i = 0; i < body.CurrentSourceCount; ++i) {
-        text << " " << int{body.CurrentSourceOrder[i]};
-      }
+      const UINT8 count = body.PossibleSourceCount;
+      const bool usual = BytesAt(&body.BootConfigType, 4) == Bytes{2, 3, 1, count} &&
+                         BytesAt(&body.CurrentBootConfigType, 2) == Bytes{2, 3};
+      text << "boot" << (usual ? "" : "?") << Listed<UINT16>(body.PossibleSourceNames, count, name) << " order"
+           << Listed(body.CurrentSourceOrder, body.CurrentSourceCount, number);
       break;
     }
     case AttributeType::Collection: {
       const auto& body = As<CollectionRecord>(record);
-      const bool usual = body.CollectionInfo[0] == (record.NameHandle & 0xFF) &&
-                         body.CollectionInfo[1] == record.NameHandle >> 8 && body.CollectionInfo[2] == 255 &&
-                         body.CollectionInfo[3] == 0;
-      text << "set" << (usual ? "" : "?");
-      for (const UINT16 item : Elements<UINT16>(body.Items, body.ItemCount)) {
-        text << " " << item;
-      }
+      const bool usual = BytesAt(body.CollectionInfo, 4) == Join(UINT16{record.NameHandle}, U8(255), U8(0));
+      text << "set" << (usual ? "" : "?") << Listed<UINT16>(body.Items, body.ItemCount, number);
       break;
     }
     default:
@@ -144,13 +137,7 @@ Texts NotebookFixture::Attributes() {
   return texts;
 }
 
-std::string NotebookFixture::Attribute(UINT16 handle) {
-  const AttributeRecord* const record = Database().AttributeAt(handle);
-  return record == nullptr ? "" : Describe(Database(), *record);
-}
-
-std::string NotebookFixture::ByToken(UINT32 token) {
-  const AttributeRecord* const record = Database().FindAttributeByToken(token);
+std::string NotebookFixture::Attribute(const AttributeRecord* record) {
   return record == nullptr ? "" : Describe(Database(), *record);
 }
 

@@ -52,9 +52,10 @@ class NotebookFixture : public testing::Test {
 
   /// All records, in handle order.
   static Texts Attributes();
-  static std::string Attribute(UINT16 handle);
-  /// The attribute of a token, or "".
-  static std::string ByToken(UINT32 token);
+  /// One record, or "".
+  static std::string Attribute(const AttributeRecord* record);
+  static std::string Attribute(UINT16 handle) { return Attribute(Database().AttributeAt(handle)); }
+  static std::string ByToken(UINT32 token) { return Attribute(Database().FindAttributeByToken(token)); }
   /// All strings of an array from handle 16 on.
   static Texts Strings(StringArray array);
 

@@ -4,29 +4,11 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include "FakeUefi/ReferenceCompression.hpp"
 #include "Host/DatabaseFixture.hpp"
-#include "database/Cache.hpp"
-#include "lifecycle/AttributeStream.hpp"
 
 namespace {
 
-class RecordEncodingsTest : public DatabaseFixture {
- protected:
-  Bytes Stream() {
-    Bytes room(AttributeStreamSize(database));
-    EncodeAttributes(database, std::as_writable_bytes(std::span(room)));
-    return room;
-  }
-  Bytes CachedData() {
-    const FirmwareVersionData version{"1"};
-    FirmwareVersionProtocol protocol{&version};
-    uefi.Install(gVaroFirmwareVersionProtocolGuid, &protocol);
-    EXPECT_EQ(WriteCache(database), EFI_SUCCESS);
-    return ReferenceDecompress(
-        uefi.Variables[{Ucs2(u"" ATTRIBUTE_CACHE_ATTRIBUTES_DATA), gVaroAttributeVariableGuid}].Data);
-  }
-};
+using RecordEncodingsTest = DatabaseFixture;
 
 TEST_F(RecordEncodingsTest, ByType) {
   // What follows the head: handle, type and name in the attribute table, handle and type in the value table, the whole
@@ -103,7 +85,8 @@ TEST_F(RecordEncodingsTest, ByType) {
   EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, std::size(rows));
   EXPECT_EQ(descriptors[TABLE_VALUES].EntryCount, std::size(rows) - 2);
   EXPECT_EQ(Stream(), Join(stream, Bytes(11)));
-  EXPECT_EQ(CachedData(), cached);
+  WriteOut();
+  EXPECT_EQ(ReferenceDecompress(Cached(u"" ATTRIBUTE_CACHE_ATTRIBUTES_DATA)), cached);
 }
 
 TEST_F(RecordEncodingsTest, TheStreamHasAllSlotsBelow256) {

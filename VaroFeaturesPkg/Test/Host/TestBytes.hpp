@@ -42,18 +42,10 @@ Bytes Join(const Parts&... parts) {
   return bytes;
 }
 
-constexpr std::uint8_t U8(std::size_t value) {
-  return static_cast<std::uint8_t>(value);
-}
-constexpr std::uint16_t U16(std::size_t value) {
-  return static_cast<std::uint16_t>(value);
-}
-constexpr std::uint32_t U32(std::size_t value) {
-  return static_cast<std::uint32_t>(value);
-}
-constexpr std::uint64_t U64(std::uint64_t value) {
-  return value;
-}
+constexpr auto U8 = [](std::size_t value) { return static_cast<std::uint8_t>(value); };
+constexpr auto U16 = [](std::size_t value) { return static_cast<std::uint16_t>(value); };
+constexpr auto U32 = [](std::size_t value) { return static_cast<std::uint32_t>(value); };
+constexpr auto U64 = [](std::size_t value) { return std::uint64_t{value}; };
 
 inline Bytes BytesAt(const void* address, std::size_t size) {
   const auto* const first = static_cast<const std::uint8_t*>(address);
@@ -62,6 +54,10 @@ inline Bytes BytesAt(const void* address, std::size_t size) {
 
 inline std::span<const std::byte> Span(const Bytes& bytes) {
   return std::as_bytes(std::span(bytes));
+}
+
+inline std::span<std::byte> Writable(Bytes& bytes) {
+  return std::as_writable_bytes(std::span(bytes));
 }
 
 /// `bytes` from `from` on, without the last `tail`.

@@ -24,25 +24,19 @@
 **/
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <iterator>
+
 #include <nlohmann/json.hpp>
 
-#include "FakeUefi/FakeNotebook.hpp"
-#include "FakeUefi/ReferenceCompression.hpp"
-#include "Host/StoreBuilder.hpp"
-#include "Host/TestBytes.hpp"
-#include "database/Cache.hpp"
-#include "database/TableBuilder.hpp"
-#include "lifecycle/AttributeStream.hpp"
+#include "Host/DatabaseFixture.hpp"
 
 namespace {
 
+namespace fs = std::filesystem;
 using nlohmann::json;
 
 /// What the expected streams hold where nothing is written: the fill of a block that EDK II's DEBUG pool gave out.
 constexpr UINT8 kUnwritten = 0xAF;
-namespace fs = std::filesystem;
 
 Bytes ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -63,7 +57,7 @@ Bytes FromHex(const std::string& hex) {
 
 /// Takes those of the fields, given as key and place in turn, that the entry has.
 template <typename Field, typename... More>
-void Take(const json& entry, const char* key, Field& field, More&&... more) {
+void Take(const json& entry, const char* key, Field& field, More&... more) {
   if (entry.contains(key)) {
     entry.at(key).get_to(field);
   }
@@ -81,112 +75,72 @@ RecordSpec SpecOf(const json& entry) {
        "max_length", spec.MaxLength, "default_length", spec.DefaultLength, "installed", spec.Installed, "modes",
        spec.Modes);
   if (entry.contains("text") && !entry["text"].is_null()) {
-    const Bytes text = FromHex(entry["text"].get<std::string>());
+    const Bytes text = FromHex(entry["text"]);
     spec.Text = std::string(text.begin(), text.end());
   }
   if (entry.contains("order")) {
-    spec.Order = FromHex(entry["order"].get<std::string>());
-    spec.Order.resize(entry["cur_count"].get<size_t>());
+    spec.Order = FromHex(entry["order"]);
+    spec.Order.resize(entry["cur_count"]);
   }
   return spec;
 }
 
-void PutTexts(AttributeDatabase& database, StringArray array, const json& texts) {
-  std::map<UINT16, std::u16string> byHandle;
-  for (const auto& [handle, text] : texts.items()) {
-    byHandle[static_cast<UINT16>(std::stoi(handle))] = Wide(text.get<std::string>());
-  }
-  for (const auto& [handle, text] : byHandle) {
-    if (array == StringArray::Help) {
-      PutHelp(database, handle, text);
-    } else {
-      PutText(database, array, text);
+class VectorCheck : public DatabaseFixture {
+ public:
+  explicit VectorCheck(fs::path folder) : folder_(std::move(folder)) {}
+
+ private:
+  void TestBody() override {
+    const json store = json::parse(ReadFile(folder_ / "store.json"));
+    for (const auto& [array, key] : {std::pair(StringArray::Names, "names"), {StringArray::Display, "displays"}}) {
+      for (int handle = kFirstHandle; store[key].contains(std::to_string(handle)); ++handle) {
+        PutText(database, array, Wide(store[key][std::to_string(handle)]));
+      }
     }
-  }
-}
-
-int CheckFolder(const fs::path& folder) {
-  FakeUefi uefi;
-  const json store = json::parse(ReadFile(folder / "store.json"));
-  AttributeDatabase database;
-  if (EFI_ERROR(database.AllocateStore())) {
-    return 1;
-  }
-  PutTexts(database, StringArray::Names, store.at("names"));
-  PutTexts(database, StringArray::Display, store.at("displays"));
-  PutTexts(database, StringArray::Help, store.at("helps"));
-  for (const json& entry : store.at("attributes")) {
-    Put(database, SpecOf(entry));
-  }
-
-  std::map<std::string, Bytes> made;
-  std::array<TableDescriptor, TABLE_DESCRIPTOR_COUNT> descriptors{};
-  TableWriter writer{descriptors.data()};
-  ValueEntries values{nullptr, false};
-  TableBuilder(database, writer, values).BuildTables();
-  for (const auto& [name, index] : {std::pair("string.table", TABLE_STRINGS),
-                                    {"attribute.table", TABLE_ATTRIBUTES},
-                                    {"value.table", TABLE_VALUES},
-                                    {"display.table", TABLE_DISPLAY},
-                                    {"help.table", TABLE_HELP}}) {
-    made[name] = BytesAt(reinterpret_cast<const void*>(UINTN{descriptors[index].Data}), descriptors[index].Limit);
-  }
-
-  Bytes& stream = made["attributes.stream"];
-  stream.resize(AttributeStreamSize(database), kUnwritten);
-  EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
-
-  const FirmwareVersionData version{"1"};
-  FirmwareVersionProtocol versionProtocol{&version};
-  uefi.Install(gVaroFirmwareVersionProtocolGuid, &versionProtocol);
-  if (EFI_ERROR(WriteCache(database))) {
-    std::cout << folder.string() << ": the cache could not be written\n";
-    return 1;
-  }
-  const auto variable = [&](std::u16string_view name) {
-    return uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}].Data;
-  };
-  made["counts.bin"] = variable(u"" ATTRIBUTE_CACHE_COUNTERS);
-  for (const std::string list : {"PldmString", "DispString", "HelpString", "AttributesData"}) {
-    made[list + ".list"] = ReferenceDecompress(variable(Wide(list)));
-  }
-
-  int compared = 0;
-  int wrong = 0;
-  for (const auto& [name, bytes] : made) {
-    if (!fs::exists(folder / name)) {
-      continue;
+    for (const auto& [handle, text] : store["helps"].items()) {
+      PutHelp(database, U16(std::stoul(handle)), Wide(text));
     }
-    const Bytes expected = ReadFile(folder / name);
-    ++compared;
-    if (bytes != expected) {
-      ++wrong;
-      const auto shorter = static_cast<std::ptrdiff_t>(std::min(bytes.size(), expected.size()));
-      const auto differs = std::mismatch(bytes.begin(), bytes.begin() + shorter, expected.begin()).first;
-      std::cout << (folder / name).string() << ": " << bytes.size() << " bytes made, " << expected.size()
-                << " expected; different from byte " << differs - bytes.begin() << " on\n";
+    for (const json& entry : store["attributes"]) {
+      Put(database, SpecOf(entry));
     }
+    BuildTables();
+    WriteOut();
+    std::map<std::string, Bytes> made = {
+        {"string.table", Table(TABLE_STRINGS)},     {"attribute.table", Table(TABLE_ATTRIBUTES)},
+        {"value.table", Table(TABLE_VALUES)},       {"display.table", Table(TABLE_DISPLAY)},
+        {"help.table", Table(TABLE_HELP)},          {"attributes.stream", Stream(kUnwritten)},
+        {"counts.bin", Cached(u"AttributesCount")},
+    };
+    for (const std::string list : {"PldmString", "DispString", "HelpString", "AttributesData"}) {
+      made[list + ".list"] = ReferenceDecompress(Cached(Wide(list)));
+    }
+    int compared = 0;
+    for (const auto& [name, bytes] : made) {
+      if (fs::exists(folder_ / name)) {
+        ++compared;
+        EXPECT_EQ(bytes, ReadFile(folder_ / name)) << name;
+      }
+    }
+    EXPECT_NE(compared, 0);
+    std::printf("%s: %d files compared\n", folder_.c_str(), compared);
   }
-  std::cout << folder.string() << ": " << compared - wrong << " of " << compared << " files equal\n";
-  return wrong == 0 && compared != 0 ? 0 : 1;
-}
+
+  fs::path folder_;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
   if (argc != 2) {
-    std::cerr << "usage: vector_check DIRECTORY\n";
+    std::fprintf(stderr, "usage: vector_check DIRECTORY\n");
     return 2;
   }
-  std::set<fs::path> folders;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(argv[1])) {
-    if (entry.path().filename() == "store.json") {
-      folders.insert(entry.path().parent_path());
+    if (const fs::path folder = entry.path().parent_path(); entry.path().filename() == "store.json") {
+      testing::RegisterTest("VectorCheck", folder.c_str(), nullptr, nullptr, __FILE__, __LINE__,
+                            [folder]() -> VectorCheck* { return new VectorCheck(folder); });
     }
   }
-  int failed = folders.empty() ? 1 : 0;
-  for (const fs::path& folder : folders) {
-    failed |= CheckFolder(folder);
-  }
-  return failed;
+  return testing::UnitTest::GetInstance()->total_test_count() == 0 ? 1 : RUN_ALL_TESTS();
 }

@@ -5,8 +5,6 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "Host/DatabaseFixture.hpp"
-#include "FakeUefi/ReferenceCompression.hpp"
-#include "database/Cache.hpp"
 
 namespace {
 
@@ -39,25 +37,10 @@ class CacheTest : public testing::Test {
     PutHelp(database, 17, u"Help");
     Put(database, {.Handle = 1, .Type = 2, .Name = 16, .Token = 1175, .SubType = 0, .MaxLength = 32, .Installed = 1});
     Put(database, {.Handle = 6, .Type = 4, .Name = 16, .Handles = {16}, .SubType = 2, .Order = {0}});
-    Put(database, {.Type = 0,
-                   .Name = 17,
-                   .ValueSize = 1,
-                   .Token = 300,
-                   .Handles = {16, 18},
-                   .Values = {1, 0x1122334455667788},
-                   .Default = 1,
-                   .Current = 1});
+    Put(database, {.Type = 0, .Name = 17, .Token = 300, .Handles = {16, 18}, .Values = {1, 2}, .Current = 1});
     Put(database, {.Type = 1, .Name = 18, .Token = 9752, .MinLength = 1, .MaxLength = 9, .Text = "text"});
     Put(database, {.Type = 1, .Name = 18});
-    Put(database, {.Type = 0x83,
-                   .Name = 16,
-                   .ValueSize = 2,
-                   .Token = 301,
-                   .Default = 3,
-                   .Current = 4,
-                   .Lower = 1,
-                   .Upper = 9,
-                   .Step = 2});
+    Put(database, {.Type = 0x83, .Name = 16, .Token = 301, .Default = 3, .Current = 4, .Lower = 1, .Upper = 9});
     Put(database, {.Type = 0x85, .Name = 17, .Handles = {16, 17, 18}});
   }
   void WriteFilled() {
@@ -116,29 +99,25 @@ TEST_F(CacheTest, RestoresWhatWasWritten) {
 }
 
 TEST_F(CacheTest, IsValidForItsVersionOnlyAndUntilMarkedBad) {
-  struct Row {
-    const char* Case;
-    std::function<void()> Change;
-    bool Valid;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::function<void()>, bool> rows[] = {
       {"unchanged", [] {}, true},
       {"running version shorter", [&] { notebook.Version = "1.2"; }, false},
       {"running version longer", [&] { notebook.Version = "1.2.3.4"; }, false},
       {"cached version longer", [&] { Store(kVersion, Join("1.2.3x", Bytes(4))); }, false},
       {"no running version", [&] { notebook.Absent.insert(gVaroFirmwareVersionProtocolGuid); }, false},
+      {"no text of it", [&] { notebook.Version.reset(); }, false},
       {"marked otherwise", [&] { notebook.SetVariable(kStatus, 7, {0x80}); }, false},
       {"mark longer than a byte", [&] { notebook.SetVariable(kStatus, 7, Bytes(2, 1)); }, true},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.Case);
+  for (const auto& [what, change, valid] : rows) {
+    SCOPED_TRACE(what);
     notebook.Absent.clear();
     notebook.Version = "1.2.3";
     Reboot();
     WriteFilled();
-    row.Change();
+    change();
     Reboot();
-    EXPECT_EQ(CacheIsValid(), row.Valid);
+    EXPECT_EQ(CacheIsValid(), valid);
   }
 }
 
@@ -146,17 +125,10 @@ TEST_F(CacheTest, DamagedContentIsTakenAsFarAsItIsGood) {
   const Bytes name = Join(U16(16), U16(8), std::u16string_view(u"One", 4));
   const auto head = [](unsigned handle, unsigned type) { return Join(U16(handle), U8(type), Bytes(8)); };
   const Bytes integer = Join(head(16, 3), Bytes(36));
-  struct Row {
-    const char* Case;
-    std::u16string_view Variable;
-    Bytes Content;  ///< compressed, for all but the counters
-    Bytes Restored;
-    bool Deleted;
-  };
   const Bytes oneName = Counters(5, 1, 2, 1);
   const Bytes noRecord = Counters(0, 3, 2, 1);
   const Bytes oneRecord = Counters(1, 3, 2, 1);
-  const Row rows[] = {
+  const std::tuple<const char*, std::u16string_view, Bytes, Bytes, bool> rows[] = {
       {"a name too few", kCounters, Counters(5, 2, 2, 1), Counters(5, 2, 2, 1), false},
       {"huge counters", kCounters, Bytes(32, 0xFF), Counters(5, 3, 2, 1), false},
       {"a name cut short", kNames, Join(name, U16(17), U16(9), Bytes(8)), oneName, false},
@@ -173,15 +145,15 @@ TEST_F(CacheTest, DamagedContentIsTakenAsFarAsItIsGood) {
       {"a record at handle 0", kData, Join(integer, head(0, 3), Bytes(36)), oneRecord, true},
       {"no data", kData, {}, noRecord, true},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.Case);
+  for (const auto& [what, variable, content, restored, deleted] : rows) {
+    SCOPED_TRACE(what);
     notebook.Uefi.Variables.clear();
     Reboot();
     WriteFilled();
-    Store(row.Variable, row.Variable == kCounters ? row.Content : ReferenceCompress(row.Content));
+    Store(variable, variable == kCounters ? content : ReferenceCompress(content));
     RestoreCache(database);
-    EXPECT_EQ(Header(), row.Restored);
-    EXPECT_EQ(notebook.Variable(kVersion) == nullptr, row.Deleted);
+    EXPECT_EQ(Header(), restored);
+    EXPECT_EQ(notebook.Variable(kVersion) == nullptr, deleted);
     BuildTablesOf(database);
   }
 }
@@ -202,10 +174,22 @@ TEST_F(CacheTest, RestoredRecordsKeepTheirOddities) {
   EXPECT_EQ(database.AttributeAt(14)->Handle, 14);
   EXPECT_EQ(database.AttributeAt(16)->Type, 2);
   EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), blocks + 5 + 4 + 6);
-  // A text without terminator gets one.
+  // Of more records than are counted, as many as there are reserved handles come on top.
+  Bytes many;
+  for (unsigned handle = 16; handle < 40; ++handle) {
+    Append(many, Join(head(handle, 3), Bytes(36)));
+  }
+  StoreCompressed(kData, many);
+  Store(kCounters, Counters(3, 3, 2, 1));
+  Reboot();
+  RestoreCache(database);
+  EXPECT_EQ(database.GetAttributeCount(), 15U + 3);
+  // A block that announces more than there can be is not even allocated. A text without terminator gets one.
+  Store(kData, Join(U32(0), U32(0xFFFFFFFF)));
   StoreCompressed(kNames, Join(U16(16), U16(3), Bytes{'a', 0, 'b'}));
   Reboot();
   RestoreCache(database);
+  EXPECT_EQ(database.GetAttributeCount(), 0U);
   EXPECT_EQ(TextOf(database, StringArray::Names, 16), "ab");
 }
 

@@ -33,31 +33,31 @@ TEST_F(TableBuilderTest, FullTablesAreCutAtAnEntry) {
   for (int i = 0; i < 30; ++i) {  // the display table takes 10236: 12 of language, 29 of 352
     PutText(database, StringArray::Display, std::u16string(174, u'd'));
   }
+  for (UINT16 handle = 16; handle < 32; ++handle) {  // the help table takes 65531: 12 of language, 8 of 8186
+    PutHelp(database, handle, std::u16string(4091, u'h'));
+  }
   BuildTables();
   EXPECT_EQ(descriptors[TABLE_STRINGS].EntryCount, 13U);
   EXPECT_EQ(descriptors[TABLE_STRINGS].Limit, 7680U);
   EXPECT_EQ(descriptors[TABLE_DISPLAY].EntryCount, 29U);
-  EXPECT_EQ(descriptors[TABLE_HELP].EntryCount, 30U);
-  EXPECT_EQ(uefi.Warnings("cut"), 2U);
+  EXPECT_EQ(descriptors[TABLE_HELP].EntryCount, 8U);
+  EXPECT_EQ(uefi.Warnings("cut"), 3U);
 }
 
 TEST_F(TableBuilderTest, TheAttributeTableRefusesAnExactFit) {
   // 3068 bytes of room: 92 integers of 33 bytes leave 32.
-  struct Row {
-    std::vector<UINT16> Last;
-    unsigned Entries;
-  };
-  const Row rows[] = {{std::vector<UINT16>(11, 16), 93}, {std::vector<UINT16>(12, 16), 92}};  // 30 and 32 bytes
-  for (const Row& row : rows) {
+  const std::pair<std::vector<UINT16>, unsigned> rows[] = {{std::vector<UINT16>(11, 16), 93},
+                                                           {std::vector<UINT16>(12, 16), 92}};  // 30 and 32 bytes
+  for (const auto& [last, entries] : rows) {
     AttributeDatabase own;
     ASSERT_EQ(own.AllocateStore(), EFI_SUCCESS);
     for (int i = 0; i < 92; ++i) {
       Put(own, {.Type = 3});
     }
-    Put(own, {.Type = 0, .Handles = row.Last, .Values = std::vector<UINT64>(row.Last.size())});
+    Put(own, {.Type = 0, .Handles = last, .Values = std::vector<UINT64>(last.size())});
     ValueEntries values{nullptr, false};
     TableBuilder(own, writer, values).BuildTables();
-    EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, row.Entries);
+    EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, entries);
   }
 }
 

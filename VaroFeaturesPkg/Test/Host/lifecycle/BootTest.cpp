@@ -33,7 +33,6 @@ TEST_F(BootTest, EightRecordsCarryWhatIsPublished) {
             Join("$ACI", U8(1), Bytes(3), "PLDM", U16(104), Bytes(8), notebook.Payload(0)[22], U8(5)));
   EXPECT_EQ(Middle(notebook.Payload(0), 104, 0), Bytes(96));
   EXPECT_EQ(notebook.Payload(1), BytesAt(published.Descriptors, 308));
-  EXPECT_EQ(notebook.Payload(4), notebook.Table(TABLE_VALUES));
   EXPECT_EQ(Middle(notebook.Payload(7), 4, notebook.Payload(7).size() - 36), BytesAt(&published.Store->Header, 32));
   EXPECT_EQ(published.Store, Database().Store());
 

@@ -12,10 +12,8 @@ namespace {
 constexpr size_t kLongestSequence = 4;
 
 enum Piece : size_t { kVersion, kData, kCounters, kNames, kDisplay, kHelp, kStatus };
-constexpr std::array<std::u16string_view, 7> kPieces = {
-    u"BiosVersion", u"AttributesData", u"AttributesCount", u"PldmString",
-    u"DispString",  u"HelpString",     u"AttCacheStatus",
-};
+constexpr std::u16string_view kPieces[] = {u"BiosVersion", u"AttributesData", u"AttributesCount", u"PldmString",
+                                           u"DispString",  u"HelpString",     u"AttCacheStatus"};
 
 // What a piece holds: what firmware version 'A' or 'B' wrote, nothing, or no use. The status holds its digit.
 constexpr char kNone = '-';
@@ -31,15 +29,14 @@ struct Event {
   std::optional<Piece> Changed{};
   char Content = 0;  ///< of what is changed, or of the status between the passes of a boot
   enum { Plain, Update, Factory, SettingUnreadable, NoAssetTag } Boot = Plain;
-  enum { None, FirstPass, SecondPass } Failing = None;
+  int Pass = 0;  ///< the pass of which a call fails: the first or the second
   Service Kind = Service::VariableWrite;
-  size_t Nth = 0;  ///< call of the pass that fails
-  bool AndLater = false;
+  size_t Nth = 0;
+  FakeUefi::Later Later = FakeUefi::Later::Succeed;
 };
 
 std::vector<Event> Events() {
-  constexpr auto kRead = Service::VariableRead;
-  constexpr auto kWrite = Service::VariableWrite;
+  constexpr auto kLater = FakeUefi::Later::Fail;
   std::vector<Event> events = {
       {.Name = "boot"},
       {.Name = "boot of the other version", .Boot = Event::Update},
@@ -48,17 +45,20 @@ std::vector<Event> Events() {
       {.Name = "boot without the asset tag protocol", .Boot = Event::NoAssetTag},
       {.Name = "boot, marked bad between its passes", .Content = '1'},
       {.Name = "boot, marked good between its passes", .Content = '0'},
-      {"boot, version unreadable at first", {}, 0, Event::Plain, Event::FirstPass, kRead, 3, false},
-      {"boot, nothing readable", {}, 0, Event::Plain, Event::FirstPass, kRead, 3, true},
-      {"boot, counters unreadable", {}, 0, Event::Plain, Event::SecondPass, kRead, 4, false},
-      {"boot, nothing written", {}, 0, Event::Plain, Event::SecondPass, kWrite, 1, true},
-      {"boot, nothing written from the data on", {}, 0, Event::Plain, Event::SecondPass, kWrite, 4, true},
+      {.Name = "boot, version unreadable at first", .Pass = 1, .Kind = Service::VariableRead, .Nth = 3},
+      {.Name = "boot, nothing readable", .Pass = 1, .Kind = Service::VariableRead, .Nth = 3, .Later = kLater},
+      {.Name = "boot, counters unreadable", .Pass = 2, .Kind = Service::VariableRead, .Nth = 4},
+      {.Name = "boot, nothing written", .Pass = 2, .Kind = Service::VariableWrite, .Nth = 1, .Later = kLater},
+      {.Name = "boot, nothing written from the data on",
+       .Pass = 2,
+       .Kind = Service::VariableWrite,
+       .Nth = 4,
+       .Later = kLater},
       {.Name = "marked bad", .Changed = kStatus, .Content = '1'},
       {.Name = "marked good", .Changed = kStatus, .Content = '0'},
   };
   for (const size_t write : {1, 4, 5, 6, 7}) {
-    const std::string name = "boot, write " + std::to_string(write) + " fails";
-    events.push_back({name, {}, 0, Event::Plain, Event::SecondPass, kWrite, write, false});
+    events.push_back({.Name = "boot, write " + std::to_string(write) + " fails", .Pass = 2, .Nth = write});
   }
   for (const Piece piece : {kVersion, kData, kCounters, kNames}) {
     for (const char content : {kNone, kFlipped, kCut}) {
@@ -86,16 +86,16 @@ struct Model {
     }
     writes = 0;
     failing = &event;
-    const bool readsFail = event.Kind == Service::VariableRead && event.Failing != Event::None;
+    const bool readsFail = event.Kind == Service::VariableRead;
     const bool allowed = event.Boot != Event::Factory && event.Boot != Event::SettingUnreadable;
-    const bool first = allowed && IsValid() && !(readsFail && event.Failing == Event::FirstPass);
+    const bool first = allowed && IsValid() && !(readsFail && event.Pass == 1);
     if (first && event.Boot == Event::NoAssetTag) {
       return "-";
     }
     if (event.Content != 0) {
       Pieces[kStatus] = event.Content;
     }
-    const bool second = allowed && IsValid() && !(readsFail && event.AndLater);
+    const bool second = allowed && IsValid() && !(readsFail && event.Later == FakeUefi::Later::Fail);
     if (first) {
       return "-" + (second ? Restore(!readsFail) : "----");
     }
@@ -114,8 +114,8 @@ struct Model {
   }
   bool Write(Piece piece, char content) {
     ++writes;
-    const bool fails = failing->Failing == Event::SecondPass && failing->Kind == Service::VariableWrite &&
-                       (writes == failing->Nth || (failing->AndLater && writes > failing->Nth));
+    const bool fails = failing->Pass == 2 && failing->Kind == Service::VariableWrite &&
+                       (writes == failing->Nth || (failing->Later == FakeUefi::Later::Fail && writes > failing->Nth));
     Pieces[piece] = fails ? Pieces[piece] : content;
     return !fails;
   }
@@ -174,23 +174,19 @@ class CacheModelTest : public NotebookFixture {
     notebook.Uefi.Variables.clear();
   }
 
-  /// The versions say something else about the same question, and one has a question more.
-  void MakeSetup() {
+  std::string Boot(const Event& event) {
+    if (event.Boot == Event::Update) {
+      running_ = running_ == 'A' ? 'B' : 'A';
+    }
+    // The versions say something else about the same question, and one has a question more.
     const std::u16string text(1, static_cast<char16_t>(running_));
     notebook.Version = "1." + std::string(1, running_);
     notebook.FormSets.clear();
     FakeFormSet& setup = notebook.AddFormSet(u"Setup");
     setup.Numeric(300, text, text).Help(text).Bounds(0, static_cast<UINT64>(running_));
-    setup.Checkbox(301, u"SecureBoot", u"Secure Boot");
     if (running_ == 'B') {
-      setup.Checkbox(302, u"Only here", u"Only here");
+      setup.Checkbox(301, u"Only here", u"Only here");
     }
-  }
-  std::string Boot(const Event& event) {
-    if (event.Boot == Event::Update) {
-      running_ = running_ == 'A' ? 'B' : 'A';
-    }
-    MakeSetup();
     notebook.FactoryMode = event.Boot == Event::Factory;
     notebook.Settings[0x2618].Status = event.Boot == Event::SettingUnreadable ? EFI_NOT_FOUND : EFI_SUCCESS;
     notebook.Absent.clear();
@@ -199,19 +195,15 @@ class CacheModelTest : public NotebookFixture {
     }
     notebook.Reboot();
     notebook.Start();
-    const auto fail = [&] {
-      const auto later = event.AndLater ? FakeUefi::Later::Fail : FakeUefi::Later::Succeed;
-      notebook.Uefi.Fail(event.Kind, event.Nth, EFI_DEVICE_ERROR, later);
-    };
-    if (event.Failing == Event::FirstPass) {
-      fail();
+    if (event.Pass == 1) {
+      notebook.Uefi.Fail(event.Kind, event.Nth, EFI_DEVICE_ERROR, event.Later);
     }
     notebook.SignalFormSetsUpdated();
     if (event.Content != 0) {
       Change(kStatus, event.Content);
     }
-    if (event.Failing == Event::SecondPass) {
-      fail();
+    if (event.Pass == 2) {
+      notebook.Uefi.Fail(event.Kind, event.Nth, EFI_DEVICE_ERROR, event.Later);
     }
     notebook.SignalTablesRequested();
     std::string outcome = notebook.FormSetsParsed != 0 ? "+" : "-";
@@ -219,8 +211,8 @@ class CacheModelTest : public NotebookFixture {
       const AttributeRecord* const record = Database().AttributeAt(kFirstHandle);
       outcome += record == nullptr ? kNone : static_cast<char>(As<IntegerRecord>(*record).UpperBound);
       for (const StringArray array : {StringArray::Names, StringArray::Display, StringArray::Help}) {
-        const std::string text = TextOf(Database(), array, kFirstHandle);
-        outcome += text.size() == 1 && IsWhole(text.front()) ? text.front() : kNone;
+        const std::string shown = TextOf(Database(), array, kFirstHandle);
+        outcome += shown.size() == 1 && IsWhole(shown.front()) ? shown.front() : kNone;
       }
     }
     return outcome;
@@ -244,16 +236,18 @@ class CacheModelTest : public NotebookFixture {
   /// What the pieces hold.
   [[nodiscard]] std::string Look() const {
     std::string pieces;
-    for (size_t piece = 0; piece < kPieces.size(); ++piece) {
+    for (size_t piece = 0; piece < std::size(kPieces); ++piece) {
       const FakeUefi::Variable* const variable = notebook.Variable(kPieces[piece]);
-      const Bytes data = variable == nullptr ? Bytes() : variable->Data;
-      const size_t size = whole_.at('A')[piece].size();
-      pieces += variable == nullptr             ? kNone
-                : piece == kStatus              ? static_cast<char>('0' + data.at(0))
-                : data == whole_.at('A')[piece] ? 'A'
-                : data == whole_.at('B')[piece] ? 'B'
-                : data.size() < size            ? kCut
-                                                : kFlipped;
+      if (variable == nullptr) {
+        pieces += kNone;
+      } else if (piece == kStatus) {
+        pieces += static_cast<char>('0' + variable->Data.at(0));
+      } else {
+        pieces += variable->Data.size() < whole_.at('A')[piece].size() ? kCut : kFlipped;
+        for (const auto& [version, whole] : whole_) {
+          pieces.back() = variable->Data == whole[piece] ? version : pieces.back();
+        }
+      }
     }
     return pieces;
   }
@@ -267,7 +261,7 @@ class CacheModelTest : public NotebookFixture {
     std::map<const Event*, std::pair<std::string, size_t>> Steps{};  ///< what each shows, and where it leads
   };
   size_t Stand() {
-    std::map<Ucs2String, Bytes> key{{Ucs2(u"running"), {static_cast<std::uint8_t>(running_)}}};
+    std::map<Ucs2String, Bytes> key{{{}, {static_cast<std::uint8_t>(running_)}}};
     for (const auto& [name, variable] : notebook.Uefi.Variables) {
       key[name.first] = variable.Data;
     }
@@ -319,12 +313,9 @@ class CacheModelTest : public NotebookFixture {
 TEST_F(CacheModelTest, EveryShortSequence) {
   running_ = 'A';
   Walk(Stand(), Model(), "", 1);
-  const std::string counts = std::to_string(sequences_) + " sequences of up to " + std::to_string(kLongestSequence) +
-                             " out of " + std::to_string(events_.size()) +
-                             " events: " + std::to_string(states_.size()) + " states, " + std::to_string(boots_) +
-                             " boots";
-  RecordProperty("covered", counts);
-  std::printf("%s\n", counts.c_str());
+  RecordProperty("sequences", std::to_string(sequences_));
+  std::printf("%zu sequences of %zu events: %zu states, %zu boots\n", sequences_, events_.size(), states_.size(),
+              boots_);
 }
 
 }  // namespace
