@@ -14,9 +14,10 @@ readonly PACKAGES_TO_BUILD=(
   libcli11-dev libfmt-dev nlohmann-json3-dev    # the inspector
 )
 readonly PACKAGES_TO_TEST=(libgtest-dev libgmock-dev clang-format clang-tidy shellcheck)
+readonly PACKAGES_TO_COVER=(clang llvm libclang-rt-dev)
 
 # Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
-readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=900
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=900 PACKAGE_SPACE_COVER=600
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 
@@ -49,13 +50,17 @@ update_and_install() {
   as_root apt-get update -o Acquire::Retries=2 && apt_install "$@"
 }
 
-# install_packages build|test
+# install_packages build|test|coverage: each with those before it.
 install_packages() {
   local -a wanted=("${PACKAGES_TO_BUILD[@]}") missing
   local space=$PACKAGE_SPACE_BUILD
-  if [[ $1 == test ]]; then
+  if [[ $1 != build ]]; then
     wanted+=("${PACKAGES_TO_TEST[@]}")
     space=$((space + PACKAGE_SPACE_TEST))
+  fi
+  if [[ $1 == coverage ]]; then
+    wanted+=("${PACKAGES_TO_COVER[@]}")
+    space=$((space + PACKAGE_SPACE_COVER))
   fi
   read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
   ((${#missing[@]} > 0)) || return 0

@@ -6,30 +6,14 @@
 **/
 #include <array>
 
-#include "FakeUefi/FakeUefi.hpp"
+#include "FakeUefi/FakeNotebook.hpp"
 
 extern "C" {
-#include <Corvane/AttributeCache.h>
-#include <Corvane/TransportRecord.h>
 #include <Guid/GlobalVariable.h>
 #include <Guid/SmBios.h>
 #include <Library/PrintLib.h>
-#include <Protocol/AssetTagLength.h>
 #include <Protocol/AttributeAccess.h>
-#include <Protocol/BootOptionSource.h>
-#include <Protocol/CameraIdentifiers.h>
-#include <Protocol/FirmwareVersion.h>
-#include <Protocol/FormBrowserData.h>
-#include <Protocol/FormSetsUpdated.h>
-#include <Protocol/ModeQuery.h>
-#include <Protocol/PasswordService.h>
-#include <Protocol/PasswordStateQuery.h>
-#include <Protocol/PublishedTables.h>
 #include <Protocol/RequestDispatch.h>
-#include <Protocol/SettingDefaults.h>
-#include <Protocol/Settings.h>
-#include <Protocol/TableTransport.h>
-#include <Protocol/TablesRequested.h>
 
 EFI_GUID gEfiGlobalVariableGuid = EFI_GLOBAL_VARIABLE;
 EFI_GUID gEfiHiiDatabaseProtocolGuid = EFI_HII_DATABASE_PROTOCOL_GUID;

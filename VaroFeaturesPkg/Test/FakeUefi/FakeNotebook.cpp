@@ -42,11 +42,13 @@ EFI_STATUS Give(const void* answer, size_t length, UINT64* size, void* buffer) {
 }  // namespace
 
 FakeQuestion::FakeQuestion(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt)
-    : Identifier(identifier), opcode_(opcode), keyword_(std::move(keyword)), prompt_(std::move(prompt)) {}
-
-FakeQuestion& FakeQuestion::Bounds(UINT64 minimum, UINT64 maximum, UINT64 step) {
-  bounds_ = {minimum, maximum, step};
-  return *this;
+    : QuestionRecord{}, keyword_(std::move(keyword)), prompt_(std::move(prompt)) {
+  static constexpr EFI_IFR_OP_HEADER kIfr{};
+  Ifr = &kIfr;
+  Identifier = identifier;
+  Opcode = opcode;
+  Eligible = 1;
+  ValueSize = 1;
 }
 
 FakeQuestion& FakeQuestion::Option(UINT64 value, std::u16string keyword, std::u16string text) {
@@ -57,20 +59,13 @@ FakeQuestion& FakeQuestion::Option(UINT64 value, std::u16string keyword, std::u1
 FakeQuestion& FakeFormSet::Question(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt) {
   return Questions.emplace_back(opcode, identifier, std::move(keyword), std::move(prompt));
 }
+
 Bytes FakeBootOption::Bbs(UINT16 deviceType) {
-  return {BBS_DEVICE_PATH,
-          BBS_BBS_DP,
-          9,
-          0,
-          static_cast<std::uint8_t>(deviceType),
-          static_cast<std::uint8_t>(deviceType >> 8),
-          0,
-          0,
-          0,
-          END_DEVICE_PATH_TYPE,
-          END_ENTIRE_DEVICE_PATH_SUBTYPE,
-          4,
-          0};
+  Bytes path = {BBS_DEVICE_PATH, BBS_BBS_DP, 9, 0};
+  Append(path, deviceType);
+  path.resize(9);
+  Append(path, UINT32{END_DEVICE_PATH_TYPE | END_ENTIRE_DEVICE_PATH_SUBTYPE << 8 | 4 << 16});
+  return path;
 }
 
 FakeNotebook::FakeNotebook() {
@@ -143,7 +138,6 @@ EFI_STATUS FakeNotebook::ParseFormSet(const FormSetRecord& record, QuestionRecor
   if (EFI_ERROR(formSet.ParseStatus)) {
     return formSet.ParseStatus;
   }
-  static constexpr EFI_IFR_OP_HEADER kIfr{};
   ParsedFormSet& parsed = parsed_.emplace_back();
   const auto publish = [&](const std::u16string& text, const std::optional<std::u16string>& keyword) {
     std::map<std::string, std::u16string> texts{{"en-US", text}};
@@ -153,19 +147,10 @@ EFI_STATUS FakeNotebook::ParseFormSet(const FormSetRecord& record, QuestionRecor
     return Uefi.AddString(record.HiiHandle, texts);
   };
   for (const FakeQuestion& question : formSet.Questions) {
-    QuestionRecord& made = parsed.Questions.emplace_back();
-    made.Ifr = question.withoutIfr_ ? nullptr : &kIfr;
-    made.Identifier = question.Identifier;
-    made.Opcode = question.opcode_;
-    made.Eligible = question.eligible_;
-    made.ValueSize = question.ValueSize;
+    QuestionRecord& made = parsed.Questions.emplace_back(question);
     made.Prompt = publish(question.prompt_, question.keyword_);
     made.Help = question.help_.empty() ? EFI_STRING_ID{0} : publish(question.help_, std::nullopt);
     made.HiiHandle = record.HiiHandle;
-    made.Minimum = question.bounds_[0];
-    made.Maximum = question.bounds_[1];
-    made.Step = question.bounds_[2];
-    made.CurrentValue = question.CurrentValue;
     made.CurrentString = question.text_ ? parsed.Texts.emplace_back(*question.text_).c_str() : nullptr;
     auto& options = parsed.Options.emplace_back();
     for (const FakeQuestion::Choice& choice : question.options_) {
@@ -239,54 +224,53 @@ EFI_STATUS FakeNotebook::QueryModes(UINT32* result, ...) {
     gCurrent->ModesAsked.push_back(va_arg(list, UINT32));
   } while (gCurrent->ModesAsked.back() != 0);
   va_end(list);
-  if (!EFI_ERROR(status)) {
+  if (status == EFI_SUCCESS) {
     *result = gCurrent->FactoryMode ? 1 : 0;
   }
   return status;
 }
 
+/// A protocol's routine: it fails as the test has it, and else does what `routine` does.
+template <EFI_GUID* Guid, typename Routine>
+auto FakeNotebook::Answering(Routine routine) {
+  return []<typename... Arguments>(EFI_STATUS (*)(Arguments...)) {
+    return +[](Arguments... arguments) -> EFI_STATUS {
+      const EFI_STATUS status = gCurrent->Enter(*Guid);
+      return status != EFI_SUCCESS ? status : Routine()(arguments...);
+    };
+  }(+routine);
+}
+
 void FakeNotebook::FillProtocols() {
-  settings_.Read = [](SettingsProtocol*, UINT32 setting, const EFI_GUID* space, UINT64* size,
-                      VOID* value) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroSettingsProtocolGuid);
-    if (EFI_ERROR(status)) {
-      return status;
-    }
+  settings_.Read = Answering<&gVaroSettingsProtocolGuid>([](SettingsProtocol*, UINT32 setting, const EFI_GUID* space,
+                                                            UINT64* size, VOID* value) -> EFI_STATUS {
     return SameGuid(*space, gVaroSettingsNamespaceGuid) ? gCurrent->ReadSetting(setting, size, value) : EFI_NOT_FOUND;
-  };
-  defaults_.GetDefault = [](UINT32 identifier, const EFI_GUID*, UINT64* size, VOID* value) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroSettingDefaultsProtocolGuid);
-    if (EFI_ERROR(status)) {
-      return status;
-    }
-    const auto found = gCurrent->Defaults.find(identifier);
-    return found == gCurrent->Defaults.end() ? EFI_NOT_FOUND
-                                             : Give(&found->second, std::min<size_t>(*size, 8), size, value);
-  };
-  browser_.ListFormSets = [](FormBrowserDataProtocol*, const EFI_GUID* kind,
-                             const FormSetRecord*** formSets) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroFormBrowserDataProtocolGuid);
-    if (EFI_ERROR(status) || EFI_ERROR(gCurrent->ListStatus)) {
-      return EFI_ERROR(status) ? status : gCurrent->ListStatus;
-    }
-    auto& records = gCurrent->formSetRecords_;
-    *formSets = nullptr;
-    if (!SameGuid(*kind, gVaroSetupFormSetsGuid) || records.empty()) {
-      return EFI_SUCCESS;
-    }
-    *formSets = static_cast<const FormSetRecord**>(gCurrent->Uefi.GivePool((records.size() + 1) * sizeof(void*)));
-    const FormSetRecord** next = *formSets;
-    for (const FormSetRecord& record : records) {
-      *next++ = &record;
-    }
-    *next = nullptr;
-    return EFI_SUCCESS;
-  };
-  browser_.ParseFormSet = [](FormBrowserDataProtocol*, const FormSetRecord* formSet,
-                             QuestionRecord** questions) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroFormBrowserDataProtocolGuid);
-    return EFI_ERROR(status) ? status : gCurrent->ParseFormSet(*formSet, questions);
-  };
+  });
+  defaults_.GetDefault = Answering<&gVaroSettingDefaultsProtocolGuid>(
+      [](UINT32 identifier, const EFI_GUID*, UINT64* size, VOID* value) -> EFI_STATUS {
+        const auto found = gCurrent->Defaults.find(identifier);
+        return found == gCurrent->Defaults.end() ? EFI_NOT_FOUND
+                                                 : Give(&found->second, std::min<size_t>(*size, 8), size, value);
+      });
+  browser_.ListFormSets = Answering<&gVaroFormBrowserDataProtocolGuid>(
+      [](FormBrowserDataProtocol*, const EFI_GUID* kind, const FormSetRecord*** formSets) -> EFI_STATUS {
+        auto& records = gCurrent->formSetRecords_;
+        *formSets = nullptr;
+        if (!SameGuid(*kind, gVaroSetupFormSetsGuid) || records.empty()) {
+          return EFI_SUCCESS;
+        }
+        *formSets = static_cast<const FormSetRecord**>(gCurrent->Uefi.GivePool((records.size() + 1) * sizeof(void*)));
+        const FormSetRecord** next = *formSets;
+        for (const FormSetRecord& record : records) {
+          *next++ = &record;
+        }
+        *next = nullptr;
+        return EFI_SUCCESS;
+      });
+  browser_.ParseFormSet = Answering<&gVaroFormBrowserDataProtocolGuid>(
+      [](FormBrowserDataProtocol*, const FormSetRecord* formSet, QuestionRecord** questions) -> EFI_STATUS {
+        return gCurrent->ParseFormSet(*formSet, questions);
+      });
   browser_.ReleaseQuestions = [](FormBrowserDataProtocol*, QuestionRecord* questions) -> EFI_STATUS {
     return gCurrent->ReleaseQuestions(questions);
   };
@@ -297,44 +281,33 @@ void FakeNotebook::FillProtocols() {
     if (gCurrent->OnSend) {
       gCurrent->OnSend();
     }
-    const auto answer = gCurrent->SendStatus.find(record->Type);
-    return EFI_ERROR(status) || answer == gCurrent->SendStatus.end() ? status : answer->second;
+    return status;
   };
   mode_.QueryAny = QueryModes;
-  passwordState_.Query = [](PasswordStateQueryProtocol*, UINT32 question, UINT32 entry, UINT64* size,
-                            VOID* answer) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroPasswordStateProtocolGuid);
-    return EFI_ERROR(status) ? status : gCurrent->AnswerPassword(question, entry, size, answer);
-  };
-  assetTag_.GetLength = [](UINT32 selector, VOID*, UINT64* minimum, UINT64* maximum) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroAssetTagLengthProtocolGuid);
-    if (EFI_ERROR(status) || selector != 1) {
-      return EFI_ERROR(status) ? status : EFI_UNSUPPORTED;
-    }
-    *minimum = 0;
-    *maximum = gCurrent->AssetTagMaximum;
-    return EFI_SUCCESS;
-  };
-  assetTag_.GetString = [](UINT32 selector, UINT32, UINT64* size, CHAR8* buffer) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroAssetTagLengthProtocolGuid);
-    if (EFI_ERROR(status)) {
-      return status;
-    }
-    const auto& text = gCurrent->PlatformStrings.at(selector);
-    return text ? Give(text->data(), text->size(), size, buffer) : EFI_NOT_FOUND;
-  };
-  bootOptions_.GetOptions = [](UINT32 kind, UINT32 select, UINT64* size, BootOptionBlock** block) -> EFI_STATUS {
-    const EFI_STATUS status = gCurrent->Enter(gVaroBootOptionSourceProtocolGuid);
-    if (EFI_ERROR(status)) {
-      return status;
-    }
+  passwordState_.Query = Answering<&gVaroPasswordStateProtocolGuid>(
+      [](PasswordStateQueryProtocol*, UINT32 question, UINT32 entry, UINT64* size, VOID* answer) -> EFI_STATUS {
+        return gCurrent->AnswerPassword(question, entry, size, answer);
+      });
+  assetTag_.GetLength = Answering<&gVaroAssetTagLengthProtocolGuid>(
+      [](UINT32 selector, VOID*, UINT64* minimum, UINT64* maximum) -> EFI_STATUS {
+        *minimum = 0;
+        *maximum = 10;
+        return selector == 1 ? EFI_SUCCESS : EFI_UNSUPPORTED;
+      });
+  assetTag_.GetString = Answering<&gVaroAssetTagLengthProtocolGuid>(
+      [](UINT32 selector, UINT32, UINT64* size, CHAR8* buffer) -> EFI_STATUS {
+        const auto& text = gCurrent->PlatformStrings.at(selector);
+        return text ? Give(text->data(), text->size(), size, buffer) : EFI_NOT_FOUND;
+      });
+  bootOptions_.GetOptions = Answering<&gVaroBootOptionSourceProtocolGuid>([](UINT32 kind, UINT32 select, UINT64* size,
+                                                                             BootOptionBlock** block) -> EFI_STATUS {
     return kind == BOOT_OPTION_SOURCE_CLASS && select == BOOT_OPTION_SOURCE_SELECT ? gCurrent->GetOptions(size, block)
                                                                                    : EFI_UNSUPPORTED;
-  };
+  });
 }
 
 void FakeNotebook::InstallProtocols() {
-  versionData_.Version = Version.c_str();
+  versionData_.Version = Version ? Version->c_str() : nullptr;
   version_.Data = &versionData_;
   cameras_.Count = CameraCount.value_or(static_cast<UINT8>(Cameras.size()));
   cameras_.Identifiers = Cameras.empty() ? nullptr : Cameras.data();
@@ -400,15 +373,6 @@ Bytes FakeNotebook::Payload(size_t record) const {
 
 const PublishedTablesInterface* FakeNotebook::Published() const {
   return Uefi.Find<PublishedTablesInterface>(gVaroPublishedTablesProtocolGuid);
-}
-
-Bytes FakeNotebook::Table(size_t descriptor) const {
-  const PublishedTablesInterface* const published = Published();
-  if (published == nullptr) {
-    return {};
-  }
-  const auto* const table = reinterpret_cast<const std::uint8_t*>(UINTN{published->Descriptors[descriptor].Data});
-  return Bytes(table, table + published->Descriptors[descriptor].Limit);
 }
 
 const FakeUefi::Variable* FakeNotebook::Variable(std::u16string_view name) const {

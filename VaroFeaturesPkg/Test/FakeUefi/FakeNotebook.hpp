@@ -34,58 +34,38 @@ extern "C" {
 
 /// One setup question. What is not said: eligible, with IFR, no help, its value 0 of one byte, and the text "en-US" as
 /// it is in "x-UEFI".
-class FakeQuestion {
+class FakeQuestion : public QuestionRecord {
  public:
   FakeQuestion(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt);
 
-  FakeQuestion& Help(std::u16string text) {
-    help_ = std::move(text);
-    return *this;
+  FakeQuestion& Help(std::u16string text) { return With(help_, std::move(text)); }
+  FakeQuestion& Value(UINT64 value, UINT16 size = 1) { return With(CurrentValue, value).With(ValueSize, size); }
+  FakeQuestion& Text(std::optional<std::string> text) { return With(text_, std::move(text)); }
+  FakeQuestion& Bounds(UINT64 lowest, UINT64 highest, UINT64 step = 1) {
+    return With(Minimum, lowest).With(Maximum, highest).With(Step, step);
   }
-  FakeQuestion& Value(UINT64 value, UINT16 size = 1) {
-    CurrentValue = value;
-    ValueSize = size;
-    return *this;
-  }
-  FakeQuestion& Text(std::optional<std::string> text) {
-    text_ = std::move(text);
-    return *this;
-  }
-  FakeQuestion& Bounds(UINT64 minimum, UINT64 maximum, UINT64 step = 1);
   FakeQuestion& Option(UINT64 value, std::u16string keyword, std::u16string text);
-  FakeQuestion& Ineligible() {
-    eligible_ = 0;
-    return *this;
-  }
-  FakeQuestion& WithoutIfr() {
-    withoutIfr_ = true;
-    return *this;
-  }
-  FakeQuestion& WithoutKeyword() {
-    keyword_.reset();
-    return *this;
-  }
-
-  UINT32 Identifier;
-  UINT64 CurrentValue = 0;
-  UINT16 ValueSize = 1;
+  FakeQuestion& Ineligible() { return With(Eligible, UINT8{0}); }
+  FakeQuestion& WithoutIfr() { return With(Ifr, nullptr); }
+  FakeQuestion& WithoutKeyword() { return With(keyword_, std::nullopt); }
 
  private:
   friend class FakeNotebook;
+  template <typename Field>
+  FakeQuestion& With(Field& field, std::type_identity_t<Field> value) {
+    field = std::move(value);
+    return *this;
+  }
   struct Choice {
     UINT64 Value;
     std::u16string Keyword;
     std::u16string Text;
   };
-  UINT8 opcode_;
   std::optional<std::u16string> keyword_;
   std::u16string prompt_;
   std::u16string help_;
   std::optional<std::string> text_;
-  std::array<UINT64, 3> bounds_{};
   std::vector<Choice> options_;
-  UINT8 eligible_ = 1;
-  bool withoutIfr_ = false;
 };
 
 class FakeFormSet {
@@ -141,18 +121,15 @@ class FakeNotebook {
   std::map<UINT32, FakeSetting> Settings;  ///< a question's identifier reads the question otherwise
   std::map<UINT32, UINT64> Defaults;
   std::list<FakeFormSet> FormSets;
-  EFI_STATUS ListStatus = EFI_SUCCESS;
   bool FactoryMode = false;
   PasswordServiceProtocol PasswordService{PASSWORD_SERVICE_OWNER_REVISION, {}, 0};
   std::vector<FakePassword> Passwords;
-  UINT64 AssetTagMaximum = 10;
   std::array<std::optional<std::string>, 2> PlatformStrings;
-  std::string Version = "1.2.3";
+  std::optional<std::string> Version = "1.2.3";
   std::vector<const CHAR8*> Cameras;
   std::optional<UINT8> CameraCount;  ///< announced, when it is not the number of Cameras
   std::vector<FakeBootOption> BootOptions;
-  size_t BootBlockCut = 0;                 ///< bytes missing at the end of their block
-  std::map<UINT8, EFI_STATUS> SendStatus;  ///< by type of record
+  size_t BootBlockCut = 0;  ///< bytes missing at the end of their block
 
   FakeFormSet& AddFormSet(std::u16string title);
   [[nodiscard]] FakeQuestion& QuestionOf(UINT32 identifier);
@@ -180,7 +157,6 @@ class FakeNotebook {
 
   [[nodiscard]] Bytes Payload(size_t record) const;
   [[nodiscard]] const PublishedTablesInterface* Published() const;
-  [[nodiscard]] Bytes Table(size_t descriptor) const;
   [[nodiscard]] const FakeUefi::Variable* Variable(std::u16string_view name) const;
   void SetVariable(std::u16string_view name, UINT32 attributes, const Bytes& data);
 
@@ -195,6 +171,8 @@ class FakeNotebook {
   void FillProtocols();
 
   [[nodiscard]] EFI_STATUS Enter(const EFI_GUID& guid);
+  template <EFI_GUID* Guid, typename Routine>
+  static auto Answering(Routine routine);
   static EFI_STATUS EFIAPI QueryModes(UINT32* result, ...);
   EFI_STATUS ReadSetting(UINT32 setting, UINT64* size, void* value);
   EFI_STATUS ParseFormSet(const FormSetRecord& formSet, QuestionRecord** questions);

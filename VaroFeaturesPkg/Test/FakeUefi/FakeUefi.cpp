@@ -113,11 +113,6 @@ EFI_STATUS FakeUefi::Enter(Service service) {
   return fails ? fault->second.Status : EFI_SUCCESS;
 }
 
-size_t FakeUefi::PoolBlockSize(const void* block) const {
-  const auto found = pool_.find(block);
-  return found == pool_.end() ? 0 : found->second;
-}
-
 void* FakeUefi::GivePool(size_t size) {
   void* const block = std::malloc(size == 0 ? 1 : size);
   std::memset(block, kPoolFill, size);

@@ -73,8 +73,8 @@ class FakeUefi {
   // Pool. A block is filled with 0xA5 when it is given out.
 
   [[nodiscard]] size_t LivePoolBlocks() const { return pool_.size(); }
-  /// Bytes of the live block that starts at `block`, or 0.
-  [[nodiscard]] size_t PoolBlockSize(const void* block) const;
+  /// The live blocks and their bytes.
+  [[nodiscard]] const std::map<const void*, size_t>& PoolBlocks() const { return pool_; }
   /// A block as a driver would get it, which never fails and is not counted as a call.
   [[nodiscard]] void* GivePool(size_t size);
 

@@ -4,7 +4,7 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include "FakeUefi/FakeUefi.hpp"
+#include "Fuzz/Require.hpp"
 #include "sources/BootConfiguration.hpp"
 
 extern "C" {
@@ -31,15 +31,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
   input = {data, size};
   AttributeDatabase database;
   BootConfigurationState state{};
-  if (EFI_ERROR(database.AllocateStore())) {
-    __builtin_trap();
-  }
+  Require(database.AllocateStore() == EFI_SUCCESS, "no store");
   if (!EFI_ERROR(ReadBootOptions(state))) {
     BuildBootConfiguration(database, state);
     const bool built = database.AttributeAt(ATTRIBUTE_HANDLE_BOOT_CONFIGURATION) != nullptr;
-    if (!built || state.OptionCount > BOOT_OPTION_CAPACITY || state.CurrentCount > state.OptionCount) {
-      __builtin_trap();
-    }
+    Require(built && state.OptionCount <= BOOT_OPTION_CAPACITY && state.CurrentCount <= state.OptionCount, "counts");
   }
   database.ReleaseIndexes();
   return 0;

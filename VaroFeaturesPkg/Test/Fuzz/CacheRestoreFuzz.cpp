@@ -6,6 +6,8 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "FakeUefi/ReferenceCompression.hpp"
+#include "Fuzz/Require.hpp"
+#include "Host/StoreBuilder.hpp"
 #include "Host/TestBytes.hpp"
 #include "database/Cache.hpp"
 #include "database/CacheVariables.hpp"
@@ -13,13 +15,6 @@
 #include "lifecycle/AttributeStream.hpp"
 
 namespace {
-
-void Require(bool condition, const char* what) {
-  if (!condition) {
-    FakeUefi::Misuse(what);
-    __builtin_trap();
-  }
-}
 
 void Store(FakeUefi& uefi, std::u16string_view name, const Bytes& content) {
   uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}] = {kNonVolatile, content};
@@ -33,14 +28,6 @@ void RequireSound(const AttributeDatabase& database) {
   }
   Bytes stream(AttributeStreamSize(database));
   EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
-}
-
-void FreeStore(AttributeDatabase& database) {
-  for (VOID*& slot : std::span(database.Store()->Slots)) {
-    const bool isRecord = &slot < database.Store()->Slots + ATTRIBUTE_STORE_HANDLE_LIMIT;
-    isRecord ? FreeRecord(static_cast<AttributeRecord*>(slot)) : FreeBlock(slot);
-  }
-  FreeBlock(database.Store());
 }
 
 }  // namespace
@@ -70,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
   for (const TableDescriptor& table : descriptors) {
     FreeBlock(reinterpret_cast<const void*>(static_cast<UINTN>(table.Data)));
   }
-  FreeStore(database);
+  FreeStore(database.Store());
   Require(uefi.LivePoolBlocks() == 0, "a block was left");
   return 0;
 }

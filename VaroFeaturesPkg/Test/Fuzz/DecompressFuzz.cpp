@@ -6,43 +6,22 @@ is compressed comes back.
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "FakeUefi/ReferenceCompression.hpp"
-#include "Host/TestBytes.hpp"
-#include "database/Compressor.hpp"
-#include "database/Decompressor.hpp"
+#include "Fuzz/Require.hpp"
+#include "Host/database/CompressionSamples.hpp"
 
 namespace {
 
-void Require(bool condition, const char* what) {
-  if (!condition) {
-    FakeUefi::Misuse(what);
-    __builtin_trap();
-  }
-}
-
-std::span<std::byte> Writable(Bytes& bytes) {
-  return std::as_writable_bytes(std::span(bytes));
-}
-
 void CompareDecoders(UINT16 size, const Bytes& body) {
-  const Bytes stream = Join(static_cast<UINT32>(body.size()), UINT32{size}, body);
-  UINT32 announced = 0;
-  UINT32 scratchSize = 0;
-  Require(DecompressGetInfo(Span(stream), announced, scratchSize) == EFI_SUCCESS && announced == size, "header");
-  Bytes output(size);
-  Bytes scratch(scratchSize, 0xA5);
-  const EFI_STATUS status = Decompress(Span(stream), Writable(output), Writable(scratch));
+  const Bytes stream = Join(U32(body.size()), U32(size), body);
+  const auto [status, output] = DriverDecompress(stream);
   const Bytes reference = ReferenceDecompress(stream);
+  Require(output.size() == size, "header");
   Require(reference.empty() || (status == EFI_SUCCESS && reference == output), "unlike EDK II");
 }
 
 void CompressAndBack(const Bytes& source) {
-  UINT32 size = 0;
-  Require(Compress(Span(source), nullptr, size) == EFI_BUFFER_TOO_SMALL, "size query");
-  Bytes stream(size);
-  Require(Compress(Span(source), Writable(stream).data(), size) == EFI_SUCCESS && size == stream.size(), "compression");
-  Bytes output(source.size());
-  Bytes scratch(13376);
-  Require(Decompress(Span(stream), Writable(output), Writable(scratch)) == EFI_SUCCESS && output == source, "ours");
+  const Bytes stream = DriverCompress(source);
+  Require(DriverDecompress(stream) == std::pair(EFI_STATUS{EFI_SUCCESS}, source), "ours");
   Require(ReferenceDecompress(stream) == source, "EDK II's");
 }
 

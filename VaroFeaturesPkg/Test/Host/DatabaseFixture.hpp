@@ -10,9 +10,12 @@
 #include <gtest/gtest.h>
 
 #include "FakeUefi/FakeNotebook.hpp"
+#include "FakeUefi/ReferenceCompression.hpp"
 #include "Host/StoreBuilder.hpp"
 #include "Host/TestBytes.hpp"
+#include "database/Cache.hpp"
 #include "database/TableBuilder.hpp"
+#include "lifecycle/AttributeStream.hpp"
 
 /// Builds all tables, for what the sanitizers find in a doubtful database.
 inline void BuildTablesOf(AttributeDatabase& database) {
@@ -41,6 +44,22 @@ class DatabaseFixture : public testing::Test {
   /// The entries of a finished table, pad and checksum cut off.
   [[nodiscard]] Bytes Entries(size_t index) const {
     return Middle(Table(index), 0, size_t{descriptors[index].PadLength} + 4);
+  }
+
+  /// The attribute stream, with `unwritten` where nothing is written.
+  [[nodiscard]] Bytes Stream(UINT8 unwritten = 0) const {
+    Bytes stream(AttributeStreamSize(database), unwritten);
+    EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
+    return stream;
+  }
+  void WriteOut() {
+    const FirmwareVersionData version{"1"};
+    FirmwareVersionProtocol protocol{&version};
+    uefi.Install(gVaroFirmwareVersionProtocolGuid, &protocol);
+    EXPECT_EQ(WriteCache(database), EFI_SUCCESS);
+  }
+  [[nodiscard]] Bytes Cached(std::u16string_view name) {
+    return uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}].Data;
   }
 
   FakeUefi uefi;

@@ -8,23 +8,38 @@
 
 #include <sstream>
 
+#include "Image.hpp"
+#include "Show.hpp"
+
 namespace {
 
-template <typename T>
-std::vector<T> Elements(const T* array, size_t count) {
-  return std::vector<T>(array, array + count);
+std::set<std::string> LinesOf(std::stringstream text) {
+  std::set<std::string> lines;
+  for (std::string line; std::getline(text, line);) {
+    lines.insert(line.substr(line.find(' ') + 1));
+  }
+  return lines;
+}
+
+/// The parts, each with a blank in front.
+template <typename T, typename Shown>
+std::string Listed(const T* parts, size_t count, Shown shown) {
+  std::string list;
+  for (size_t i = 0; i < count; ++i) {
+    list += " " + shown(parts[i]);
+  }
+  return list;
 }
 
 std::string Body(const AttributeDatabase& database, const AttributeRecord& record) {
   const auto name = [&](UINT16 handle) { return TextOf(database, StringArray::Names, handle); };
+  const auto number = [](UINT16 value) { return std::to_string(value); };
   std::ostringstream text;
   switch (BaseType(record)) {
     case AttributeType::Enumeration: {
       const auto& body = As<EnumerationRecord>(record);
-      text << "enum";
-      const char* separator = " ";
       for (size_t i = 0; i < body.PossibleValueCount; ++i) {
-        text << std::exchange(separator, "|") << name(body.PossibleValueNames[i]) << "=" << body.PossibleValues[i];
+        text << (i == 0 ? "enum " : "|") << name(body.PossibleValueNames[i]) << "=" << body.PossibleValues[i];
       }
       text << " " << int{body.DefaultIndex} << "," << int{body.CurrentIndex};
       break;
@@ -49,28 +64,17 @@ std::string Body(const AttributeDatabase& database, const AttributeRecord& recor
     }
     case AttributeType::BootConfiguration: {
       const auto& body = As<BootConfigurationRecord>(record);
-      const bool usual = body.BootConfigType == 2 && body.SupportedModes == 3 && body.MinSourceCount == 1 &&
-                         body.MaxSourceCount == body.PossibleSourceCount && body.CurrentBootConfigType == 2 &&
-                         body.CurrentMode == 3;
-      text << "boot" << (usual ? "" : "?");
-      for (const UINT16 source : Elements<UINT16>(body.PossibleSourceNames, body.PossibleSourceCount)) {
-        text << " " << name(source);
-      }
-      text << " order";
-      for (size_t i = 0; i < body.CurrentSourceCount; ++i) {
-        text << " " << int{body.CurrentSourceOrder[i]};
-      }
+      const UINT8 count = body.PossibleSourceCount;
+      const bool usual = BytesAt(&body.BootConfigType, 4) == Bytes{2, 3, 1, count} &&
+                         BytesAt(&body.CurrentBootConfigType, 2) == Bytes{2, 3};
+      text << "boot" << (usual ? "" : "?") << Listed<UINT16>(body.PossibleSourceNames, count, name) << " order"
+           << Listed(body.CurrentSourceOrder, body.CurrentSourceCount, number);
       break;
     }
     case AttributeType::Collection: {
       const auto& body = As<CollectionRecord>(record);
-      const bool usual = body.CollectionInfo[0] == (record.NameHandle & 0xFF) &&
-                         body.CollectionInfo[1] == record.NameHandle >> 8 && body.CollectionInfo[2] == 255 &&
-                         body.CollectionInfo[3] == 0;
-      text << "set" << (usual ? "" : "?");
-      for (const UINT16 item : Elements<UINT16>(body.Items, body.ItemCount)) {
-        text << " " << item;
-      }
+      const bool usual = BytesAt(body.CollectionInfo, 4) == Join(UINT16{record.NameHandle}, U8(255), U8(0));
+      text << "set" << (usual ? "" : "?") << Listed<UINT16>(body.Items, body.ItemCount, number);
       break;
     }
     default:
@@ -89,6 +93,41 @@ std::string Describe(const AttributeDatabase& database, const AttributeRecord& r
   return text.str();
 }
 
+void Furnish(FakeNotebook& notebook) {
+  FakeFormSet& setup = notebook.AddFormSet(u"System Setup");
+  setup.OneOf(300, u"BootMode", u"Boot Mode").Help(u"How the system starts.").Value(2);
+  notebook.QuestionOf(300).Option(1, u"Uefi", u"UEFI").Option(2, u"Legacy", u"Boot Mode");
+  setup.Checkbox(301, u"SecureBoot[ForceIf:BootMode=Uefi]", u"Secure Boot").Value(1);
+  setup.Numeric(1142, u"AutoOnHour", u"Hour").Bounds(0, 23).Value(7);
+  setup.String(9752, u"Asset", u"Asset Tag").Text("tag 1").Bounds(0, 64);
+  FakeFormSet& other = notebook.AddFormSet(u"Other");
+  other.Numeric(302, u"Volume", u"Volume").Bounds(0, 100000).Value(200, 2);
+  other.Checkbox(1568, u"Wake", u"Volume").Help(u"Has a switch.");
+  other.Checkbox(303, u"Mute", u"Volume").WithoutKeyword();
+  notebook.Defaults = {{300, 1}, {302, 100}};
+  notebook.BootOptions = {{1, true, u"Disk", FakeBootOption::Bbs(2)}, {0, false, u"Net", {}}};
+  notebook.Passwords = {{{PASSWORD_KIND_ADMIN, gVaroSystemPasswordsGuid}, 1}};
+  notebook.Cameras = {"CAM-A"};
+  notebook.PlatformStrings[0] = "tag 1";
+}
+
+Reading NotebookFixture::Read() const {
+  Bytes capture;
+  for (const Bytes& record : notebook.Records) {
+    Append(capture, record);
+  }
+  const corvane::inspect::Image image = corvane::inspect::DecodeImage(capture);
+  std::stringstream lines;
+  std::stringstream texts;
+  ShowAttributes(image, lines);
+  ShowTexts(image, corvane::inspect::Style(false), texts);
+  Reading reading{LinesOf(std::move(lines)), LinesOf(std::move(texts)), {}};
+  for (const corvane::inspect::Finding& finding : image.Findings.List()) {
+    reading.Findings.insert(finding.Code);
+  }
+  return reading;
+}
+
 Texts NotebookFixture::Attributes() {
   Texts texts;
   UINT16 slot = 0;
@@ -98,13 +137,7 @@ Texts NotebookFixture::Attributes() {
   return texts;
 }
 
-std::string NotebookFixture::Attribute(UINT16 handle) {
-  const AttributeRecord* const record = Database().AttributeAt(handle);
-  return record == nullptr ? "" : Describe(Database(), *record);
-}
-
-std::string NotebookFixture::ByToken(UINT32 token) {
-  const AttributeRecord* const record = Database().FindAttributeByToken(token);
+std::string NotebookFixture::Attribute(const AttributeRecord* record) {
   return record == nullptr ? "" : Describe(Database(), *record);
 }
 

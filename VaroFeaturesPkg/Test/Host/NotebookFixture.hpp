@@ -14,6 +14,7 @@
 #include "Host/TestBytes.hpp"
 #include "lifecycle/DriverState.hpp"
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::vector<std::string>;
@@ -22,6 +23,17 @@ using Texts = std::vector<std::string>;
 /// enum a=0|b=1 default,current; int lower..upper/step default,current; str min..max text; pw max installed;
 /// boot names order; set members.
 std::string Describe(const AttributeDatabase& database, const AttributeRecord& record);
+
+/// Gives a notebook something of every source: two form sets with every kind of question, colliding prompts, an
+/// annotation, a setting above a byte's range nowhere; passwords, a camera, boot options, platform strings.
+void Furnish(FakeNotebook& notebook);
+
+/// What a boot published, as the inspector reads it off the records.
+struct Reading {
+  std::set<std::string> Lines;  ///< one for each attribute, without its handle
+  std::set<std::string> Texts;  ///< display and help texts
+  std::set<std::string> Findings;
+};
 
 class NotebookFixture : public testing::Test {
  protected:
@@ -36,12 +48,14 @@ class NotebookFixture : public testing::Test {
     Gather();
   }
   static AttributeDatabase& Database() { return mState.Database; }
+  [[nodiscard]] Reading Read() const;
 
   /// All records, in handle order.
   static Texts Attributes();
-  static std::string Attribute(UINT16 handle);
-  /// The attribute of a token, or "".
-  static std::string ByToken(UINT32 token);
+  /// One record, or "".
+  static std::string Attribute(const AttributeRecord* record);
+  static std::string Attribute(UINT16 handle) { return Attribute(Database().AttributeAt(handle)); }
+  static std::string ByToken(UINT32 token) { return Attribute(Database().FindAttributeByToken(token)); }
   /// All strings of an array from handle 16 on.
   static Texts Strings(StringArray array);
 

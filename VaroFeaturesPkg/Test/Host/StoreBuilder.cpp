@@ -6,107 +6,76 @@
 **/
 #include "Host/StoreBuilder.hpp"
 
+#include "Host/TestBytes.hpp"
+
 namespace {
 
 template <typename T>
-T* CopyOf(const std::vector<T>& elements) {
-  T* const copy = AllocateZeroedArray<T>(elements.size()).release();
-  std::copy(elements.begin(), elements.end(), copy);
+PoolPtr<T[]> CopyOf(std::span<const T> elements) {
+  PoolPtr<T[]> copy = AllocateZeroedArray<T>(elements.size());
+  std::copy(elements.begin(), elements.end(), copy.get());
   return copy;
 }
 
 PoolPtr<CHAR16[]> CopyOf(std::u16string_view text) {
-  PoolPtr<CHAR16[]> copy = AllocateZeroedArray<CHAR16>(text.size() + 1);
-  std::copy(text.begin(), text.end(), copy.get());
-  return copy;
+  const Ucs2String terminated = Ucs2(text);
+  return CopyOf(std::span(terminated.c_str(), text.size() + 1));
 }
 
-template <typename T>
-T* Make() {
-  return MakeRecord<T>().release();
-}
+/// What a type's body holds before and behind the pointers to its arrays.
+struct Body {
+  Bytes Fixed{};
+  Bytes Tail{};
+};
 
-AttributeRecord* MakeBody(const RecordSpec& spec) {
+Body BodyOf(const RecordSpec& spec) {
   const auto count = static_cast<UINT8>(spec.Handles.size());
+  const auto current = static_cast<UINT8>(spec.Current);
+  const Bytes lengths = Join(spec.SubType, spec.MinLength, spec.MaxLength, spec.DefaultLength);
   switch (PLDM_BIOS_ATTRIBUTE_BASE_TYPE(spec.Type)) {
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION: {
-      auto* const record = Make<EnumerationRecord>();
-      record->PossibleValueCount = count;
-      record->PossibleValueNames = CopyOf(spec.Handles);
-      record->PossibleValues = CopyOf(spec.Values);
-      record->DefaultIndex = static_cast<UINT8>(spec.Default);
-      record->CurrentIndex = static_cast<UINT8>(spec.Current);
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_STRING: {
-      auto* const record = Make<StringRecord>();
-      record->StringType = spec.SubType;
-      record->MinLength = spec.MinLength;
-      record->MaxLength = spec.MaxLength;
-      record->DefaultLength = spec.DefaultLength;
-      if (spec.Text) {
-        record->CurrentString =
-            CopyOf(std::vector<CHAR8>(spec.Text->c_str(), spec.Text->c_str() + spec.Text->size() + 1));
-      }
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_PASSWORD: {
-      auto* const record = Make<PasswordRecord>();
-      record->PasswordType = spec.SubType;
-      record->MinLength = spec.MinLength;
-      record->MaxLength = spec.MaxLength;
-      record->DefaultLength = spec.DefaultLength;
-      record->PasswordInstalled = spec.Installed;
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_INTEGER: {
-      auto* const record = Make<IntegerRecord>();
-      record->LowerBound = spec.Lower;
-      record->UpperBound = spec.Upper;
-      record->ScalarIncrement = spec.Step;
-      record->DefaultValue = spec.Default;
-      record->CurrentValue = spec.Current;
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING: {
-      auto* const record = Make<BootConfigurationRecord>();
-      record->BootConfigType = record->CurrentBootConfigType = spec.SubType;
-      record->SupportedModes = record->CurrentMode = spec.Modes;
-      record->MinSourceCount = 1;
-      record->MaxSourceCount = record->PossibleSourceCount = count;
-      record->PossibleSourceNames = CopyOf(spec.Handles);
-      record->CurrentSourceCount = static_cast<UINT8>(spec.Order.size());
-      std::copy(spec.Order.begin(), spec.Order.end(), record->CurrentSourceOrder);
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_COLLECTION: {
-      auto* const record = Make<CollectionRecord>();
-      const UINT8 info[] = {static_cast<UINT8>(spec.Name), static_cast<UINT8>(spec.Name >> 8), 255, 0};
-      std::copy_n(info, sizeof(info), record->CollectionInfo);
-      record->ItemCount = count;
-      record->Items = CopyOf(spec.Handles);
-      return &record->Head;
-    }
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET: {
-      auto* const record = Make<ConfigurationSetRecord>();
-      record->ConfigCount = count;
-      record->ConfigNames = CopyOf(spec.Handles);
-      record->CurrentConfig = static_cast<UINT8>(spec.Current);
-      return &record->Head;
-    }
+    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
+      return {{count}, {static_cast<UINT8>(spec.Default), current}};
+    case PLDM_BIOS_ATTRIBUTE_STRING:
+      return {lengths};
+    case PLDM_BIOS_ATTRIBUTE_PASSWORD:
+      return {Join(lengths, spec.Installed)};
+    case PLDM_BIOS_ATTRIBUTE_INTEGER:
+      return {Join(spec.Lower, spec.Upper, spec.Step, spec.Default, spec.Current)};
+    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
+      return {{spec.SubType, spec.Modes, 1, count, count},
+              Join(spec.SubType, spec.Modes, static_cast<UINT8>(spec.Order.size()), spec.Order)};
+    case PLDM_BIOS_ATTRIBUTE_COLLECTION:
+      return {Join(spec.Name, UINT8{255}, UINT8{0}, count)};
     default:
-      return AllocateZeroed<AttributeRecord>().release();
+      return {{count}, {current}};
   }
 }
 
 }  // namespace
 
 AttributeRecord* Put(AttributeDatabase& database, const RecordSpec& spec) {
-  AttributeRecord* const record = MakeBody(spec);
-  record->Type = spec.Type;
-  record->NameHandle = spec.Name;
-  record->ValueSize = spec.ValueSize;
-  record->Token = spec.Token;
+  const AttributeRecord head{spec.Handle, spec.Type, spec.Name, spec.ValueSize, spec.Token};
+  RecordShape shape{};
+  shape.Size = sizeof(head);
+  if (HasKnownType(head)) {
+    shape = ShapeOf(head);
+  }
+  auto* const record = static_cast<AttributeRecord*>(AllocateZeroedBytes(shape.Size));
+  *record = head;
+  if (HasKnownType(head)) {
+    const Body body = BodyOf(spec);
+    std::copy(body.Fixed.begin(), body.Fixed.end(), reinterpret_cast<UINT8*>(record + 1));
+    std::copy(body.Tail.begin(), body.Tail.end(), reinterpret_cast<UINT8*>(record) + shape.TailBegin);
+  }
+  if (shape.Handles != 0) {
+    SetPointerAt(*record, shape.Handles, CopyOf(std::span(spec.Handles)).release());
+  }
+  if (shape.Values != 0) {
+    SetPointerAt(*record, shape.Values, CopyOf(std::span(spec.Values)).release());
+  }
+  if (shape.Text != 0 && spec.Text) {
+    SetPointerAt(*record, shape.Text, CopyOf(std::span(spec.Text->c_str(), spec.Text->size() + 1)).release());
+  }
   if (spec.Handle != 0 && spec.Handle < kFirstHandle) {
     database.PlaceAttribute(OwnedRecord<AttributeRecord>{record}, AttributeHandle{spec.Handle});
   } else {

@@ -42,5 +42,14 @@ AttributeRecord* Put(AttributeDatabase& database, const RecordSpec& spec);
 StringHandle PutText(AttributeDatabase& database, StringArray array, std::u16string_view text);
 void PutHelp(AttributeDatabase& database, UINT16 displayHandle, std::u16string_view text);
 
+/// Frees a store, which may be null, and all that it holds.
+inline void FreeStore(AttributeStore* store) {
+  for (size_t slot = 0; store != nullptr && slot < ATTRIBUTE_STORE_SLOT_COUNT; ++slot) {
+    const bool isRecord = slot < ATTRIBUTE_STORE_HANDLE_LIMIT;
+    isRecord ? FreeRecord(static_cast<AttributeRecord*>(store->Slots[slot])) : FreeBlock(store->Slots[slot]);
+  }
+  FreeBlock(store);
+}
+
 /// A text of the store, narrowed; it must be ASCII.
 std::string TextOf(const AttributeDatabase& database, StringArray array, UINT16 handle);

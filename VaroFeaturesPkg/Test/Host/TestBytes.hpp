@@ -6,9 +6,14 @@
 **/
 #pragma once
 
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string_view>
+#include <vector>
 
-#include "FakeUefi/FakeUefi.hpp"
+using Bytes = std::vector<std::uint8_t>;
 
 inline void Append(Bytes& bytes, std::string_view text) {
   bytes.insert(bytes.end(), text.begin(), text.end());
@@ -24,8 +29,8 @@ inline void Append(Bytes& bytes, const Bytes& more) {
 }
 template <std::unsigned_integral T>
 void Append(Bytes& bytes, T value) {
-  for (size_t i = 0; i < sizeof(T); ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(static_cast<UINT64>(value) >> (8 * i)));
+  for (std::size_t i = 0; i < sizeof(T); ++i) {
+    bytes.push_back(static_cast<std::uint8_t>(static_cast<std::uint64_t>(value) >> (8 * i)));
   }
 }
 
@@ -37,20 +42,12 @@ Bytes Join(const Parts&... parts) {
   return bytes;
 }
 
-inline UINT8 U8(unsigned value) {
-  return static_cast<UINT8>(value);
-}
-inline UINT16 U16(unsigned value) {
-  return static_cast<UINT16>(value);
-}
-inline UINT32 U32(UINT32 value) {
-  return value;
-}
-inline UINT64 U64(UINT64 value) {
-  return value;
-}
+constexpr auto U8 = [](std::size_t value) { return static_cast<std::uint8_t>(value); };
+constexpr auto U16 = [](std::size_t value) { return static_cast<std::uint16_t>(value); };
+constexpr auto U32 = [](std::size_t value) { return static_cast<std::uint32_t>(value); };
+constexpr auto U64 = [](std::size_t value) { return std::uint64_t{value}; };
 
-inline Bytes BytesAt(const void* address, size_t size) {
+inline Bytes BytesAt(const void* address, std::size_t size) {
   const auto* const first = static_cast<const std::uint8_t*>(address);
   return Bytes(first, first + size);
 }
@@ -59,8 +56,12 @@ inline std::span<const std::byte> Span(const Bytes& bytes) {
   return std::as_bytes(std::span(bytes));
 }
 
+inline std::span<std::byte> Writable(Bytes& bytes) {
+  return std::as_writable_bytes(std::span(bytes));
+}
+
 /// `bytes` from `from` on, without the last `tail`.
-inline Bytes Middle(const Bytes& bytes, size_t from, size_t tail) {
+inline Bytes Middle(const Bytes& bytes, std::size_t from, std::size_t tail) {
   return bytes.size() < from + tail ? Bytes()
                                     : Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
                                             bytes.end() - static_cast<std::ptrdiff_t>(tail));

@@ -2,7 +2,7 @@
   vector_check DIRECTORY: builds the store that a folder describes and compares what the driver makes of it with the
   folder's expected files, byte for byte.
 
-  DIRECTORY holds store.json, or folders that do. store.json is one object:
+  store.json stands in DIRECTORY or in folders below it. store.json is one object:
 
     names, displays, helps   texts by handle, as {"16": "text", ...}; names and displays without gaps from 16 on
     attributes               records in the order in which they enter the store, each with handle, type, name,
@@ -24,43 +24,27 @@
 **/
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <iterator>
+
 #include <nlohmann/json.hpp>
 
-#include "FakeUefi/FakeNotebook.hpp"
-#include "FakeUefi/ReferenceCompression.hpp"
-#include "Host/StoreBuilder.hpp"
-#include "database/Cache.hpp"
-#include "database/TableBuilder.hpp"
-#include "lifecycle/AttributeStream.hpp"
+#include "Host/DatabaseFixture.hpp"
 
 namespace {
 
+namespace fs = std::filesystem;
 using nlohmann::json;
 
 /// What the expected streams hold where nothing is written: the fill of a block that EDK II's DEBUG pool gave out.
 constexpr UINT8 kUnwritten = 0xAF;
-namespace fs = std::filesystem;
 
 Bytes ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
-/// BMP text of UTF-8.
-std::u16string Wide(const std::string& text) {
-  std::u16string wide;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto lead = static_cast<std::uint8_t>(text[i]);
-    const int more = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : 2;
-    int code = more == 0 ? lead : lead & (0x3F >> more);
-    for (int k = 0; k < more; ++k) {
-      code = code << 6 | (text[++i] & 0x3F);
-    }
-    wide += static_cast<char16_t>(code);
-  }
-  return wide;
+std::u16string Wide(const std::string& utf8) {
+  return fs::path(std::u8string(utf8.begin(), utf8.end())).u16string();
 }
 
 Bytes FromHex(const std::string& hex) {
@@ -71,160 +55,92 @@ Bytes FromHex(const std::string& hex) {
   return bytes;
 }
 
+/// Takes those of the fields, given as key and place in turn, that the entry has.
+template <typename Field, typename... More>
+void Take(const json& entry, const char* key, Field& field, More&... more) {
+  if (entry.contains(key)) {
+    entry.at(key).get_to(field);
+  }
+  if constexpr (sizeof...(more) != 0) {
+    Take(entry, more...);
+  }
+}
+
 RecordSpec SpecOf(const json& entry) {
   RecordSpec spec;
-  const auto take = [&](const char* key, auto& field) {
-    if (entry.contains(key)) {
-      entry.at(key).get_to(field);
-    }
-  };
-  take("handle", spec.Handle);
-  take("type", spec.Type);
-  take("name", spec.Name);
-  take("value_size", spec.ValueSize);
-  take("token", spec.Token);
-  for (const char* const key : {"value_names", "sources", "items", "configs"}) {
-    take(key, spec.Handles);
-  }
-  take("values", spec.Values);
-  take("default", spec.Default);
-  take("current", spec.Current);
-  take("lower", spec.Lower);
-  take("upper", spec.Upper);
-  take("step", spec.Step);
-  take("subtype", spec.SubType);
-  take("boot_type", spec.SubType);
-  take("min_length", spec.MinLength);
-  take("max_length", spec.MaxLength);
-  take("default_length", spec.DefaultLength);
-  take("installed", spec.Installed);
-  take("modes", spec.Modes);
+  Take(entry, "handle", spec.Handle, "type", spec.Type, "name", spec.Name, "value_size", spec.ValueSize, "token",
+       spec.Token, "value_names", spec.Handles, "sources", spec.Handles, "items", spec.Handles, "configs", spec.Handles,
+       "values", spec.Values, "default", spec.Default, "current", spec.Current, "lower", spec.Lower, "upper",
+       spec.Upper, "step", spec.Step, "subtype", spec.SubType, "boot_type", spec.SubType, "min_length", spec.MinLength,
+       "max_length", spec.MaxLength, "default_length", spec.DefaultLength, "installed", spec.Installed, "modes",
+       spec.Modes);
   if (entry.contains("text") && !entry["text"].is_null()) {
-    const Bytes text = FromHex(entry["text"].get<std::string>());
+    const Bytes text = FromHex(entry["text"]);
     spec.Text = std::string(text.begin(), text.end());
   }
   if (entry.contains("order")) {
-    spec.Order = FromHex(entry["order"].get<std::string>());
-    spec.Order.resize(entry["cur_count"].get<size_t>());
+    spec.Order = FromHex(entry["order"]);
+    spec.Order.resize(entry["cur_count"]);
   }
   return spec;
 }
 
-void PutTexts(AttributeDatabase& database, StringArray array, const json& texts) {
-  std::map<int, std::u16string> byHandle;
-  for (const auto& [handle, text] : texts.items()) {
-    byHandle[std::stoi(handle)] = Wide(text.get<std::string>());
-  }
-  for (const auto& [handle, text] : byHandle) {
-    if (array == StringArray::Help) {
-      PutHelp(database, static_cast<UINT16>(handle), text);
-    } else {
-      PutText(database, array, text);
-    }
-  }
-}
+class VectorCheck : public DatabaseFixture {
+ public:
+  explicit VectorCheck(fs::path folder) : folder_(std::move(folder)) {}
 
-int CheckFolder(const fs::path& folder) {
-  FakeUefi uefi;
-  const json store = json::parse(ReadFile(folder / "store.json"));
-  AttributeDatabase database;
-  if (EFI_ERROR(database.AllocateStore())) {
-    return 1;
-  }
-  PutTexts(database, StringArray::Names, store.at("names"));
-  PutTexts(database, StringArray::Display, store.at("displays"));
-  PutTexts(database, StringArray::Help, store.at("helps"));
-  for (const json& entry : store.at("attributes")) {
-    Put(database, SpecOf(entry));
-  }
-
-  std::map<std::string, Bytes> made;
-  std::array<TableDescriptor, TABLE_DESCRIPTOR_COUNT> descriptors{};
-  TableWriter writer{descriptors.data()};
-  ValueEntries values{nullptr, false};
-  TableBuilder(database, writer, values).BuildTables();
-  const auto table = [&](size_t index) {
-    const auto* const data = reinterpret_cast<const std::uint8_t*>(UINTN{descriptors[index].Data});
-    return Bytes(data, data + descriptors[index].Limit);
-  };
-  made["string.table"] = table(TABLE_STRINGS);
-  made["attribute.table"] = table(TABLE_ATTRIBUTES);
-  made["value.table"] = table(TABLE_VALUES);
-  made["display.table"] = table(TABLE_DISPLAY);
-  made["help.table"] = table(TABLE_HELP);
-
-  Bytes& stream = made["attributes.stream"];
-  stream.resize(AttributeStreamSize(database), kUnwritten);
-  EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
-
-  const FirmwareVersionData version{"1"};
-  FirmwareVersionProtocol versionProtocol{&version};
-  uefi.Install(gVaroFirmwareVersionProtocolGuid, &versionProtocol);
-  if (EFI_ERROR(WriteCache(database))) {
-    std::cout << folder.string() << ": the cache could not be written\n";
-    return 1;
-  }
-  const auto variable = [&](std::u16string_view name) {
-    return uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}].Data;
-  };
-  made["counts.bin"] = variable(u"" ATTRIBUTE_CACHE_COUNTERS);
-  made["PldmString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_NAMES));
-  made["DispString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_DISPLAY_STRINGS));
-  made["HelpString.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_HELP_STRINGS));
-  made["AttributesData.list"] = ReferenceDecompress(variable(u"" ATTRIBUTE_CACHE_ATTRIBUTES_DATA));
-
-  int compared = 0;
-  int wrong = 0;
-  for (const auto& [name, bytes] : made) {
-    if (!fs::exists(folder / name)) {
-      continue;
-    }
-    const Bytes expected = ReadFile(folder / name);
-    ++compared;
-    if (bytes == expected) {
-      continue;
-    }
-    ++wrong;
-    std::cout << folder.string() << ": " << name << ": " << bytes.size() << " bytes made, " << expected.size()
-              << " expected; different:";
-    int shown = 0;
-    for (size_t i = 0; i < std::min(bytes.size(), expected.size()) && shown < 8; ++i) {
-      if (bytes[i] != expected[i]) {
-        std::cout << " byte " << i << " is " << int{bytes[i]} << " not " << int{expected[i]} << ",";
-        ++shown;
+ private:
+  void TestBody() override {
+    const json store = json::parse(ReadFile(folder_ / "store.json"));
+    for (const auto& [array, key] : {std::pair(StringArray::Names, "names"), {StringArray::Display, "displays"}}) {
+      for (int handle = kFirstHandle; store[key].contains(std::to_string(handle)); ++handle) {
+        PutText(database, array, Wide(store[key][std::to_string(handle)]));
       }
     }
-    std::cout << "\n";
+    for (const auto& [handle, text] : store["helps"].items()) {
+      PutHelp(database, U16(std::stoul(handle)), Wide(text));
+    }
+    for (const json& entry : store["attributes"]) {
+      Put(database, SpecOf(entry));
+    }
+    BuildTables();
+    WriteOut();
+    std::map<std::string, Bytes> made = {
+        {"string.table", Table(TABLE_STRINGS)},     {"attribute.table", Table(TABLE_ATTRIBUTES)},
+        {"value.table", Table(TABLE_VALUES)},       {"display.table", Table(TABLE_DISPLAY)},
+        {"help.table", Table(TABLE_HELP)},          {"attributes.stream", Stream(kUnwritten)},
+        {"counts.bin", Cached(u"AttributesCount")},
+    };
+    for (const std::string list : {"PldmString", "DispString", "HelpString", "AttributesData"}) {
+      made[list + ".list"] = ReferenceDecompress(Cached(Wide(list)));
+    }
+    int compared = 0;
+    for (const auto& [name, bytes] : made) {
+      if (fs::exists(folder_ / name)) {
+        ++compared;
+        EXPECT_EQ(bytes, ReadFile(folder_ / name)) << name;
+      }
+    }
+    EXPECT_NE(compared, 0);
+    std::printf("%s: %d files compared\n", folder_.c_str(), compared);
   }
-  std::cout << folder.string() << ": " << compared - wrong << " of " << compared << " files equal\n";
-  return wrong == 0 && compared != 0 ? 0 : 1;
-}
+
+  fs::path folder_;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
   if (argc != 2) {
-    std::cerr << "usage: vector_check DIRECTORY\n";
+    std::fprintf(stderr, "usage: vector_check DIRECTORY\n");
     return 2;
   }
-  const fs::path root = argv[1];
-  std::vector<fs::path> folders;
-  if (fs::exists(root / "store.json")) {
-    folders.push_back(root);
-  } else if (fs::is_directory(root)) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(root)) {
-      if (fs::exists(entry.path() / "store.json")) {
-        folders.push_back(entry.path());
-      }
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(argv[1])) {
+    if (const fs::path folder = entry.path().parent_path(); entry.path().filename() == "store.json") {
+      testing::RegisterTest("VectorCheck", folder.c_str(), nullptr, nullptr, __FILE__, __LINE__,
+                            [folder]() -> VectorCheck* { return new VectorCheck(folder); });
     }
   }
-  if (folders.empty()) {
-    std::cerr << "vector_check: no store.json under " << root.string() << "\n";
-    return 1;
-  }
-  int failed = 0;
-  for (const fs::path& folder : folders) {
-    failed |= CheckFolder(folder);
-  }
-  return failed;
+  return testing::UnitTest::GetInstance()->total_test_count() == 0 ? 1 : RUN_ALL_TESTS();
 }

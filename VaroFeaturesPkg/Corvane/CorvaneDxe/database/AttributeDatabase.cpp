@@ -151,6 +151,7 @@ DisplayText AttributeDatabase::GetDisplayString(StringHandle handle) const {
   }
   PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(StringLength(text) + 1);
   if (!cleaned) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" keeps its stars: out of memory\n", stored));
     return {stored, nullptr};
   }
   CleanString(cleaned.get(), text);

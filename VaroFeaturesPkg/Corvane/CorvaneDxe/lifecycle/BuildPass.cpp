@@ -81,7 +81,12 @@ void GatherPlatformAttributes(DriverState& state) {
 EFI_STATUS PublishOnce(DriverState& state) {
   void* signal = nullptr;
   const EFI_STATUS status = LocateProtocol(gVaroTablesRequestedProtocolGuid, signal);
-  if (EFI_ERROR(status) || state.Published != nullptr || state.PublishInProgress) {
+  if (EFI_ERROR(status)) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroTablesRequestedProtocolGuid cannot be looked up: %r: nothing is published\n",
+           status));
+    return status;
+  }
+  if (state.Published != nullptr || state.PublishInProgress) {
     return status;
   }
   state.PublishInProgress = true;
@@ -91,6 +96,8 @@ EFI_STATUS PublishOnce(DriverState& state) {
   const bool restored = !rebuild && !state.RebuiltByFormSets;
   if (restored) {
     RestoreCache(state.Database);
+  } else if (!state.RebuiltByFormSets) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: the cache was valid and is no more: its attributes are not published\n"));
   }
   BuildPasswords(state.Database, state.Settings, state.OwnerPassword);
   BootConfigurationState bootConfiguration{};

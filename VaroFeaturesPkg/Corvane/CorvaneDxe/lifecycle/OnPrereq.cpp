@@ -30,6 +30,8 @@ bool IsInstalledOnce(EFI_GUID* guid) {
   const EFI_STATUS status = gBS->LocateHandle(ByProtocol, guid, nullptr, &size, &handle);
   if (status == EFI_BUFFER_TOO_SMALL) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: %g is installed on more than one handle: the wait for it does not end\n", guid));
+  } else if (EFI_ERROR(status) && status != EFI_NOT_FOUND) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: %g cannot be looked up: %r: the wait for it goes on\n", guid, status));
   }
   return status == EFI_SUCCESS;
 }

@@ -75,6 +75,7 @@ EFI_STATUS HiiStrings::Read(EFI_HII_HANDLE package, EFI_STRING_ID id, const CHAR
     const UINTN room = 2 * size;  // the next longer text then usually fits as well
     text_ = AllocateZeroedArray<CHAR16>(room / sizeof(CHAR16) + 1);
     if (!text_) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: HII string %d in \"%a\" not read: out of memory\n", id, language));
       return EFI_OUT_OF_RESOURCES;
     }
     textSize_ = room;

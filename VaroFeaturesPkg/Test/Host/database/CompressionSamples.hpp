@@ -1,5 +1,5 @@
 /** @file
-  Things to compress: the same on every run.
+  The driver's encoder and decoder on whole blocks, and things to compress: the same on every run.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -10,6 +10,33 @@
 #include <random>
 
 #include "Host/TestBytes.hpp"
+#include "database/Compressor.hpp"
+#include "database/Decompressor.hpp"
+
+/// The driver's stream, asked for in two calls; empty when it fails.
+inline Bytes DriverCompress(const Bytes& source) {
+  UINT32 size = 0;
+  Bytes stream;
+  if (Compress(Span(source), nullptr, size) == EFI_BUFFER_TOO_SMALL) {
+    stream.resize(size);
+    const bool done = Compress(Span(source), Writable(stream).data(), size) == EFI_SUCCESS && size == stream.size();
+    stream.resize(done ? size : 0);
+  }
+  return stream;
+}
+
+/// The status and what the driver makes of a stream.
+inline std::pair<EFI_STATUS, Bytes> DriverDecompress(const Bytes& stream) {
+  UINT32 size = 0;
+  UINT32 scratchSize = 0;
+  if (DecompressGetInfo(Span(stream), size, scratchSize) != EFI_SUCCESS) {
+    return {EFI_INVALID_PARAMETER, {}};
+  }
+  Bytes output(size);
+  Bytes scratch(scratchSize, 0xA5);  // what it holds is no matter
+  const EFI_STATUS status = Decompress(Span(stream), Writable(output), Writable(scratch));
+  return {status, output};
+}
 
 /// A string list like a notebook's help texts: handle, length, UCS-2 text. As in a language, few of the words are
 /// common.

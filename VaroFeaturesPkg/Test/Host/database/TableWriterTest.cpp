@@ -13,44 +13,26 @@ class TableWriterTest : public DatabaseFixture {
   TableWriterTest() { writer.InitTableDescriptors(); }
 };
 
-TEST_F(TableWriterTest, InitPreparesTheBuiltTablesAndNoOthers) {
-  const std::map<size_t, UINT16> capacities = {{0, 7680}, {1, 3072}, {2, 2048}, {9, 10240}, {10, 65535}};
-  for (size_t i = 0; i < TABLE_DESCRIPTOR_COUNT; ++i) {
-    const auto capacity = capacities.find(i);
-    const Bytes expected = capacity == capacities.end()
-                               ? Bytes(28)
-                               : Join(U64(0), U8(static_cast<unsigned>(i)), U32(static_cast<UINT32>(i)),
-                                      U16(capacity->second - 4U), capacity->second, Bytes(11));
-    EXPECT_EQ(BytesAt(&descriptors[i], sizeof(TableDescriptor)), expected) << i;
-  }
-}
-
 TEST_F(TableWriterTest, SealingPadsToFourAndAppendsTheCrc) {
-  struct Row {
-    Bytes Entries;
-    Bytes Sealed;
-    UINT8 Pad;
-    UINT32 Crc;
-  };
-  const Row rows[] = {
+  const std::tuple<Bytes, Bytes, UINT8, UINT32> rows[] = {
       // CRC-32 values as zlib gives them.
       {{}, {0, 0, 0, 0}, 0, 0},
       {{0x10, 0, 1, 0, 'A'}, {0x10, 0, 1, 0, 'A', 0, 0, 0, 0xBF, 0x02, 0x6D, 0xF1}, 3, 0xF16D02BF},
       {{1, 2, 3, 4}, {1, 2, 3, 4, 0xCD, 0xFB, 0x3C, 0xB6}, 0, 0xB63CFBCD},
   };
-  for (const Row& row : rows) {
+  for (const auto& [entries, sealed, pad, crc] : rows) {
     writer.InitTableDescriptors();
     const size_t blocks = uefi.LivePoolBlocks();
     ASSERT_EQ(writer.AllocateTable(TABLE_STRINGS), EFI_SUCCESS);
     EXPECT_EQ(writer.AllocateTable(TABLE_STRINGS), EFI_INVALID_PARAMETER);
-    ASSERT_EQ(writer.AppendTableBytes(TABLE_STRINGS, Span(row.Entries)), EFI_SUCCESS);
+    ASSERT_EQ(writer.AppendTableBytes(TABLE_STRINGS, Span(entries)), EFI_SUCCESS);
     ASSERT_EQ(writer.CountTableEntry(TABLE_STRINGS), EFI_SUCCESS);
     ASSERT_EQ(writer.FinishTable(TABLE_STRINGS), EFI_SUCCESS);
-    EXPECT_EQ(Table(TABLE_STRINGS), row.Sealed);
+    EXPECT_EQ(Table(TABLE_STRINGS), sealed);
     const TableDescriptor& table = descriptors[TABLE_STRINGS];
-    EXPECT_EQ(BytesAt(&table.Limit, 15), Join(U16(static_cast<unsigned>(row.Sealed.size())), U16(7680), U16(0), U16(1),
-                                              row.Crc, row.Pad, U8(1), U8(0)));
-    EXPECT_EQ(uefi.PoolBlockSize(reinterpret_cast<const void*>(UINTN{table.Data})), row.Sealed.size());
+    EXPECT_EQ(BytesAt(&table.Limit, 15),
+              Join(U16(static_cast<unsigned>(sealed.size())), U16(7680), U16(0), U16(1), crc, pad, U8(1), U8(0)));
+    EXPECT_EQ(uefi.PoolBlocks().at(reinterpret_cast<const void*>(UINTN{table.Data})), sealed.size());
     EXPECT_EQ(uefi.LivePoolBlocks(), blocks + 1);  // the building buffer went back
 
     // Locked.
@@ -75,17 +57,16 @@ TEST_F(TableWriterTest, AppendsGoUpToTheCapacityAndNotBeyond) {
   EXPECT_EQ(Table(TABLE_VALUES), Join(Bytes(2045, 7), Bytes(3, 9)));
 }
 
-TEST_F(TableWriterTest, WithoutMemoryATableIsEmptyOrStaysWhereItWasBuilt) {
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(writer.AllocateTable(TABLE_HELP), EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(descriptors[TABLE_HELP].Data, 0U);
-  EXPECT_EQ(descriptors[TABLE_HELP].Limit, 0U);
-  EXPECT_EQ(writer.AppendTableBytes(TABLE_HELP, Span({1})), EFI_INVALID_PARAMETER);
-
-  ASSERT_EQ(writer.AllocateTable(TABLE_STRINGS), EFI_SUCCESS);
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(writer.FinishTable(TABLE_STRINGS), EFI_SUCCESS);
-  EXPECT_EQ(Table(TABLE_STRINGS), Bytes(4));
+TEST_F(TableWriterTest, NothingIsWrittenWithoutATable) {
+  for (TableWriter missing : {writer, TableWriter(nullptr)}) {  // not allocated; no tables at all
+    EXPECT_EQ(missing.AppendTableBytes(TABLE_STRINGS, Span({1})), EFI_INVALID_PARAMETER);
+    EXPECT_EQ(missing.CountTableEntry(TABLE_STRINGS), EFI_INVALID_PARAMETER);
+    EXPECT_EQ(missing.FinishTable(TABLE_STRINGS), EFI_INVALID_PARAMETER);
+    EXPECT_EQ(missing.Room(TABLE_STRINGS), 0U);
+  }
+  TableWriter missing(nullptr);
+  missing.InitTableDescriptors();
+  EXPECT_EQ(missing.AllocateTable(TABLE_STRINGS), EFI_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -11,14 +11,8 @@ namespace {
 using EntryPointTest = NotebookFixture;
 
 TEST_F(EntryPointTest, MissingProtocols) {
-  struct Row {
-    EFI_GUID Guid;
-    EFI_STATUS Status;
-    bool Published;
-    const char* Message;  ///< the one warning about it
-  };
   const EFI_STATUS missing = EFI_NOT_FOUND;
-  const Row rows[] = {
+  const std::tuple<EFI_GUID, EFI_STATUS, bool, const char*> rows[] = {
       {gEfiHiiDatabaseProtocolGuid, missing, false, "gEfiHiiDatabaseProtocolGuid"},
       {gVaroSettingsProtocolGuid, missing, false, "gVaroSettingsProtocolGuid"},
       {gVaroFormBrowserDataProtocolGuid, missing, false, "gVaroFormBrowserDataProtocolGuid"},
@@ -34,19 +28,24 @@ TEST_F(EntryPointTest, MissingProtocols) {
       {gVaroSettingDefaultsProtocolGuid, EFI_SUCCESS, true, nullptr},
   };
   notebook.AddFormSet(u"Setup").Checkbox(300, u"K", u"P");
-  for (const Row& row : rows) {
-    notebook.Uefi.Variables.clear();
-    notebook.Reboot();
-    notebook.Absent = {row.Guid};
-    EXPECT_EQ(notebook.Boot(), row.Status) << row.Message;
-    EXPECT_EQ(notebook.Published() != nullptr, row.Published) << row.Message;
-    EXPECT_EQ(notebook.Records.size(), row.Published ? 8U : 0U);
-    if (row.Message != nullptr && *row.Message != 0) {
-      EXPECT_EQ(notebook.Uefi.Warnings(row.Message), 1U) << row.Message;
-    }
-    if (!row.Published) {  // nothing waits, so nothing happens later
-      EXPECT_EQ(notebook.Uefi.Warnings(), 1U);
-      EXPECT_EQ(notebook.FormSetsParsed, 0U);
+  for (const auto& [guid, status, published, message] : rows) {
+    for (const bool signal : {false, true}) {  // installed without an interface is as good as missing
+      notebook.Uefi.Variables.clear();
+      notebook.Reboot();
+      notebook.Absent = {guid};
+      if (signal) {
+        notebook.Uefi.Install(guid, nullptr);
+      }
+      EXPECT_EQ(notebook.Boot(), status) << message;
+      EXPECT_EQ(notebook.Published() != nullptr, published) << message;
+      EXPECT_EQ(notebook.Records.size(), published ? 8U : 0U);
+      if (message != nullptr && *message != 0) {
+        EXPECT_EQ(notebook.Uefi.Warnings(message), 1U) << message;
+      }
+      if (!published) {  // nothing waits, so nothing happens later
+        EXPECT_EQ(notebook.Uefi.Warnings(), 1U);
+        EXPECT_EQ(notebook.FormSetsParsed, 0U);
+      }
     }
   }
 }
@@ -58,28 +57,12 @@ TEST_F(EntryPointTest, AWarningAboutTheTransportPublishesWithoutSending) {
   EXPECT_THAT(notebook.Records, IsEmpty());
 }
 
-TEST_F(EntryPointTest, WithoutMemoryForTheDescriptorsNothingStarts) {
-  notebook.Uefi.Fail(Service::Allocation, 2, EFI_OUT_OF_RESOURCES);  // the first are the reserved pages
-  EXPECT_EQ(notebook.Boot(), EFI_OUT_OF_RESOURCES);
-  EXPECT_EQ(notebook.Published(), nullptr);
-  EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), 0U);
-}
-
 TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
   notebook.InstallProtocols();
   notebook.SignalTablesRequested();
   notebook.SignalFormSetsUpdated();
   notebook.Start();
   EXPECT_EQ(notebook.Records.size(), 8U);
-}
-
-TEST_F(EntryPointTest, ASignalOnTwoHandlesIsNone) {
-  notebook.InstallProtocols();
-  notebook.SignalFormSetsUpdated();
-  notebook.SignalFormSetsUpdated();
-  notebook.Start();
-  notebook.SignalTablesRequested();
-  EXPECT_EQ(Database().Store(), nullptr);
 }
 
 TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
@@ -89,19 +72,12 @@ TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
   EXPECT_THAT(notebook.ModesAsked, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 255, 0));
   EXPECT_NE(ByToken(3633), "");
   EXPECT_EQ(notebook.SettingsRead.front(), (std::pair<UINT32, UINT64>{0x2618, 8}));
-  notebook.Failing[gVaroModeQueryProtocolGuid] = EFI_DEVICE_ERROR;
-  GatherAnew();
-  EXPECT_EQ(ByToken(3633), "");
-}
-
-TEST_F(EntryPointTest, FormSetsThatCannotBeListedEndTheBoot) {
-  notebook.ListStatus = EFI_DEVICE_ERROR;
-  notebook.Boot();
-  EXPECT_EQ(notebook.Published(), nullptr);
-  EXPECT_EQ(Database().GetAttributeCount(), 0U);
   EXPECT_THAT(notebook.Uefi.Measurements,
               ElementsAre("start CallbackOnAllFormSetsUpdated CRV2", "start BuildBiosAttributesData CRV2",
                           "end BuildBiosAttributesData CRV2", "end CallbackOnAllFormSetsUpdated CRV2"));
+  notebook.Failing[gVaroModeQueryProtocolGuid] = EFI_DEVICE_ERROR;
+  GatherAnew();
+  EXPECT_EQ(ByToken(3633), "");
 }
 
 }  // namespace

@@ -43,7 +43,6 @@ TEST_F(OnPrereqTest, RunsOnceWhenAllAreThere) {
   const PrereqRecord* const record = Register({&kOne, &kTwo});
   uefi.Install(kTwo, nullptr);
   EXPECT_EQ(gRuns, 0);
-  EXPECT_EQ(record->FoundCount, 1U);
   uefi.Install(kOne, nullptr);
   EXPECT_EQ(gRuns, 1);
   EXPECT_EQ(gTpl, UINTN{TPL_CALLBACK});
@@ -61,15 +60,6 @@ TEST_F(OnPrereqTest, SeesWhatIsThereAlreadyAndNotWhatIsThereTwice) {
   uefi.Install(kOne, nullptr);
   EXPECT_EQ(gRuns, 1);
   EXPECT_EQ(uefi.Warnings("more than one handle"), 2U);
-}
-
-TEST_F(OnPrereqTest, TwoInstallationsBeforeTheNotificationAreTwo) {
-  Register({&kOne});
-  const EFI_TPL old = gBS->RaiseTPL(TPL_NOTIFY);
-  uefi.Install(kOne, nullptr);
-  uefi.Install(kOne, nullptr);
-  gBS->RestoreTPL(old);
-  EXPECT_EQ(gRuns, 0);
 }
 
 TEST_F(OnPrereqTest, OneSuccessSatisfiesAGroup) {
@@ -106,19 +96,6 @@ TEST_F(OnPrereqTest, ARecordWithoutItsSignatureIsLeftAlone) {
   EXPECT_EQ(gRuns, 0);
   EXPECT_EQ(Register({&kOne}, member), member);
   EXPECT_NONFATAL_FAILURE(uefi.Install(kOne, nullptr), "OnPrereqDxe(107): CR has Bad Signature");
-}
-
-TEST_F(OnPrereqTest, AWaitThatCannotBeSetUpLeavesNothing) {
-  for (const auto& [service, calls] : {std::pair(Service::Allocation, 2), std::pair(Service::Registration, 3)}) {
-    for (int nth = 1; nth <= calls; ++nth) {
-      uefi.Fail(service, static_cast<size_t>(nth), EFI_OUT_OF_RESOURCES);
-      EXPECT_EQ(Register({&kOne, &kTwo}), nullptr);
-      EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
-    }
-  }
-  uefi.Install(kOne, nullptr);
-  uefi.Install(kTwo, nullptr);
-  EXPECT_EQ(gRuns, 0);
 }
 
 }  // namespace

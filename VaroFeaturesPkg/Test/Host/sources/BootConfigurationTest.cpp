@@ -21,11 +21,7 @@ class BootConfigurationTest : public NotebookFixture {
 TEST_F(BootConfigurationTest, SourcesAreNamedAndOrderedByPriority) {
   const Bytes end = {0x7F, 0xFF, 4, 0};
   const auto bbs = FakeBootOption::Bbs;
-  struct Row {
-    std::vector<FakeBootOption> Options;
-    std::string Attribute;
-  };
-  const Row rows[] = {
+  const std::pair<std::vector<FakeBootOption>, std::string> rows[] = {
       {{}, "boot order"},
       {{{2, true, u"usb", bbs(5)}, {1, false, u"net", bbs(6)}, {0, true, u"disk", bbs(2)}},
        "boot Varo:HDD:0001 Varo:NIC:0002 Varo:USB:0003 order 2 0"},
@@ -47,12 +43,12 @@ TEST_F(BootConfigurationTest, SourcesAreNamedAndOrderedByPriority) {
        "boot Varo:first:0001 Varo:b:0002 Varo:c:0003 Varo:last:0004 order 3 1 2"},
       {{{0, true, u"", {}}}, "boot Varo::0001 order 0"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(Boot(row.Options), "6 System boot configuration #0/0 " + row.Attribute);
+  for (const auto& [options, attribute] : rows) {
+    EXPECT_EQ(Boot(options), "6 System boot configuration #0/0 " + attribute);
     const BootConfigurationState& state = *notebook.Published()->BootConfiguration;
-    ASSERT_EQ(state.OptionCount, row.Options.size());
+    ASSERT_EQ(state.OptionCount, options.size());
     for (size_t i = 0; i < state.OptionCount; ++i) {
-      const FakeBootOption& option = row.Options[i];
+      const FakeBootOption& option = options[i];
       const BootOptionView& view = state.Options[i];
       EXPECT_EQ(view.Attributes, option.Active ? 1U : 0U);
       EXPECT_EQ(BytesAt(view.DevicePath, view.DevicePathLength), option.DevicePath);
@@ -61,6 +57,11 @@ TEST_F(BootConfigurationTest, SourcesAreNamedAndOrderedByPriority) {
                 option.Description == u"g" || option.Description == u"h" || option.Description == u"i" ? 0 : 1);
     }
   }
+}
+
+TEST_F(BootConfigurationTest, ADescriptionEndsAtAWholeCharacter) {
+  Boot({{0, true, u"\u4E00x", {}}});
+  EXPECT_THAT(Strings(StringArray::Names), Contains(std::string("Varo:\0x:0001", 12)));
 }
 
 TEST_F(BootConfigurationTest, SixteenOptionsFit) {
@@ -82,12 +83,6 @@ TEST_F(BootConfigurationTest, ABlockThatEndsEarlyIsRefused) {
     ASSERT_NE(notebook.Published(), nullptr);
     EXPECT_EQ(notebook.Published()->BootConfiguration->OptionCount, 0);
   }
-  notebook.BootBlockCut = 0;
-  notebook.Failing[gVaroBootOptionSourceProtocolGuid] = EFI_DEVICE_ERROR;
-  EXPECT_EQ(Boot(options), "");
-  notebook.Absent.insert(gVaroBootOptionSourceProtocolGuid);
-  EXPECT_EQ(Boot(options), "");
-  EXPECT_NE(notebook.Published(), nullptr);
 }
 
 }  // namespace

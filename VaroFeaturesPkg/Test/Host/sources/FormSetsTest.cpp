@@ -57,86 +57,72 @@ TEST_F(FormSetsTest, IdentifiersWithASpecialMeaning) {
   struct Row {
     UINT32 Identifier;
     std::u16string Keyword;
-    std::string Attribute;
-    std::string Display;
+    std::string Name;
+    std::string Attribute = "/4 enum Disabled=0|Enabled=1 0,0";
+    UINT8 Opcode = EFI_IFR_CHECKBOX_OP;
+    bool Switch = false;
   };
-  const std::string plain = "enum Disabled=0|Enabled=1 0,0";
+  const std::string plain = Row().Attribute;
+  const UINT8 numeric = EFI_IFR_NUMERIC_OP;
   const Row rows[] = {
-      {1248, u"Sunday", "Sunday #1248/1 " + plain, "P"},
-      {1249, u"Sunday", "Auto On Sunday #1249/1 " + plain, "P"},
-      {1252, u"Wednesday", "Auto On Wednesday #1252/1 " + plain, "P"},
-      {1252, u"Monday", "Monday #1252/1 " + plain, "P"},
-      {1255, u"Saturday", "Auto On Saturday #1255/1 " + plain, "P"},
-      {1256, u"Saturday", "Saturday #1256/1 " + plain, "P"},
-      {1163, u"", "Boot List #1163/1 " + plain, "P"},
-      {1163, u"Given", "Given #1163/1 " + plain, "P"},
-      {1568, u"K", "K #1568/1 " + plain, "P Switch"},
-      {1569, u"K", "K #1569/1 " + plain, "P Switch"},
-      {1578, u"K", "K #1578/1 " + plain, "P Switch"},
-      {1655, u"K", "K #1655/1 " + plain, "P Switch"},
-      {1656, u"K", "K #1656/1 " + plain, "P Switch"},
-      {1657, u"K", "K #1657/1 " + plain, "P"},
-      {1414, u"K", "K #1414/1 enum Disabled=0|Enabled[ForceIf:BiosRcvrFrmHdd=Enabled]=1 0,0", "P"},
-      {1137, u"K",
-       "K #1137/1 enum Disabled[ForceIf:TpmSecurity=Disabled][ForceIf:Virtualization=Disabled]"
-       "[ForceIf:VtForDirectIo=Disabled][ForceIfNot:CpuCore=CoresAll]=0|Enabled=1 0,0",
-       "P"},
-      {1052, u"K", "K #1052/1 enum Disabled[ForceIf:SecureBoot=Enabled]=0|Enabled=1 0,0", "P"},
-      {0x955D, u"K", "K! #38237/1 " + plain, "P"},
+      {1248, u"Sunday", "Sunday"},
+      {1249, u"Sunday", "Auto On Sunday"},
+      {1252, u"Wednesday", "Auto On Wednesday"},
+      {1252, u"Monday", "Monday"},
+      {1255, u"Saturday", "Auto On Saturday"},
+      {1256, u"Saturday", "Saturday"},
+      {1163, u"", "Boot List"},
+      {1163, u"Given", "Given"},
+      {1568, u"K", "K", plain, EFI_IFR_CHECKBOX_OP, true},
+      {1569, u"K", "K", plain, EFI_IFR_CHECKBOX_OP, true},
+      {1578, u"K", "K", plain, EFI_IFR_CHECKBOX_OP, true},
+      {1655, u"K", "K", plain, EFI_IFR_CHECKBOX_OP, true},
+      {1656, u"K", "K", plain, EFI_IFR_CHECKBOX_OP, true},
+      {1657, u"K", "K"},
+      {1414, u"K", "K", "/4 enum Disabled=0|Enabled[ForceIf:BiosRcvrFrmHdd=Enabled]=1 0,0"},
+      {1137, u"K", "K",
+       "/4 enum Disabled[ForceIf:TpmSecurity=Disabled][ForceIf:Virtualization=Disabled]"
+       "[ForceIf:VtForDirectIo=Disabled][ForceIfNot:CpuCore=CoresAll]=0|Enabled=1 0,0"},
+      {1052, u"K", "K", "/4 enum Disabled[ForceIf:SecureBoot=Enabled]=0|Enabled=1 0,0"},
+      {38237, u"K", "K!"},
+      {1809, u"K", "K", "/4 int 50..95/5 0,0", numeric},
+      {1812, u"K", "K", "/4 int 50..95/5 0,0", numeric},
+      {1810, u"K", "K", "/1 int 55..100/5 0,0", numeric},
+      {1813, u"K", "K", "/1 int 55..100/5 0,0", numeric},
+      {1142, u"K", "K", "/4 int 0..23/5 0,0", numeric},
+      {1811, u"K", "K", "/4 int 1..9/5 0,0", numeric},
   };
   for (const Row& row : rows) {
-    notebook.FactoryMode = row.Identifier == 0x955D;
+    notebook.FactoryMode = row.Identifier == 38237;
     setup.Questions.clear();
-    setup.Checkbox(row.Identifier, row.Keyword, u"P");
+    setup.Question(row.Opcode, row.Identifier, row.Keyword, u"P").Bounds(1, 9, 5).Value(0, 4);
     GatherAnew();
-    EXPECT_EQ(Attribute(16), "16 " + row.Attribute);
-    EXPECT_EQ(Strings(StringArray::Display).front(), row.Display);
-    // The two values' texts are those of their names, annotations included.
-    const auto& body = As<EnumerationRecord>(*Database().AttributeAt(16));
-    EXPECT_EQ(Strings(StringArray::Display).at(1), TextOf(Database(), StringArray::Names, body.PossibleValueNames[0]));
+    EXPECT_EQ(Attribute(16), "16 " + row.Name + " #" + std::to_string(row.Identifier) + row.Attribute);
+    EXPECT_EQ(Strings(StringArray::Display).front(), row.Switch ? "P Switch" : "P");
+    if (row.Opcode != numeric) {  // the two values' texts are those of their names, annotations included
+      const auto& body = As<EnumerationRecord>(*Database().AttributeAt(16));
+      EXPECT_EQ(Strings(StringArray::Display).at(1),
+                TextOf(Database(), StringArray::Names, body.PossibleValueNames[0]));
+    }
   }
-}
-
-TEST_F(FormSetsTest, NumericsWithFixedBounds) {
-  struct Row {
-    UINT32 Identifier;
-    std::string Attribute;
-  };
-  for (const Row& row : {Row{1809, "/4 int 50..95/5 0,0"},
-                         {1812, "/4 int 50..95/5 0,0"},
-                         {1810, "/1 int 55..100/5 0,0"},
-                         {1813, "/1 int 55..100/5 0,0"},
-                         {1142, "/4 int 0..23/5 0,0"},
-                         {1811, "/4 int 1..9/5 0,0"}}) {
-    setup.Questions.clear();
-    setup.Numeric(row.Identifier, u"K", u"P").Bounds(1, 9, 5).Value(0, 4);
-    GatherAnew();
-    EXPECT_EQ(Attribute(16), "16 K #" + std::to_string(row.Identifier) + row.Attribute);
-  }
-  EXPECT_TRUE(mState.Setup.AllValuesAtDefault);
 }
 
 TEST_F(FormSetsTest, WhichIdentifiersAreEligible) {
-  struct Row {
-    std::vector<UINT32> Identifiers;
-    bool Ordinary;
-    bool Factory;
-  };
-  const Row rows[] = {
+  const std::tuple<std::vector<UINT32>, bool, bool> rows[] = {
       {{9346, 1216, 121, 377, 1099, 38237, 3727}, false, true},
       {{1163, 1, 2, 1275, 1337}, true, true},
       {{1276, 9781, 50860, 1797, 1798, 1377, 1376, 1228, 1262, 1263, 1264, 1265, 1266, 1267, 1268, 1336}, false, false},
   };
   for (const bool factory : {false, true}) {
     notebook.FactoryMode = factory;
-    for (const Row& row : rows) {
+    for (const auto& [identifiers, ordinary, inFactory] : rows) {
       setup.Questions.clear();
-      for (const UINT32 identifier : row.Identifiers) {
+      for (const UINT32 identifier : identifiers) {
         setup.Numeric(identifier, u"K", u"P");
       }
       GatherAnew();
-      for (const UINT32 identifier : row.Identifiers) {
-        EXPECT_EQ(!ByToken(identifier).empty(), factory ? row.Factory : row.Ordinary) << identifier << factory;
+      for (const UINT32 identifier : identifiers) {
+        EXPECT_EQ(!ByToken(identifier).empty(), factory ? inFactory : ordinary) << identifier << factory;
       }
     }
   }
@@ -151,14 +137,7 @@ TEST_F(FormSetsTest, WhichIdentifiersAreEligible) {
 }
 
 TEST_F(FormSetsTest, DefaultsAndCurrentValues) {
-  struct Row {
-    std::optional<UINT64> Default;
-    UINT64 Current;
-    std::string OneOf;
-    std::string Checkbox;
-    bool AtDefault;
-  };
-  const Row rows[] = {
+  const std::tuple<std::optional<UINT64>, UINT64, std::string, std::string, bool> rows[] = {
       {std::nullopt, 0, "1,1", "0,0", true},  // the one-of default byte is then 0
       {UINT64{1}, 1, "2,2", "1,1", true},     // the last match wins
       {UINT64{1}, 0, "2,1", "1,0", false},
@@ -166,19 +145,19 @@ TEST_F(FormSetsTest, DefaultsAndCurrentValues) {
       {UINT64{0x101}, 1, "2,2", "1,1", true},   // one byte counts
       {std::nullopt, 300, "1,4", "0,0", false}  // and never meets a value above 255
   };
-  for (const Row& row : rows) {
+  for (const auto& [byDefault, current, oneOf, checked, atDefault] : rows) {
     notebook.Defaults.clear();
-    if (row.Default) {
-      notebook.Defaults = {{300, *row.Default}, {301, *row.Default}};
+    if (byDefault) {
+      notebook.Defaults = {{300, *byDefault}, {301, *byDefault}};
     }
     setup.Questions.clear();
-    setup.OneOf(300, u"O", u"O").Value(row.Current).Option(5, u"a", u"a").Option(0, u"b", u"b").Option(1, u"c", u"c");
-    setup.Checkbox(301, u"C", u"C").Value(row.Current);
+    setup.OneOf(300, u"O", u"O").Value(current).Option(5, u"a", u"a").Option(0, u"b", u"b").Option(1, u"c", u"c");
+    setup.Checkbox(301, u"C", u"C").Value(current);
     notebook.QuestionOf(300).Option(0x105, u"d", u"d").Option(300, u"e", u"e");
     GatherAnew();
-    EXPECT_THAT(Attribute(16), testing::EndsWith(" " + row.OneOf));
-    EXPECT_THAT(Attribute(17), testing::EndsWith(" " + row.Checkbox));
-    EXPECT_EQ(mState.Setup.AllValuesAtDefault, row.AtDefault);
+    EXPECT_THAT(Attribute(16), testing::EndsWith(" " + oneOf));
+    EXPECT_THAT(Attribute(17), testing::EndsWith(" " + checked));
+    EXPECT_EQ(mState.Setup.AllValuesAtDefault, atDefault);
   }
   notebook.Absent.insert(gVaroSettingDefaultsProtocolGuid);
   GatherAnew();

@@ -40,13 +40,7 @@ class HiiStringsTest : public testing::Test {
 };
 
 TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
-  struct Row {
-    const CHAR8* Platform;
-    EFI_STRING_ID Id;
-    const CHAR8* Language;
-    Text Expected;
-  };
-  const Row rows[] = {
+  const std::tuple<const CHAR8*, EFI_STRING_ID, const CHAR8*, Text> rows[] = {
       {nullptr, both, nullptr, {u"English", true}},
       {"fr-FR", both, nullptr, {u"Fran\u00e7ais", true}},
       {"FR-fr", both, "x-UEFI", {u"Keyword", true}},
@@ -59,38 +53,14 @@ TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
       {nullptr, 0, nullptr, {u"", false}},
       {nullptr, 99, "x-UEFI", {u"", false}},
   };
-  for (const Row& row : rows) {
-    HiiStrings strings(row.Platform);
-    EXPECT_EQ(Get(strings, package, row.Id, row.Language), row.Expected);
+  for (const auto& [platform, id, asked, expected] : rows) {
+    HiiStrings strings(platform);
+    EXPECT_EQ(Get(strings, package, id, asked), expected);
     // And the same with a buffer in use and another package list in between.
     Get(strings, other, 2);
-    EXPECT_EQ(Get(strings, package, row.Id, row.Language), row.Expected);
+    EXPECT_EQ(Get(strings, package, id, asked), expected);
   }
   EXPECT_EQ(uefi.LivePoolBlocks(), 0U);
-}
-
-TEST_F(HiiStringsTest, AnyCallMayFail) {
-  const Text whole = {u"Keyword", true};
-  for (const Service service : {Service::HiiString, Service::Allocation}) {
-    bool failed = true;
-    for (size_t nth = 1; failed; ++nth) {
-      HiiStrings strings(nullptr);
-      uefi.Fail(service, nth, EFI_DEVICE_ERROR);
-      const size_t calls = uefi.Calls(service);
-      const Text text = Get(strings, package, both, "x-UEFI");
-      failed = uefi.Calls(service) >= calls + nth;
-      EXPECT_TRUE(text == whole || text == Text(u"English", true) || text == Text(u"", false)) << nth;
-      uefi.Fail(service, 1000000, EFI_SUCCESS);
-      EXPECT_EQ(Get(strings, package, both, "x-UEFI"), whole) << nth;  // and does no lasting harm
-    }
-  }
-}
-
-TEST_F(HiiStringsTest, WithoutTheProtocolEveryTextIsEmpty) {
-  uefi.Reboot();
-  HiiStrings strings(nullptr);
-  EXPECT_EQ(Get(strings, package, both), Text(u"", false));
-  EXPECT_EQ(uefi.Warnings(), 1U);
 }
 
 }  // namespace

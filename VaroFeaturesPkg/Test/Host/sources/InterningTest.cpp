@@ -44,7 +44,6 @@ TEST_F(InterningTest, DisplayTextsEndAt174Characters) {
   EXPECT_EQ(Display(longest + u"x"), Interned(0, false));
   EXPECT_EQ(Display(u" " + longest), Interned(0, false));  // measured before cleaning
   EXPECT_EQ(database.Store()->Header.DisplayCount, 0U);
-  EXPECT_EQ(uefi.Warnings("dropped"), 2U);
   EXPECT_EQ(Display(longest), Interned(16, false));
   EXPECT_EQ(Stored(StringArray::Display, 16), Ucs2(longest));
 }
@@ -85,14 +84,6 @@ TEST_F(InterningTest, HelpTextsEndBelow4096Characters) {
   EXPECT_EQ(Stored(StringArray::Help, 16).size(), 4095U);
   EXPECT_NE(database.StoredText(StringArray::Help, StringHandle{17}), nullptr);
   EXPECT_EQ(database.Store()->Header.HelpCount, 2U);
-}
-
-TEST_F(InterningTest, WithoutMemoryTheHandleIsZero) {
-  uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES, FakeUefi::Later::Fail);
-  EXPECT_EQ(Name(u"name"), Interned(0, false));
-  EXPECT_EQ(Display(u"text"), Interned(0, false));
-  EXPECT_EQ(uefi.Warnings("out of memory"), 2U);
-  EXPECT_EQ(database.Store()->Header.NameCount, 0U);
 }
 
 }  // namespace
