@@ -29,6 +29,7 @@
 #include <Protocol/TablesRequested.h>
 #include "PhaseRecorder.h"
 #include "ResultFiles.h"
+#include "ShellOption.h"
 
 STATIC EFI_EVENT  mRequestEvent;
 STATIC EFI_EVENT  mResultsEvent;
@@ -121,6 +122,7 @@ OnEndOfDxe (
   SetupValuesProtocol  *SetupValues;
 
   gBS->CloseEvent (Event);
+  AddShellOption ();
   if (!EFI_ERROR (gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues))) {
     SetupValues->Refresh (SetupValues);
     ApplyLanguage ();
