@@ -2,8 +2,8 @@
   AttributeDump: a UEFI Shell program that prints the attributes of the published tables and checks the cache.
 
     AttributeDump      one line for each attribute, as the host's `inspect show --no-tables` prints them
-    AttributeDump -c   decodes the compressed variables of the cache with the firmware's own decompressor: one line
-                       "NAME COMPRESSED UNCOMPRESSED ok" for each, or "NAME STATUS"
+    AttributeDump -c   one line for each of the driver's variables, "NAME SIZE LENGTH CRC32 ok" or "NAME STATUS"; LENGTH
+                       is what the firmware's own decompressor makes of a compressed one
 
   Lines are long; redirect them with `>a FILE` to have them as ASCII.
 
