@@ -186,7 +186,7 @@ SkipValue (
 }
 
 /**
-  Finds the entry of the value table; one of another type does not count.
+  Finds the entry of the value table; one of another type, or one that is cut, does not count.
 **/
 STATIC
 BOOLEAN
@@ -197,15 +197,18 @@ FindValue (
   OUT TableReader                     *Value
   )
 {
-  UINT16  Found;
-  UINT8   Type;
+  TableReader  Rest;
+  UINT16       Found;
+  UINT8        Type;
 
   OpenTable (&Tables->Descriptors[TABLE_VALUES], Value);
   while (MoreEntries (Value)) {
     Found = (UINT16)TakeNumber (Value, sizeof (UINT16));
     Type  = PLDM_BIOS_ATTRIBUTE_BASE_TYPE (TakeNumber (Value, sizeof (UINT8)));
     if (Found == Handle) {
-      return (BOOLEAN)(Type == BaseType);
+      Rest = *Value;
+      SkipValue (&Rest, Type);
+      return (BOOLEAN)(!Rest.Failed && (Type == BaseType));
     }
 
     SkipValue (Value, Type);
