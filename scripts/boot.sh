@@ -5,9 +5,14 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# QEMU's "virt" board maps two flash banks of this size: the code and the variables.
+# QEMU's "virt" board maps two flash banks of this size, the code and the variables. The code is given as a BIOS, which
+# fills the first: as a flash device, QEMU would read the whole bank first, a fifth of what a boot costs.
 readonly FLASH_BANK_SIZE=64M
 readonly VARS_SIZE=768K
+
+# Where the variables begin in an empty variable flash, and how many bytes there are for them.
+readonly STORE_OFFSET=$((0x64)) STORE_SIZE=$((0x3FF9C))
+
 readonly DISK_SECTORS=65536
 
 # What a firmware prints when it cannot go on.
@@ -21,22 +26,29 @@ readonly QEMU_MACHINE=(
   -nodefaults -nographic -monitor none
 )
 
-# boot NAME TARGET [--vars FILE] [--set KEY=VALUE]... [--file PATH]... [--command LINE]... [--limit SECONDS]
+# boot NAME TARGET [--firmware FILE] [--loader FILE] [--vars FILE] [--store BYTES] [--set KEY=VALUE]...
+#      [--file PATH]... [--command LINE]... [--limit SECONDS]
 #   NAME       folder of the boot under out/
 #   TARGET     RELEASE or DEBUG firmware
+#   --firmware other firmware than the notebook's
 #   --vars     variable flash to start from, such as an earlier boot's vars.fd; an empty one otherwise
+#   --store    an empty variable store of that many bytes, headers of variables included
 #   --set      a scenario setting: the guest reads it from fw_cfg as opt/corvane/KEY
+#   --loader   what firmware that starts no Shell by itself boots from the disk
 #   --file     a file for the disk that the Shell finds as FS0:
 #   --command  a line of startup.nsh, which ends with the power-off
 #   --limit    seconds after which a boot that does not power off has failed
 # Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
 boot() {
-  local name=$1 target=$2 vars='' limit=180 setting value
+  local name=$1 target=$2 code='' loader='' vars='' store='' limit=180 setting value
   local -a settings=() files=() commands=()
   shift 2
   while (($# > 0)); do
     case $1 in
+      --firmware) code=$2 ;;
+      --loader) loader=$2 ;;
       --vars) vars=$2 ;;
+      --store) store=$2 ;;
       --set) settings+=("$2") ;;
       --file) files+=("$2") ;;
       --command) commands+=("$2") ;;
@@ -53,13 +65,15 @@ boot() {
   cp "${vars:-$firmware/QEMU_VARS.fd}" "$work.new/vars.fd"
   rm -rf "$work"
   mv "$work.new" "$work"
-  make_flash "$firmware/QEMU_EFI.fd" "$work"
+  [[ -z $store ]] || shrink_store "$work/vars.fd" "$store"
+  truncate -s "$FLASH_BANK_SIZE" "$work/vars.fd"
   printf '%s\r\n' fs0: "${commands[@]}" 'reset -s' >"$work/startup.nsh"
   make_disk "$work" "$work/startup.nsh" "${files[@]}"
+  [[ -z $loader ]] || add_loader "$work/disk.img" "$loader"
 
   local -a qemu=(
     qemu-system-aarch64 "${QEMU_MACHINE[@]}"
-    -drive "if=pflash,unit=0,format=raw,readonly=on,file=$work/code.fd"
+    -bios "${code:-$firmware/QEMU_EFI.fd}"
     -drive "if=pflash,unit=1,format=raw,cache=unsafe,file=$work/vars.fd"
     -drive "if=none,id=disk,format=raw,cache=unsafe,file=$work/disk.img" -device 'virtio-blk-pci,drive=disk'
     -serial "file:$folder/serial.log"
@@ -78,9 +92,16 @@ boot() {
   say "    boot '$name': powered off after $(seconds_since "$start") s"
 }
 
-make_flash() {
-  cp "$1" "$2/code.fd"
-  truncate -s "$FLASH_BANK_SIZE" "$2/code.fd" "$2/vars.fd"
+# shrink_store FILE BYTES: the empty store of a variable flash gets one variable that takes all but so many bytes. Its
+# content is flash as it was erased; what has to be written is its header (MdeModulePkg, AUTHENTICATED_VARIABLE_HEADER:
+# start id, state, attributes, count, time, key, sizes of name and data, vendor) and its name.
+shrink_store() {
+  local size=$((STORE_SIZE - 60 - 4 - $2)) header
+  header='\xAA\x55\x3F\0\x03\0\0\0'
+  header+=$(printf '\\0%.0s' {1..28})
+  header+="\\x04\\0\\0\\0$(printf '\\x%02x' $((size & 255)) $((size >> 8 & 255)) $((size >> 16)) 0)"
+  header+='NotebookFiller\x01\0F\0\0\0'
+  printf '%b' "$header" | dd of="$1" bs=1 seek="$STORE_OFFSET" conv=notrunc status=none
 }
 
 # A FAT disk with the given files. Serial number and dates are fixed: they would show in the console log.
@@ -95,13 +116,19 @@ make_disk() {
   done
 }
 
+add_loader() {
+  mmd -i "$1" ::EFI ::EFI/BOOT
+  mcopy -i "$1" "$2" ::EFI/BOOT/BOOTAA64.EFI
+}
+
 # Every file that the guest wrote; what was put on the disk for it stays behind.
 copy_from_disk() {
   local image=$1 folder=$2 file
   shift 2
   mdel -i "$image" ::startup.nsh
   for file in "$@"; do mdel -i "$image" "::$(basename "$file")"; done
-  if mdir -b -i "$image" :: 2>/dev/null | grep -q .; then mcopy -s -n -i "$image" '::*' "$folder/"; fi
+  mdeltree -i "$image" ::EFI 2>/dev/null || true
+  if [[ -n $(mdir -b -i "$image" :: 2>/dev/null) ]]; then mcopy -s -n -i "$image" '::*' "$folder/"; fi
 }
 
 # A DEBUG firmware that fails an assertion stops for good: no use waiting for the limit.

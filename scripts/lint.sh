@@ -28,7 +28,7 @@ result_of() {
 
 cxx_sources() { find "$ROOT/VaroFeaturesPkg" "$ROOT/tools" -name "$1" -type f 2>/dev/null | sort; }
 
-lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh); }
+lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh scripts/*/*.sh); }
 
 lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
 

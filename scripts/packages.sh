@@ -13,11 +13,14 @@ readonly PACKAGES_TO_BUILD=(
   qemu-system-arm mtools                        # boot it
   libcli11-dev libfmt-dev nlohmann-json3-dev    # the inspector
 )
-readonly PACKAGES_TO_TEST=(libgtest-dev libgmock-dev clang-format clang-tidy shellcheck)
+readonly PACKAGES_TO_TEST=(
+  libgtest-dev libgmock-dev clang-format clang-tidy shellcheck
+  qemu-efi-aarch64                              # foreign firmware to start the driver on
+)
 readonly PACKAGES_TO_COVER=(clang llvm libclang-rt-dev)
 
 # Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
-readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=900 PACKAGE_SPACE_COVER=600
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1200 PACKAGE_SPACE_COVER=600
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 

@@ -1,156 +1,67 @@
 # @file
-# Firmware tests: boots the DEBUG notebook in one scenario after the other and checks what each boot published.
+# Firmware tests: boots the DEBUG notebook in every scenario, and checks what each boot published and left behind.
+# scenarios/checks.sh has what there is to check of a boot, the other parts the scenarios themselves.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# What comes out of the cache as it went in; values are read anew.
-readonly TABLES_OF_CACHE=strings,attributes,display,help
+for part in checks life modes damage platform stress; do
+  # shellcheck source=/dev/null
+  source "$ROOT/scripts/scenarios/$part.sh"
+done
 
-# A value that is read anew keeps its low byte: 720, the setup's default, is 208 from the second boot on.
-readonly IDLE_MINUTES_AS_BYTE='IdleMinutes integer = 208'
-
-readonly ATTRIBUTE_VARIABLES=47FEFD34-5EDF-4BA3-9FEA-8F3620D7CF07
-
-# The sanitized inspector of the host tests: what boots leave is one more test of it.
-readonly INSPECT="$HOST_TESTS/tools/inspect/inspect"
+# Each is a function scenario_NAME of the part that the comment names. They run side by side and share nothing but the
+# flash of the cold boot.
+readonly SCENARIOS=(
+  # life.sh: boots from the cache, settings changed, firmware updated
+  again warm settings_changed version_changed marked_bad
+  # modes.sh: factory mode, passwords, cameras, failing settings, language
+  factory_mode owner_password cameras failing_settings no_caching language
+  # damage.sh: damaged and unwritable caches
+  damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts
+  store_full_from_the_start store_full_before_attributes store_full_before_help
+  # platform.sh: parts of the platform that are missing, foreign firmware
+  stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals
+  # stress.sh: more setup than tables and store take, and less than a notebook has
+  full_strings full_attributes full_values full_display_texts full_help_texts
+  too_many_questions full_store bad_form_set no_form_sets
+)
 
 # The boots land in out/debug/, beside the image that they ran.
 scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }
 
-# scenario_boot NAME [OPTION OF boot]...: every boot ends with the Shell program's view of tables and cache.
+vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
+
+# A file that the DEBUG build of the notebook left, such as an application.
+built() { printf '%s/AARCH64/%s' "$(firmware_output DEBUG)" "$1"; }
+
+# scenario_boot NAME [OPTION OF boot]...: every boot ends with the Shell program's view of tables and variables.
 scenario_boot() {
   local name=$1
   shift
-  boot "debug/$name" DEBUG --file "$(firmware_output DEBUG)/AARCH64/AttributeDump.efi" \
-    --command 'AttributeDump >a attributes.txt' --command 'AttributeDump -c >a cache.txt' "$@" ||
+  boot "debug/$name" DEBUG --file "$(built AttributeDump.efi)" "$@" \
+    --command 'AttributeDump >a attributes.txt' --command 'AttributeDump -c >a cache.txt' ||
     { count_results 0 1; return 1; }
 }
 
-vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
+# after BOOT NAME [OPTION]...: a boot that starts from the flash that another one left.
+after() {
+  local earlier=$1 name=$2
+  shift 2
+  scenario_boot "$name" --vars "$(vars_of "$earlier")" "$@"
+}
 
 run_scenarios() {
-  local before=$FAILED
+  local before=$FAILED start
+  start=$(now_ms)
   say '==> Firmware scenarios (DEBUG firmware in QEMU)'
-  if scenario_cold; then
-    scenario_again || true
-    scenario_warm || true
-    scenario_settings_changed || true
-    scenario_version_changed || true
-    scenario_cache_marked_bad || true
+  run_side_by_side cold
+  if ((FAILED == before)); then
+    run_side_by_side "${SCENARIOS[@]}"
   else
     complain 'the other scenarios start from the cold boot and were left out'
   fi
+  say "    all scenarios in $(seconds_since "$start") s"
   ((FAILED == before))
-}
-
-scenario_cold() {
-  scenario_boot cold || return
-  check 'cold: eight records are sent' count_is cold RecordsSent 8
-  check 'cold: the form sets are parsed' rebuilt cold
-  check 'cold: the inspector finds nothing to complain of' decodes cold
-  check 'cold: the protocol in the firmware shows the attributes of the records' same_attributes cold
-  check "cold: the firmware's own decompressor decodes the cache" cache_decodes cold
-}
-
-# What the whole suite leans on: a boot depends on its scenario alone.
-scenario_again() {
-  scenario_boot again || return
-  check 'again: a second cold boot sends and stores the same' same_boot cold again
-}
-
-scenario_warm() {
-  scenario_boot warm --vars "$(vars_of cold)" || return
-  check 'warm: eight records are sent' count_is warm RecordsSent 8
-  check 'warm: no form set is listed or parsed' restored warm
-  check 'warm: all but the values equal the cold tables' same_tables cold warm --only "$TABLES_OF_CACHE"
-  check 'warm: the one value above 255 is read anew as a byte, all others are the cold ones' \
-    differs_only_in cold warm "$IDLE_MINUTES_AS_BYTE"
-  check 'warm: the protocol in the firmware shows the attributes of the records' same_attributes warm
-}
-
-# A checkbox, a one-of and a numeric question, changed by the user before the tables are asked for.
-scenario_settings_changed() {
-  scenario_boot changed --vars "$(vars_of cold)" --set 'set=2003=1;2001=2;1142=7' || return
-  check 'changed: no form set is listed or parsed' restored changed
-  check 'changed: all but the values equal the cold tables' \
-    same_tables cold changed --only "$TABLES_OF_CACHE"
-  check 'changed: the three attributes have their new values, all others the old' \
-    differs_only_in cold changed 'BlockSleep enumeration = Enabled' 'PrimaryBattChargeCfg enumeration = Express' \
-    'AutoOnHr integer = 7' "$IDLE_MINUTES_AS_BYTE"
-}
-
-scenario_version_changed() {
-  scenario_boot updated --vars "$(vars_of cold)" --set firmware-version=2.0.0 || return
-  check 'updated: another firmware version has the form sets parsed' rebuilt updated
-  check 'updated: the tables equal the cold ones' same_tables cold updated
-  scenario_boot updated-warm --vars "$(vars_of updated)" --set firmware-version=2.0.0 || return
-  check 'updated-warm: the version of the new cache is trusted' restored updated-warm
-}
-
-# Any byte but 0 in "AttCacheStatus" calls for a rebuild, which clears it. -bs -rt -nv are its attributes.
-scenario_cache_marked_bad() {
-  scenario_boot marked --vars "$(vars_of cold)" \
-    --command "setvar AttCacheStatus -guid $ATTRIBUTE_VARIABLES -bs -rt -nv =01" || return
-  scenario_boot rebuilt --vars "$(vars_of marked)" || return
-  check 'rebuilt: "AttCacheStatus" 1 has the form sets parsed' rebuilt rebuilt
-  check 'rebuilt: the tables equal the cold ones' same_tables cold rebuilt
-  scenario_boot rebuilt-warm --vars "$(vars_of rebuilt)" || return
-  check 'rebuilt-warm: the rebuild has cleared the mark' restored rebuilt-warm
-}
-
-# count_of BOOT NAME: a count of timings.txt.
-count_of() { awk -v name="$2" '$1 == name { sub(/\r$/, ""); print $2 }' "$(scenario_folder "$1")/timings.txt"; }
-
-count_is() {
-  local count
-  count=$(count_of "$1" "$2")
-  [[ $count == "$3" ]] || { say "$2 is ${count:-missing}, not $3"; return 1; }
-}
-
-rebuilt() { (($(count_of "$1" FormSetsListed) > 0 && $(count_of "$1" FormSetsParsed) > 0)); }
-
-restored() { count_is "$1" FormSetsListed 0 && count_is "$1" FormSetsParsed 0; }
-
-decodes() { "$INSPECT" show "$(scenario_folder "$1")/records.bin" >/dev/null; }
-
-# same_tables BOOT BOOT [OPTION OF inspect diff-tables]...
-same_tables() {
-  local first second
-  first=$(scenario_folder "$1")/records.bin
-  second=$(scenario_folder "$2")/records.bin
-  shift 2
-  "$INSPECT" diff-tables "$first" "$second" "$@"
-}
-
-same_boot() {
-  local file
-  for file in records.bin platform.txt vars.fd; do
-    cmp "$(scenario_folder "$1")/$file" "$(scenario_folder "$2")/$file" || return
-  done
-}
-
-# attributes BOOT: a line for each, without the tables' fill.
-attributes() { "$INSPECT" show --no-tables "$(scenario_folder "$1")/records.bin"; }
-
-# The program in the guest reads the published protocol, the inspector the records: both print the same lines.
-same_attributes() { diff <(attributes "$1") <(tr -d '\r' <"$(scenario_folder "$1")/attributes.txt"); }
-
-# One line for each of the four compressed variables, the last word of which says how it went.
-cache_decodes() {
-  tr -d '\r' <"$(scenario_folder "$1")/cache.txt" |
-    awk '{ print; good += $NF == "ok" } END { exit good != 4 || NR != 4 }'
-}
-
-# differs_only_in BOOT BOOT LINE...: those lines of the second boot, given from the name to the current value, and no
-# others differ from the first.
-differs_only_in() {
-  local first=$1 second=$2 changed line
-  shift 2
-  changed=$(diff <(attributes "$first") <(attributes "$second") | sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p') || true
-  for line in "$@"; do
-    grep -qxF "$line" <<<"$changed" || { say "not there: $line"; return 1; }
-  done
-  (($(wc -l <<<"$changed") == $#)) || { say "$changed"; return 1; }
 }

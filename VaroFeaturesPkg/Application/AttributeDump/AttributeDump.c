@@ -2,8 +2,8 @@
   AttributeDump: a UEFI Shell program that prints the attributes of the published tables and checks the cache.
 
     AttributeDump      one line for each attribute, as the host's `inspect show --no-tables` prints them
-    AttributeDump -c   decodes the compressed variables of the cache with the firmware's own decompressor: one line
-                       "NAME COMPRESSED UNCOMPRESSED ok" for each, or "NAME STATUS"
+    AttributeDump -c   one line for each of the driver's variables, "NAME SIZE LENGTH CRC32 ok" or "NAME STATUS"; LENGTH
+                       is what the firmware's own decompressor makes of a compressed one
 
   Lines are long; redirect them with `>a FILE` to have them as ASCII.
 
@@ -186,7 +186,7 @@ SkipValue (
 }
 
 /**
-  Finds the entry of the value table; one of another type does not count.
+  Finds the entry of the value table; one of another type, or one that is cut, does not count.
 **/
 STATIC
 BOOLEAN
@@ -197,15 +197,18 @@ FindValue (
   OUT TableReader                     *Value
   )
 {
-  UINT16  Found;
-  UINT8   Type;
+  TableReader  Rest;
+  UINT16       Found;
+  UINT8        Type;
 
   OpenTable (&Tables->Descriptors[TABLE_VALUES], Value);
   while (MoreEntries (Value)) {
     Found = (UINT16)TakeNumber (Value, sizeof (UINT16));
     Type  = PLDM_BIOS_ATTRIBUTE_BASE_TYPE (TakeNumber (Value, sizeof (UINT8)));
     if (Found == Handle) {
-      return (BOOLEAN)(Type == BaseType);
+      Rest = *Value;
+      SkipValue (&Rest, Type);
+      return (BOOLEAN)(!Rest.Failed && (Type == BaseType));
     }
 
     SkipValue (Value, Type);

@@ -1,5 +1,6 @@
 /** @file
-  CacheCheck: decodes the attribute cache with the firmware's own decompressor, EFI_DECOMPRESS_PROTOCOL.
+  CacheCheck: lists the driver's variables and decodes the attribute cache with the firmware's own decompressor,
+  EFI_DECOMPRESS_PROTOCOL.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -26,13 +27,18 @@
 typedef struct {
   CONST CHAR8     *Name;
   CONST CHAR16    *Variable;
+  BOOLEAN         Compressed;
 } CacheVariable;
 
 STATIC CONST CacheVariable  mVariables[] = {
-  { ATTRIBUTE_CACHE_NAMES,           WIDE (ATTRIBUTE_CACHE_NAMES)           },
-  { ATTRIBUTE_CACHE_DISPLAY_STRINGS, WIDE (ATTRIBUTE_CACHE_DISPLAY_STRINGS) },
-  { ATTRIBUTE_CACHE_HELP_STRINGS,    WIDE (ATTRIBUTE_CACHE_HELP_STRINGS)    },
-  { ATTRIBUTE_CACHE_ATTRIBUTES_DATA, WIDE (ATTRIBUTE_CACHE_ATTRIBUTES_DATA) }
+  { ATTRIBUTE_CACHE_BIOS_VERSION,    WIDE (ATTRIBUTE_CACHE_BIOS_VERSION),    FALSE },
+  { ATTRIBUTE_CACHE_ATTRIBUTES_DATA, WIDE (ATTRIBUTE_CACHE_ATTRIBUTES_DATA), TRUE  },
+  { ATTRIBUTE_CACHE_COUNTERS,        WIDE (ATTRIBUTE_CACHE_COUNTERS),        FALSE },
+  { ATTRIBUTE_CACHE_NAMES,           WIDE (ATTRIBUTE_CACHE_NAMES),           TRUE  },
+  { ATTRIBUTE_CACHE_DISPLAY_STRINGS, WIDE (ATTRIBUTE_CACHE_DISPLAY_STRINGS), TRUE  },
+  { ATTRIBUTE_CACHE_HELP_STRINGS,    WIDE (ATTRIBUTE_CACHE_HELP_STRINGS),    TRUE  },
+  { ATTRIBUTE_CACHE_STATUS,          WIDE (ATTRIBUTE_CACHE_STATUS),          FALSE },
+  { ATTRIBUTE_DEPENDENCY_LIST,       WIDE (ATTRIBUTE_DEPENDENCY_LIST),       FALSE }
 };
 
 /**
@@ -81,34 +87,61 @@ DecodeBlock (
   return Status;
 }
 
+/**
+  Prints the line of one variable.
+**/
+STATIC
+EFI_STATUS
+CheckVariable (
+  IN EFI_DECOMPRESS_PROTOCOL  *Decompress,
+  IN CONST CacheVariable      *Variable
+  )
+{
+  UINT8       *Content;
+  UINTN       Size;
+  UINT32      Length;
+  UINT32      Crc;
+  EFI_STATUS  Status;
+
+  Status = GetVariable2 (Variable->Variable, &gVaroAttributeVariableGuid, (VOID **)&Content, &Size);
+  if (!EFI_ERROR (Status)) {
+    Length = (UINT32)Size;
+    Status = gBS->CalculateCrc32 (Content, Size, &Crc);
+    if (!EFI_ERROR (Status) && Variable->Compressed) {
+      Status = DecodeBlock (Decompress, Content, Size, &Length);
+    }
+
+    FreePool (Content);
+  }
+
+  if (EFI_ERROR (Status)) {
+    PutFormat ("%a %r\n", Variable->Name, Status);
+  } else {
+    PutFormat ("%a %lu %u %08x ok\n", Variable->Name, (UINT64)Size, Length, Crc);
+  }
+
+  return Status;
+}
+
 EFI_STATUS
 CheckCache (
   VOID
   )
 {
   EFI_DECOMPRESS_PROTOCOL  *Decompress;
-  UINT8                    *Block;
-  UINTN                    Size;
-  UINT32                   Length;
   UINTN                    Index;
   EFI_STATUS               Status;
-  EFI_STATUS               Result;
 
-  Result = gBS->LocateProtocol (&gEfiDecompressProtocolGuid, NULL, (VOID **)&Decompress);
-  for (Index = 0; (Index < ARRAY_SIZE (mVariables)) && (Result != EFI_NOT_FOUND); Index++) {
-    Status = GetVariable2 (mVariables[Index].Variable, &gVaroAttributeVariableGuid, (VOID **)&Block, &Size);
-    if (!EFI_ERROR (Status)) {
-      Status = DecodeBlock (Decompress, Block, Size, &Length);
-      FreePool (Block);
-    }
+  Status = gBS->LocateProtocol (&gEfiDecompressProtocolGuid, NULL, (VOID **)&Decompress);
+  if (EFI_ERROR (Status)) {
+    return Status;
+  }
 
-    if (EFI_ERROR (Status)) {
-      PutFormat ("%a %r\n", mVariables[Index].Name, Status);
-      Result = EFI_VOLUME_CORRUPTED;
-    } else {
-      PutFormat ("%a %lu %u ok\n", mVariables[Index].Name, (UINT64)Size, Length);
+  for (Index = 0; Index < ARRAY_SIZE (mVariables); Index++) {
+    if (EFI_ERROR (CheckVariable (Decompress, &mVariables[Index]))) {
+      Status = EFI_VOLUME_CORRUPTED;
     }
   }
 
-  return Result;
+  return Status;
 }

@@ -2,11 +2,13 @@
   BootPhasesDxe: the two signals that CorvaneDxe waits for, and the results of the boot.
 
   End of DXE: every driver of the firmware is dispatched, so all form sets are published. What the scenario item "set"
-  ("ID=VALUE;ID=VALUE") says the user changed since the last boot is changed now, then gVaroFormSetsUpdatedProtocolGuid
-  is installed.
+  ("ID=VALUE;ID=VALUE") says the user changed since the last boot is changed now, what "damage" says is damaged, then
+  gVaroFormSetsUpdatedProtocolGuid is installed.
 
   Ready to boot: BDS has connected the devices and put "BootOrder" in order, and is about to start the boot option.
   gVaroTablesRequestedProtocolGuid is installed; when the tables are out, the result files are written.
+
+  The scenario item "twice" lists signals that are installed on two handles, "without" those that never come.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -27,8 +29,10 @@
 #include <Protocol/SettingWriter.h>
 #include <Protocol/SetupValues.h>
 #include <Protocol/TablesRequested.h>
+#include "CacheDamage.h"
 #include "PhaseRecorder.h"
 #include "ResultFiles.h"
+#include "ShellOption.h"
 
 STATIC EFI_EVENT  mRequestEvent;
 STATIC EFI_EVENT  mResultsEvent;
@@ -96,18 +100,32 @@ ApplyChanges (
   FreePool (Text);
 }
 
+/**
+  Installs a signal, on as many handles as the scenario asks for.
+
+  @param[in]  Name  Of the signal in the scenario items.
+**/
 STATIC
 VOID
 InstallSignal (
-  IN EFI_GUID  *Guid
+  IN EFI_GUID     *Guid,
+  IN CONST CHAR8  *Name
   )
 {
   EFI_HANDLE  Handle;
+  UINTN       Count;
   EFI_STATUS  Status;
 
-  Handle = NULL;
-  Status = gBS->InstallProtocolInterface (&Handle, Guid, EFI_NATIVE_INTERFACE, NULL);
-  ASSERT_EFI_ERROR (Status);
+  Count = ScenarioLists ("twice", Name) ? 2 : 1;
+  if (ScenarioLists ("without", Name)) {
+    Count = 0;
+  }
+
+  for ( ; Count > 0; Count--) {
+    Handle = NULL;
+    Status = gBS->InstallProtocolInterface (&Handle, Guid, EFI_NATIVE_INTERFACE, NULL);
+    ASSERT_EFI_ERROR (Status);
+  }
 }
 
 STATIC
@@ -121,13 +139,15 @@ OnEndOfDxe (
   SetupValuesProtocol  *SetupValues;
 
   gBS->CloseEvent (Event);
+  AddShellOption ();
   if (!EFI_ERROR (gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues))) {
     SetupValues->Refresh (SetupValues);
     ApplyLanguage ();
     ApplyChanges ();
   }
 
-  InstallSignal (&gVaroFormSetsUpdatedProtocolGuid);
+  DamageCache ();
+  InstallSignal (&gVaroFormSetsUpdatedProtocolGuid, "form-sets-updated");
 }
 
 /**
@@ -158,7 +178,7 @@ OnRequest (
   )
 {
   mRequested = GetPerformanceCounter ();
-  InstallSignal (&gVaroTablesRequestedProtocolGuid);
+  InstallSignal (&gVaroTablesRequestedProtocolGuid, "tables-requested");
   gBS->SignalEvent (mResultsEvent);
 }
 

@@ -3,7 +3,8 @@
 
     records.bin   the transport records back to back, as they were sent
     timings.txt   "NAME TICKS NANOSECONDS" for each measured phase that ended, then "NAME COUNT" lines
-    platform.txt  what the platform itself holds in this boot: "FirmwareVersion TEXT", then "Question ID OPCODE VALUE"
+    platform.txt  what the platform itself holds in this boot: "FirmwareVersion TEXT", "VariableStoreRoom BYTES", then
+                  "Question ID OPCODE VALUE" lines
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,6 +17,7 @@
 #include <Library/PrintLib.h>
 #include <Library/TimerLib.h>
 #include <Library/UefiBootServicesTableLib.h>
+#include <Library/UefiRuntimeServicesTableLib.h>
 #include <Protocol/FirmwareVersion.h>
 #include <Protocol/SetupValues.h>
 #include <Protocol/SimpleFileSystem.h>
@@ -154,11 +156,26 @@ WritePlatform (
   )
 {
   FirmwareVersionProtocol  *Version;
+  UINT64                   Store;
+  UINT64                   Room;
+  UINT64                   Largest;
   UINTN                    Index;
 
   Buffer->Length = 0;
   if (!EFI_ERROR (gBS->LocateProtocol (&gVaroFirmwareVersionProtocolGuid, NULL, (VOID **)&Version))) {
     AddLine (Buffer, "FirmwareVersion %a\n", Version->Data->Version);
+  }
+
+  if (!EFI_ERROR (
+         gRT->QueryVariableInfo (
+                EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS,
+                &Store,
+                &Room,
+                &Largest
+                )
+         ))
+  {
+    AddLine (Buffer, "VariableStoreRoom %lu\n", Room);
   }
 
   for (Index = 0; Index < SetupValues->Count; Index++) {

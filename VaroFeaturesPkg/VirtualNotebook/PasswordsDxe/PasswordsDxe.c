@@ -109,11 +109,18 @@ PasswordsDxeEntryPoint (
                     );
   }
 
-  if (!EFI_ERROR (Status) && !ScenarioLists ("without", "password-states")) {
+  if (!EFI_ERROR (Status) && !ScenarioLists ("without", "password-directory")) {
     Status = gBS->InstallMultipleProtocolInterfaces (
                     &Handle,
                     &gVaroPasswordDirectoryProtocolGuid,
                     &mPasswordState,
+                    NULL
+                    );
+  }
+
+  if (!EFI_ERROR (Status) && !ScenarioLists ("without", "password-state")) {
+    Status = gBS->InstallMultipleProtocolInterfaces (
+                    &Handle,
                     &gVaroPasswordStateProtocolGuid,
                     &mPasswordState,
                     NULL

@@ -200,6 +200,9 @@ PlatformInfoDxeEntryPoint (
   mVersionData.Version   = ReadFirmwareVersion ();
   mFactoryMode           = (BOOLEAN)(GetScenarioNumber ("factory-mode", 0) != 0);
   mCamerasProtocol.Count = (UINT8)MIN (GetScenarioNumber ("cameras", CAMERAS_OF_THIS_MODEL), ARRAY_SIZE (mCameras));
+  if (mCamerasProtocol.Count == 0) {
+    mCamerasProtocol.Identifiers = NULL;
+  }
 
   Handle = NULL;
   Status = EFI_SUCCESS;

@@ -5,6 +5,8 @@
 
     NAME              value
     cameras           number of cameras, 0 to 6
+    damage            NAME:HOW;NAME:HOW;...: variables of the attribute cache damaged before CorvaneDxe first reads
+                      them; HOW is truncate, flip, garbage or delete
     factory-mode      non-zero: the notebook is in a factory mode
     failing-settings  NUMBER,NUMBER,...: settings that cannot be read
     firmware-version  text that stands in for the version of the build
@@ -15,9 +17,11 @@
     stress            more setup than a notebook has, in one more form set in the midst of the others:
                       strings, attributes, values, display, help: overfills this table alone; checkboxes: 250 of them;
                       bad-form-set: its IFR is cut short; 240, without the setup: 240 attributes in all
+    twice             signals that are installed on two handles: form-sets-updated, tables-requested
     without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
-                      firmware-version, form-data, mode-query, password-service, password-states, settings, setup (the
-                      form sets of the notebook's own), transport
+                      firmware-version, form-data, form-sets-updated, mode-query, password-directory, password-service,
+                      password-state, settings, setup (the form sets of the notebook's own), tables-requested,
+                      transport
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -1,0 +1,24 @@
+/** @file
+  CacheDamage: damages variables of the attribute cache, as the scenario asks.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#ifndef CACHE_DAMAGE_H_
+#define CACHE_DAMAGE_H_
+
+/**
+  Damages the driver's variables that the scenario item "damage" names ("NAME:HOW;NAME:HOW").
+
+    truncate  the first half stays
+    flip      the lowest bit of the byte in the middle is inverted
+    garbage   as many bytes, none of which was there for a reason
+    delete    the variable is gone
+**/
+VOID
+DamageCache (
+  VOID
+  );
+
+#endif

@@ -1,0 +1,129 @@
+# @file
+# Caches that are damaged, and caches that cannot be written.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+# What becomes of a cache of which one variable is damaged:
+#   refused   the version does not match: this boot rebuilds tables and cache
+#   deleted   the damage is found while restoring: what was restored is published, the next boot rebuilds
+#   kept      the damage goes unnoticed: what was restored is published, and the cache stays as it is
+#   either    deleted or kept, as the damaged bits will have it
+readonly DAMAGES=(truncate flip garbage delete)
+readonly -A OUTCOMES=(
+  [BiosVersion]='refused refused refused refused'
+  [AttributesData]='deleted either deleted kept'
+  [AttributesCount]='deleted kept kept deleted'
+  [PldmString]='kept kept kept deleted'
+  [DispString]='kept kept kept deleted'
+  [HelpString]='kept kept kept deleted'
+)
+
+# The tables that nothing of a damaged variable goes into.
+# shellcheck disable=SC2054  # lists for one option each
+readonly -A INTACT=(
+  [AttributesData]=strings,display,help
+  [PldmString]=display,help
+  [DispString]=strings,attributes
+  [HelpString]=strings,attributes,display
+)
+
+scenario_damaged_version() { damage_each_way BiosVersion; }
+scenario_damaged_attributes() { damage_each_way AttributesData; }
+scenario_damaged_counters() { damage_each_way AttributesCount; }
+scenario_damaged_names() { damage_each_way PldmString; }
+scenario_damaged_display_texts() { damage_each_way DispString; }
+scenario_damaged_help_texts() { damage_each_way HelpString; }
+
+damage_each_way() {
+  local variable=$1 damage outcome
+  local -a outcomes
+  read -r -a outcomes <<<"${OUTCOMES[$variable]}"
+  for damage in "${DAMAGES[@]}"; do
+    outcome=${outcomes[0]}
+    outcomes=("${outcomes[@]:1}")
+    damage_once "$variable" "$damage" "$outcome" || return
+  done
+}
+
+damage_once() {
+  local variable=$1 damage=$2 outcome=$3 boot="$1-$2"
+  after cold "$boot" --set "damage=$variable:$damage" || return
+  check "$variable, $damage: tables are published" published "$boot"
+  if [[ -v INTACT[$variable] ]]; then
+    check "$variable, $damage: ${INTACT[$variable]} are the cold ones" \
+      same_tables cold "$boot" --only "${INTACT[$variable]}"
+  fi
+  if [[ $outcome == either ]]; then
+    if no_variables "$boot" "${CACHE_VARIABLES[@]}" >/dev/null; then outcome=deleted; else outcome=kept; fi
+  fi
+  case $outcome in
+    refused)
+      check "$variable, $damage: the form sets are parsed" rebuilt "$boot"
+      check "$variable, $damage: tables and cache are the cold ones again" same_tables_and_cache cold "$boot"
+      ;;
+    deleted)
+      check "$variable, $damage: no form set is parsed" restored "$boot"
+      check "$variable, $damage: the cache is deleted" no_variables "$boot" "${CACHE_VARIABLES[@]}"
+      after "$boot" "$boot-next" || return
+      check "$variable, $damage: the next boot parses the form sets" rebuilt "$boot-next"
+      check "$variable, $damage: the next boot's tables and cache are the cold ones again" \
+        same_tables_and_cache cold "$boot-next"
+      ;;
+    kept)
+      check "$variable, $damage: no form set is parsed" restored "$boot"
+      check "$variable, $damage: the rest of the cache stays" cache_differs_in cold "$boot" "$variable"
+      ;;
+  esac
+}
+
+same_tables_and_cache() { same_tables "$1" "$2" && same_cache "$1" "$2"; }
+
+# cache_differs_in BOOT BOOT VARIABLE: in that variable alone.
+cache_differs_in() {
+  diff <(text_of "$1" cache.txt | grep -v "^$3 ") <(text_of "$2" cache.txt | grep -vE "^($3|AttributeDump:) ") &&
+    ! grep -qxF "$(text_of "$1" cache.txt | grep "^$3 ")" <<<"$(text_of "$2" cache.txt)"
+}
+
+# A variable store that has no room for all of a cache keeps no half of it.
+scenario_store_full_from_the_start() { store_full full "${CACHE_VARIABLES[@]}"; }
+
+scenario_store_full_before_attributes() { store_full full-texts AttributesData AttributesCount BiosVersion; }
+
+# store_full BOOT VARIABLE...: as small as to have no room for those.
+store_full() {
+  local boot=$1
+  shift
+  scenario_boot "$boot" --store "$(store_without "$@")" || return
+  check 'the tables equal the cold ones' same_tables cold "$boot"
+  check 'there is no cache' no_variables "$boot" "${CACHE_VARIABLES[@]}"
+  check 'the driver says so once' says_once "$boot" 'cache deleted: it could not be written in whole'
+  after "$boot" "$boot-next" || return
+  check 'the next boot parses the form sets' rebuilt "$boot-next"
+  check 'the next boot publishes the same tables' same_tables cold "$boot-next"
+}
+
+# A text variable that cannot be written is not there in the next boot, which finds the cache wanting.
+scenario_store_full_before_help() {
+  scenario_boot no-help --store "$(store_without HelpString)" || return
+  check 'the tables equal the cold ones' same_tables cold no-help
+  check 'only the help texts are not in the cache' cache_differs_in cold no-help HelpString
+  after no-help no-help-next || return
+  check 'the next boot publishes all but the help texts' published no-help-next
+  check 'the next boot takes what there is' same_tables cold no-help-next --only strings,attributes,display
+  check 'the next boot deletes the cache' no_variables no-help-next "${CACHE_VARIABLES[@]}"
+  after no-help-next no-help-rebuilt || return
+  check 'the boot after parses the form sets' rebuilt no-help-rebuilt
+  check 'the boot after publishes everything' same_tables cold no-help-rebuilt
+}
+
+# store_without VARIABLE...: bytes that the cold boot took of its store, less what these variables took, and some to spare.
+store_without() {
+  local taken name
+  taken=$((STORE_SIZE - $(text_of cold platform.txt | sed -n 's/^VariableStoreRoom //p') + 128))
+  for name in "$@"; do
+    taken=$((taken - 60 - 2 * (${#name} + 1) - $(text_of cold cache.txt | sed -n "s/^$name \([0-9]*\) .*/\1/p")))
+  done
+  say "$taken"
+}
