@@ -22,7 +22,7 @@ toolchain() {
 # The environment that edksetup.sh would make, without writing to the EDK II tree. Called in a process of its own.
 enter_edk2_environment() {
   export WORKSPACE="$FIRMWARE_WORKSPACE"
-  export PACKAGES_PATH="$ROOT:$EDK2_DIR"
+  export PACKAGES_PATH="${INTEGRATION_PATH:+$INTEGRATION_PATH:}$ROOT:$EDK2_DIR"
   export EDK_TOOLS_PATH="$EDK2_DIR/BaseTools"
   export CONF_PATH="$FIRMWARE_WORKSPACE/Conf"
   export PYTHON_COMMAND=/usr/bin/python3

@@ -12,6 +12,7 @@ run_linters() {
   say '==> Formatter and linters'
   check 'shellcheck: scripts' lint_scripts
   check 'clang-format: C++ sources' lint_format
+  check 'licence: every source names it' lint_licence
   # It takes minutes the first time, so it runs as a long step does.
   start_child "$LOGS/clang-tidy.log" lint_tidy
   show_progress "$(now_ms)" "$LOGS/clang-tidy.log"
@@ -31,6 +32,15 @@ cxx_sources() { find "$ROOT/VaroFeaturesPkg" "$ROOT/tools" -name "$1" -type f 2>
 lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh scripts/*/*.sh); }
 
 lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
+
+# Of the files that are part of the project all but texts for people, LICENSE itself and what has no comments.
+lint_licence() {
+  local unmarked
+  unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o -type f \
+    ! -name '*.md' ! -name LICENSE ! -name '.git*' ! -name .clang-format ! -name .clang-tidy -print0 |
+    xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
+  [[ -z $unmarked ]] || { say "without a licence line:" "$unmarked"; return 1; }
+}
 
 # Each due source and its stamp. What only tests is left out: its frameworks take the linter longer than
 # all else together, and the compilers' warnings are errors there. A source is looked at again when it, a header or the configuration has changed since it

@@ -18,9 +18,10 @@ readonly PACKAGES_TO_TEST=(
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
 readonly PACKAGES_TO_COVER=(clang llvm libclang-rt-dev)
+readonly PACKAGES_FOR_DOCS=(doxygen)
 
 # Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
-readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1200 PACKAGE_SPACE_COVER=600
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1200 PACKAGE_SPACE_COVER=600 PACKAGE_SPACE_DOCS=100
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 
@@ -53,18 +54,29 @@ update_and_install() {
   as_root apt-get update -o Acquire::Retries=2 && apt_install "$@"
 }
 
-# install_packages build|test|coverage: each with those before it.
+# install_packages build|test|coverage|docs: coverage takes what test takes, test what build takes.
 install_packages() {
-  local -a wanted=("${PACKAGES_TO_BUILD[@]}") missing
-  local space=$PACKAGE_SPACE_BUILD
-  if [[ $1 != build ]]; then
-    wanted+=("${PACKAGES_TO_TEST[@]}")
-    space=$((space + PACKAGE_SPACE_TEST))
-  fi
-  if [[ $1 == coverage ]]; then
-    wanted+=("${PACKAGES_TO_COVER[@]}")
-    space=$((space + PACKAGE_SPACE_COVER))
-  fi
+  local -a wanted missing
+  local space
+  case $1 in
+    docs)
+      wanted=("${PACKAGES_FOR_DOCS[@]}")
+      space=$PACKAGE_SPACE_DOCS
+      ;;
+    build)
+      wanted=("${PACKAGES_TO_BUILD[@]}")
+      space=$PACKAGE_SPACE_BUILD
+      ;;
+    test)
+      wanted=("${PACKAGES_TO_BUILD[@]}" "${PACKAGES_TO_TEST[@]}")
+      space=$((PACKAGE_SPACE_BUILD + PACKAGE_SPACE_TEST))
+      ;;
+    coverage)
+      wanted=("${PACKAGES_TO_BUILD[@]}" "${PACKAGES_TO_TEST[@]}" "${PACKAGES_TO_COVER[@]}")
+      space=$((PACKAGE_SPACE_BUILD + PACKAGE_SPACE_TEST + PACKAGE_SPACE_COVER))
+      ;;
+    *) die "install_packages: unknown purpose $1" ;;
+  esac
   read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
   ((${#missing[@]} > 0)) || return 0
 

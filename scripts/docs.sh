@@ -1,0 +1,33 @@
+# @file
+# Renders the documentation of the public headers.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+# A comment that does not render, or names a parameter that is not there, fails.
+render_docs() {
+  mkdir -p "$OUT/docs"
+  cd "$ROOT" || return
+  doxygen - <<CONFIG
+PROJECT_NAME           = CorvaneDxe
+PROJECT_BRIEF          = "Public headers of VaroFeaturesPkg"
+OUTPUT_DIRECTORY       = $OUT/docs
+INPUT                  = VaroFeaturesPkg/Include
+RECURSIVE              = YES
+STRIP_FROM_PATH        = VaroFeaturesPkg/Include
+OPTIMIZE_OUTPUT_FOR_C  = YES
+JAVADOC_AUTOBRIEF      = YES
+EXTRACT_ALL            = YES
+GENERATE_LATEX         = NO
+HAVE_DOT               = NO
+ENABLE_PREPROCESSING   = YES
+MACRO_EXPANSION        = YES
+EXPAND_ONLY_PREDEF     = YES
+PREDEFINED             = IN= OUT= OPTIONAL= EFIAPI= CORVANE_PACKED= CONST=const VOID=void
+WARN_NO_PARAMDOC       = YES
+WARN_IF_UNDOCUMENTED   = NO
+WARN_AS_ERROR          = FAIL_ON_WARNINGS
+QUIET                  = YES
+CONFIG
+}
