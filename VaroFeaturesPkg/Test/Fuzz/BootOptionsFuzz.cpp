@@ -7,10 +7,6 @@
 #include "Fuzz/Require.hpp"
 #include "sources/BootConfiguration.hpp"
 
-extern "C" {
-#include <Protocol/BootOptionSource.h>
-}
-
 namespace {
 
 std::span<const std::uint8_t> input;
@@ -32,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
   AttributeDatabase database;
   BootConfigurationState state{};
   Require(database.AllocateStore() == EFI_SUCCESS, "no store");
-  if (!EFI_ERROR(ReadBootOptions(state))) {
+  PoolPtr<BootOptionBlock> block;
+  if (!EFI_ERROR(ReadBootOptions(state, block))) {
     BuildBootConfiguration(database, state);
     const bool built = database.AttributeAt(ATTRIBUTE_HANDLE_BOOT_CONFIGURATION) != nullptr;
     Require(built && state.OptionCount <= BOOT_OPTION_CAPACITY && state.CurrentCount <= state.OptionCount, "counts");

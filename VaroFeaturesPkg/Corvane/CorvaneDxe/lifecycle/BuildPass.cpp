@@ -101,7 +101,8 @@ EFI_STATUS PublishOnce(DriverState& state) {
   }
   BuildPasswords(state.Database, state.Settings, state.OwnerPassword);
   BootConfigurationState bootConfiguration{};
-  if (!EFI_ERROR(ReadBootOptions(bootConfiguration))) {
+  PoolPtr<BootOptionBlock> bootOptions;
+  if (!EFI_ERROR(ReadBootOptions(bootConfiguration, bootOptions))) {
     BuildBootConfiguration(state.Database, bootConfiguration);
   }
   state.Database.ReleaseIndexes();  // one comes to be when no string was restored
@@ -113,6 +114,9 @@ EFI_STATUS PublishOnce(DriverState& state) {
     IgnoreStatus(WriteCache(state.Database));  // the next boot finds it missing
   }
   const EFI_STATUS published = PublishTables(state, bootConfiguration);
+  if (state.Published != nullptr) {
+    static_cast<void>(bootOptions.release());  // to the published views, which lead into it
+  }
   state.PublishInProgress = false;
   return published;
 }

@@ -10,10 +10,6 @@
 #include "uefi/ByteReader.hpp"
 #include "uefi/Protocols.hpp"
 
-extern "C" {
-#include <Protocol/BootOptionSource.h>
-}
-
 namespace {
 
 size_t LengthOf(const EFI_DEVICE_PATH_PROTOCOL& node) {
@@ -139,7 +135,7 @@ PoolPtr<CHAR16[]> SourceName(const BootOptionView& option, UINT32 position) {
 
 }  // namespace
 
-EFI_STATUS ReadBootOptions(BootConfigurationState& state) {
+EFI_STATUS ReadBootOptions(BootConfigurationState& state, PoolPtr<BootOptionBlock>& block) {
   BootOptionSourceProtocol* source = nullptr;
   EFI_STATUS status = LocateProtocol(gVaroBootOptionSourceProtocolGuid, source);
   if (EFI_ERROR(status) || source == nullptr) {
@@ -148,18 +144,18 @@ EFI_STATUS ReadBootOptions(BootConfigurationState& state) {
     return EFI_ERROR(status) ? status : EFI_NOT_FOUND;
   }
   UINT64 size = 0;
-  BootOptionBlock* block = nullptr;
-  status = source->GetOptions(BOOT_OPTION_SOURCE_CLASS, BOOT_OPTION_SOURCE_SELECT, &size, &block);
-  PoolPtr<BootOptionBlock> owned{block};
+  BootOptionBlock* options = nullptr;
+  status = source->GetOptions(BOOT_OPTION_SOURCE_CLASS, BOOT_OPTION_SOURCE_SELECT, &size, &options);
+  block.reset(options);
   if (!EFI_ERROR(status)) {
-    status = block == nullptr ? EFI_NOT_FOUND : ParseBootOptions({reinterpret_cast<std::byte*>(block), size}, state);
+    status = block ? ParseBootOptions({reinterpret_cast<std::byte*>(options), size}, state) : EFI_NOT_FOUND;
   }
   if (EFI_ERROR(status)) {
     state = {};
+    block.reset();
     DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"System boot configuration\" dropped: boot options: %r\n", status));
     return status;
   }
-  static_cast<void>(owned.release());  // to the published state, whose views lead into it
   return EFI_SUCCESS;
 }
 

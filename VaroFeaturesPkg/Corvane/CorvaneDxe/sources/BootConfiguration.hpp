@@ -10,11 +10,12 @@
 
 extern "C" {
 #include <Corvane/BootConfigurationState.h>
+#include <Protocol/BootOptionSource.h>
 }
 
-/// Reads the boot options into `state`, which keeps their block for good. EFI_UNSUPPORTED for more than 16 options,
+/// Reads the boot options into `state`, whose views lead into `block`. EFI_UNSUPPORTED for more than 16 options,
 /// EFI_COMPROMISED_DATA for a block that ends before its options; `state` is then all zero.
-[[nodiscard]] EFI_STATUS ReadBootOptions(BootConfigurationState& state);
+[[nodiscard]] EFI_STATUS ReadBootOptions(BootConfigurationState& state, PoolPtr<BootOptionBlock>& block);
 
 /// Places the attribute at its reserved handle.
 void BuildBootConfiguration(AttributeDatabase& database, const BootConfigurationState& state);

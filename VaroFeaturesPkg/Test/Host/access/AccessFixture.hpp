@@ -13,6 +13,7 @@
 
 #include <numeric>
 
+#include "FakeUefi/FakeUefi.hpp"
 #include "Host/TestBytes.hpp"
 #include "access/AccessState.hpp"
 #include "access/AttributeAccess.hpp"

@@ -6,6 +6,7 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "Host/NotebookFixture.hpp"
+#include "access/AccessState.hpp"
 
 namespace {
 
@@ -35,14 +36,14 @@ class FailureTest : public NotebookFixture, public testing::WithParamInterface<s
  protected:
   FailureTest() { Furnish(notebook); }
 
-  /// Frees all that outlives the boot: nothing else may be left. The driver keeps what it publishes, and for itself its
-  /// waits, the platform's language and the boot options that the published views lead into.
+  /// Frees all that outlives the boot: nothing else may be left. The driver keeps what it publishes, the boot options
+  /// that the published views lead into, its attribute access protocol, its waits and the platform's language.
   void ExpectNothingLeftBehind() {
     std::multiset<size_t> own;
     for (UINT32 wait = 0; wait < mState.Prerequisites.Record; ++wait) {
       own.insert({sizeof(PrereqRecord), sizeof(EFI_GUID) + 1});
     }
-    if (mState.BootConfiguration.OptionCount != 0) {
+    if (mState.Published != nullptr && mState.Published->BootConfiguration->OptionCount != 0) {
       own.insert(sizeof(UINT32) + 2 * (sizeof(UINT16) + 6) + 2 * sizeof(u"Disk") - 2 + 13);
     }
     FreeStore(Database().Store());
@@ -50,8 +51,9 @@ class FailureTest : public NotebookFixture, public testing::WithParamInterface<s
       EXPECT_EQ(mState.Descriptors[table].Data != 0, mState.Descriptors[table].Limit != 0);
       FreeBlock(reinterpret_cast<const void*>(UINTN{mState.Descriptors[table].Data}));
     }
-    for (const void* const block : std::initializer_list<const void*>{mState.Published, mState.Descriptors,
-                                                                      mState.Directory, mState.PlatformLang}) {
+    for (const void* const block :
+         std::initializer_list<const void*>{mAccess.Interface, mAccess.RequestBuffer, mState.Published,
+                                            mState.Descriptors, mState.Directory, mState.PlatformLang}) {
       FreeBlock(block);
     }
     std::multiset<size_t> left;
