@@ -9,6 +9,7 @@
 #include <Library/BaseLib.h>
 #include <Library/BaseMemoryLib.h>
 #include <Library/MemoryAllocationLib.h>
+#include <Library/PrintLib.h>
 #include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
 #include "Attr.h"
@@ -319,8 +320,12 @@ RunWords (
   return RunSubcommand (Subcommand, Command, Pages);
 }
 
+/**
+  Finds the subcommand and runs it with the words behind it.
+**/
+STATIC
 SHELL_STATUS
-RunAttr (
+RunCommandLine (
   IN EFI_SHELL_PARAMETERS_PROTOCOL  *Parameters,
   IN EFI_SHELL_PROTOCOL             *Shell
   )
@@ -332,7 +337,6 @@ RunAttr (
   UINTN             Index;
   SHELL_STATUS      Result;
 
-  StartOutput ();
   if (Parameters->Argc < 2) {
     return ReportUsage ("list, get, info, set or export?", NULL);
   }
@@ -360,5 +364,23 @@ RunAttr (
   Command.Shell = Shell;
   Result        = RunWords (Found, Parameters, &Command, Words);
   FreePool (Words);
+  return Result;
+}
+
+SHELL_STATUS
+RunAttr (
+  IN EFI_SHELL_PARAMETERS_PROTOCOL  *Parameters,
+  IN EFI_SHELL_PROTOCOL             *Shell
+  )
+{
+  CHAR16        Number[8];
+  SHELL_STATUS  Result;
+
+  StartOutput ();
+  Result = RunCommandLine (Parameters, Shell);
+
+  // The Shell keeps the status of a program as "lasterror", but not that of a command from the firmware.
+  UnicodeSPrint (Number, sizeof (Number), L"0x%x", Result);
+  Shell->SetEnv (ATTR_STATUS_VARIABLE, Number, TRUE);
   return Result;
 }

@@ -14,6 +14,11 @@
 #include <Protocol/ShellParameters.h>
 #include "AttrTables.h"
 
+//
+// Variable of the Shell, for scripts, in the form of "lasterror".
+//
+#define ATTR_STATUS_VARIABLE  L"attrstatus"
+
 ///
 /// What the command line asks for.
 ///
@@ -28,12 +33,12 @@ typedef struct {
 } AttrCommand;
 
 /**
-  Runs the command.
+  Runs the command and leaves its status in the Shell's variable ATTR_STATUS_VARIABLE.
 
   @param[in]  Parameters  Its words; the first is the command's own name.
   @param[in]  Shell       The Shell that it was typed in.
 
-  @return  What the Shell keeps as "lasterror"; the help text says what each means.
+  @return  The status; the help text says what each means.
 **/
 SHELL_STATUS
 RunAttr (

@@ -296,6 +296,28 @@ ReadBack (
 }
 
 /**
+  Says why there is no password, without which nothing was sent.
+**/
+STATIC
+SHELL_STATUS
+ReportNoPassword (
+  IN EFI_STATUS  Status
+  )
+{
+  switch (Status) {
+    case EFI_ABORTED:
+      PutText ("attr: given up, nothing sent\n");
+      return SHELL_ABORTED;
+    case EFI_UNSUPPORTED:
+      PutText ("attr: not a password of up to 255 printable characters, nothing sent\n");
+      return SHELL_INVALID_PARAMETER;
+    default:
+      PutFormat ("attr: no password can be read, nothing sent (%r)\n", Status);
+      return SHELL_DEVICE_ERROR;
+  }
+}
+
+/**
   Changes an attribute whose new value passed all checks.
 **/
 STATIC
@@ -312,9 +334,7 @@ ChangeValue (
 
   Status = Send (Command, Entry, Value, &Asking);
   if (EFI_ERROR (Status) && Asking) {
-    PutText ((Status == EFI_ABORTED) ? "attr: given up, nothing sent\n" :
-             "attr: not a password of up to 255 printable characters, nothing sent\n");
-    return (Status == EFI_ABORTED) ? SHELL_ABORTED : SHELL_INVALID_PARAMETER;
+    return ReportNoPassword (Status);
   }
 
   Result = EFI_ERROR (Status) ? ReportRefusal (Status, Command->Password) : ReadBack (Command, Entry, Value);

@@ -127,7 +127,7 @@ PutValue (
 
   Attribute = &Entry->Attribute;
   if (!Attribute->HasParts) {
-    PutText ((Attribute->Type == PLDM_BIOS_ATTRIBUTE_PASSWORD) ? "not installed" : "?");
+    PutText ("?");
     return;
   }
 
@@ -138,7 +138,7 @@ PutValue (
       PutText ((Form == ValueExact) ? "\"" : "");
       break;
     case PLDM_BIOS_ATTRIBUTE_PASSWORD:
-      PutText ("installed");
+      PutText ("hidden");
       break;
     case PLDM_BIOS_ATTRIBUTE_INTEGER:
       PutFormat ("%lu", Attribute->Number);
@@ -280,6 +280,7 @@ PutLines (
     return ReportNoTables (Status);
   }
 
+  ZeroMem (&Entry, sizeof (Entry));
   Lines  = 0;
   Result = SHELL_SUCCESS;
   for (Index = 0; (Index < Count) && (Result == SHELL_SUCCESS); Index++) {
@@ -376,7 +377,7 @@ GetAttribute (
   if (Result == SHELL_SUCCESS) {
     if (Command->ByName) {
       Result = PutValueByName (Command, Entry.Name);
-    } else if (!Entry.Attribute.HasParts && (Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_PASSWORD)) {
+    } else if (!Entry.Attribute.HasParts) {
       Result = ReportRefusal (Entry.Status, FALSE);
     } else {
       PutValue (Command->Access, &Entry, ValuePlain);
