@@ -50,8 +50,8 @@ NameIs (
   );
 
 /**
-  Compares the bare name with a pattern, without regard to case: "*" stands for any characters and "?" for one. A pattern
-  without either is looked for within the name.
+  Compares the bare name with a pattern, without regard to case: "*" stands for any characters and "?" for one. A
+  pattern without either is looked for within the name.
 **/
 BOOLEAN
 NameMatches (
@@ -73,8 +73,8 @@ NextAnnotation (
   );
 
 /**
-  Enters a name among the suggestions when it is near enough to the typed one: it begins like it, or a few characters are
-  wrong, missing or too many. Case makes no difference here.
+  Enters a name among the suggestions when it is near enough to the typed one: it begins like it, or a few characters
+  are wrong, missing or too many. Case makes no difference here.
 **/
 VOID
 SuggestName (

@@ -21,8 +21,8 @@
 #define ENUMERATION_LIMIT  241
 
 ///
-/// An attribute that CorvaneDxe makes itself. Their texts are the same on every platform, and all of them are made behind
-/// those of the setup's questions.
+/// An attribute that CorvaneDxe makes itself. Their texts are the same on every platform, and all of them are made
+/// behind those of the setup's questions.
 ///
 typedef struct {
   CONST CHAR8    *Name;       ///< without its suffix

@@ -18,8 +18,8 @@
 /**
   Asks for a password at the keyboard. Printable ASCII, Backspace, Enter; Escape gives up.
 
-  @param[out]  Password  Room for PASSWORD_CAPACITY bytes, which the caller wipes with WipeBytes once it is used. Nothing is
-                         left in it unless EFI_SUCCESS.
+  @param[out]  Password  Room for PASSWORD_CAPACITY bytes, which the caller wipes with WipeBytes once it is used.
+                         Nothing is left in it unless EFI_SUCCESS.
 
   @retval EFI_SUCCESS       Password is terminated.
   @retval EFI_ABORTED       Escape.

@@ -364,7 +364,8 @@ SetAttribute (
     if (Entry.Attribute.ReadOnly) {
       PutText ("attr: the attribute is read-only\n");
       Result = SHELL_WRITE_PROTECTED;
-    } else if ((Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_INTEGER) && (Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_STRING) &&
+    } else if ((Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_INTEGER) &&
+               (Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_STRING) &&
                (Entry.Attribute.Type != PLDM_BIOS_ATTRIBUTE_ENUMERATION))
     {
       PutText ("attr: an attribute of this type cannot be set\n");

@@ -476,7 +476,11 @@ PutDependencies (
   UINTN  Index;
 
   PutNameDependencies (NULL, Entry->Name, Subject);
-  for (Index = 0; (Entry->Attribute.Type == PLDM_BIOS_ATTRIBUTE_ENUMERATION) && (Index < Entry->Attribute.PossibleCount); Index++) {
+  if (Entry->Attribute.Type != PLDM_BIOS_ATTRIBUTE_ENUMERATION) {
+    return;
+  }
+
+  for (Index = 0; Index < Entry->Attribute.PossibleCount; Index++) {
     Value = ReadName (Access, HandleAt (Entry->Attribute.Possible, Index));
     if (Value != NULL) {
       PutNameDependencies ((Subject == NULL) ? NULL : Entry->Name, Value, Subject);

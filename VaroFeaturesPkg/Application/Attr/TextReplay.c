@@ -12,8 +12,8 @@
 #include "TextReplay.h"
 
 ///
-/// One set of table positions for each step boundary: those that the steps before it can have led to. A table may be cut
-/// at its capacity, so positions go on behind its last text as far as the steps could.
+/// One set of table positions for each step boundary: those that the steps before it can have led to. A table may be
+/// cut at its capacity, so positions go on behind its last text as far as the steps could.
 ///
 typedef struct {
   CONST ReplayStep    *Steps;
@@ -148,7 +148,8 @@ WalkForward (
 }
 
 /**
-  Walks back from the end, keeps the positions that lead to it and notes the text of each step that always makes the same.
+  Walks back from the end, keeps the positions that lead to it and notes the text of each step that always makes the
+  same.
 **/
 STATIC
 VOID

@@ -13,9 +13,9 @@
 //
 // The display texts stand in the table in their order of creation, and nothing in it says what a text belongs to. What
 // made texts, and in which order, is known from the attributes; whether a step made one is not always: a text of more
-// than 174 characters is left out, a text that is there already is not entered again, a checkbox and a list of two values
-// look alike in the attribute table. So all ways in which the steps can have made the table are followed, and a text is
-// said to be of a step only when it is in all of them.
+// than 174 characters is left out, a text that is there already is not entered again, a checkbox and a list of two
+// values look alike in the attribute table. So all ways in which the steps can have made the table are followed, and a
+// text is said to be of a step only when it is in all of them.
 //
 typedef enum {
   ReplayAnyText,     ///< a new text, unless it was too long
