@@ -13,12 +13,12 @@
 
 #include <Uefi.h>
 #include <Library/BaseLib.h>
+#include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
 #include <Protocol/PublishedTables.h>
 #include <Protocol/ShellParameters.h>
+#include <TableReader.h>
 #include "CacheCheck.h"
-#include "Output.h"
-#include "TableReader.h"
 
 STATIC CONST CHAR8 *CONST  mTypeNames[] = {
   "enumeration", "string", "password", "integer", "boot-configuration", "collection", "configuration-set"

@@ -10,11 +10,11 @@
 #include <Corvane/AttributeCache.h>
 #include <Library/BaseLib.h>
 #include <Library/MemoryAllocationLib.h>
+#include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
 #include <Library/UefiLib.h>
 #include <Protocol/Decompress.h>
 #include "CacheCheck.h"
-#include "Output.h"
 
 #define WIDE_(Text)  L##Text
 #define WIDE(Text)   WIDE_(Text)

@@ -1,5 +1,5 @@
 /** @file
-  Output: text for the console, a line at a time, however long it is.
+  TextOutputLib: text for the console, a line at a time, however long it is.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -8,11 +8,12 @@
 #include <Uefi.h>
 #include <Library/BaseLib.h>
 #include <Library/PrintLib.h>
+#include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
-#include "Output.h"
 
-STATIC CHAR16  mPending[256];
-STATIC UINTN   mPendingCount;
+STATIC CHAR16   mPending[256];
+STATIC UINTN    mPendingCount;
+STATIC BOOLEAN  mStopped;
 
 STATIC
 VOID
@@ -22,27 +23,46 @@ Flush (
 {
   mPending[mPendingCount] = L'\0';
   mPendingCount           = 0;
-  gST->ConOut->OutputString (gST->ConOut, mPending);
+  if (!mStopped) {
+    mStopped = (BOOLEAN)EFI_ERROR (gST->ConOut->OutputString (gST->ConOut, mPending));
+  }
 }
 
 STATIC
 VOID
 PutCharacter (
-  IN CHAR8  Character
+  IN CHAR16  Character
   )
 {
   if (mPendingCount >= ARRAY_SIZE (mPending) - 3) {
     Flush ();
   }
 
-  if (Character == '\n') {
+  if (Character == L'\n') {
     mPending[mPendingCount++] = L'\r';
   }
 
-  mPending[mPendingCount++] = (UINT8)Character;
-  if (Character == '\n') {
+  mPending[mPendingCount++] = Character;
+  if (Character == L'\n') {
     Flush ();
   }
+}
+
+VOID
+StartOutput (
+  VOID
+  )
+{
+  mPendingCount = 0;
+  mStopped      = FALSE;
+}
+
+BOOLEAN
+OutputStopped (
+  VOID
+  )
+{
+  return mStopped;
 }
 
 VOID
@@ -51,7 +71,19 @@ PutText (
   )
 {
   for ( ; *Text != '\0'; Text++) {
-    PutCharacter (*Text);
+    PutCharacter ((UINT8)*Text);
+  }
+}
+
+VOID
+PutWideText (
+  IN CONST CHAR16  *Text
+  )
+{
+  for ( ; *Text != L'\0'; Text++) {
+    if (*Text != L'\r') {
+      PutCharacter (*Text);
+    }
   }
 }
 
@@ -89,7 +121,7 @@ PutEscaped (
     }
 
     if (Plain) {
-      PutCharacter (Bytes[Index]);
+      PutCharacter ((UINT8)Bytes[Index]);
     } else {
       PutFormat ("\\x%02X", (UINT8)Bytes[Index]);
     }

@@ -1,5 +1,5 @@
 /** @file
-  TableReader: numbers and bytes out of a published table, never from behind its last entry.
+  TableReader: numbers and bytes out of a published table or another block, never from behind its end.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -39,6 +39,23 @@ OpenTable (
   Around         = PLDM_BIOS_TABLE_CHECKSUM_SIZE + (UINTN)Descriptor->PadLength;
   Reader->Next   = (CONST UINT8 *)(UINTN)Descriptor->Data;
   Reader->Left   = ((Descriptor->Data == 0) || (Descriptor->Limit < Around)) ? 0 : Descriptor->Limit - Around;
+  Reader->Failed = FALSE;
+}
+
+/**
+  Opens a block of bytes.
+**/
+STATIC
+inline
+VOID
+OpenBytes (
+  IN  CONST VOID   *Bytes,
+  IN  UINTN        Count,
+  OUT TableReader  *Reader
+  )
+{
+  Reader->Next   = Bytes;
+  Reader->Left   = Count;
   Reader->Failed = FALSE;
 }
 

@@ -1,0 +1,40 @@
+/** @file
+  AttrApp: attr as a program of its own, for a Shell that does not have it built in.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include <Uefi.h>
+#include <Library/UefiBootServicesTableLib.h>
+#include <Library/UefiLib.h>
+#include "Attr.h"
+
+///
+/// The Shell looks for the help text in the image's resources; naming it puts it there.
+///
+GLOBAL_REMOVE_IF_UNREFERENCED EFI_STRING_ID  mHelpText = STRING_TOKEN (STR_GET_HELP_ATTR);
+
+EFI_STATUS
+EFIAPI
+AttrAppEntryPoint (
+  IN EFI_HANDLE        ImageHandle,
+  IN EFI_SYSTEM_TABLE  *SystemTable
+  )
+{
+  EFI_SHELL_PARAMETERS_PROTOCOL  *Parameters;
+  EFI_SHELL_PROTOCOL             *Shell;
+  EFI_STATUS                     Status;
+
+  Status = gBS->HandleProtocol (ImageHandle, &gEfiShellParametersProtocolGuid, (VOID **)&Parameters);
+  if (!EFI_ERROR (Status)) {
+    Status = gBS->LocateProtocol (&gEfiShellProtocolGuid, NULL, (VOID **)&Shell);
+  }
+
+  if (EFI_ERROR (Status)) {
+    Print (L"attr: runs in the UEFI Shell only\n");
+    return Status;
+  }
+
+  return (EFI_STATUS)RunAttr (Parameters, Shell);   // the Shell takes it as its own status
+}

@@ -1,0 +1,291 @@
+/** @file
+  AttrTables: asks the attribute access protocol, and trusts none of its answers.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include <Uefi.h>
+#include <IndustryStandard/PldmBios.h>
+#include <Library/BaseLib.h>
+#include <Library/BaseMemoryLib.h>
+#include <Library/MemoryAllocationLib.h>
+#include <Library/UefiBootServicesTableLib.h>
+#include <Protocol/LoadedImage.h>
+#include "AttrTables.h"
+
+//
+// No answer is longer than the buffer that it came through.
+//
+#define ANSWER_LIMIT  SIZE_64KB
+
+//
+// A type that no attribute has, to tell that GetAttributeInfo left the record alone.
+//
+#define NO_TYPE  MAX_UINT32
+
+EFI_STATUS
+OpenAttributeAccess (
+  OUT AttributeAccessProtocol  **Access
+  )
+{
+  EFI_HANDLE  *Handles;
+  UINTN       Count;
+  UINTN       Index;
+  VOID        *Image;
+  EFI_STATUS  Status;
+
+  Status = gBS->LocateHandleBuffer (ByProtocol, &gVaroAttributeAccessProtocolGuid, NULL, &Count, &Handles);
+  if (EFI_ERROR (Status)) {
+    return EFI_NOT_FOUND;
+  }
+
+  Status = EFI_NOT_STARTED;
+  for (Index = 0; (Index < Count) && (Status == EFI_NOT_STARTED); Index++) {
+    // The protocol outlives an image that ended with an error or was unloaded, and its record may be gone with it.
+    if (EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gEfiLoadedImageProtocolGuid, &Image)) ||
+        EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gVaroAttributeAccessProtocolGuid, (VOID **)Access)))
+    {
+      continue;
+    }
+
+    Status = ((*Access)->Revision == ATTRIBUTE_ACCESS_REVISION) ? EFI_SUCCESS : EFI_INCOMPATIBLE_VERSION;
+  }
+
+  FreePool (Handles);
+  return Status;
+}
+
+EFI_STATUS
+ReadHandles (
+  IN  AttributeAccessProtocol  *Access,
+  OUT UINT16                   **Handles,
+  OUT UINTN                    *Count
+  )
+{
+  UINT16      None;
+  UINT32      Size;
+  EFI_STATUS  Status;
+
+  *Handles = NULL;
+  *Count   = 0;
+  Size     = 0;
+  Status   = Access->GetAttributeHandles (Access, &None, &Size);
+  if (Status == EFI_UNSUPPORTED) {
+    Size = ANSWER_LIMIT;   // an unknown type hides the count, but not the handles before it
+  } else if (EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) {
+    return Status;
+  } else if (Size > ANSWER_LIMIT) {
+    return EFI_DEVICE_ERROR;
+  }
+
+  *Handles = AllocateZeroPool (Size + sizeof (UINT16));
+  if (*Handles == NULL) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+
+  Status = Access->GetAttributeHandles (Access, *Handles, &Size);
+  if (EFI_ERROR (Status) && (Status != EFI_UNSUPPORTED)) {
+    FreePool (*Handles);
+    *Handles = NULL;
+    return Status;
+  }
+
+  while ((*Count < Size / sizeof (UINT16)) && ((*Handles)[*Count] != 0)) {
+    (*Count)++;
+  }
+
+  return Status;
+}
+
+CHAR8 *
+ReadName (
+  IN AttributeAccessProtocol  *Access,
+  IN UINT16                   Handle
+  )
+{
+  CHAR8       None;
+  CHAR8       *Name;
+  UINT32      Size;
+  EFI_STATUS  Status;
+
+  Size   = 0;
+  Status = Access->GetAttributeString (Access, Handle, &None, &Size);
+  if ((EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) || (Size > ANSWER_LIMIT)) {
+    return NULL;
+  }
+
+  Name = AllocateZeroPool (Size + sizeof (CHAR8));
+  if ((Name != NULL) && EFI_ERROR (Access->GetAttributeString (Access, Handle, Name, &Size))) {
+    FreePool (Name);
+    Name = NULL;
+  }
+
+  return Name;
+}
+
+CHAR16 *
+ReadText (
+  IN AttributeAccessProtocol  *Access,
+  IN ATTRIBUTE_GET_TEXT       GetText,
+  IN UINT16                   Handle
+  )
+{
+  CHAR16      None;
+  CHAR16      *Text;
+  UINT32      Size;
+  EFI_STATUS  Status;
+
+  Size   = 0;
+  Status = GetText (Access, Handle, &None, &Size);
+  if ((EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) || (Size > ANSWER_LIMIT)) {
+    return NULL;
+  }
+
+  Text = AllocateZeroPool (Size + 2 * sizeof (CHAR16));
+  if ((Text != NULL) && EFI_ERROR (GetText (Access, Handle, Text, &Size))) {
+    FreePool (Text);
+    Text = NULL;
+  }
+
+  return Text;
+}
+
+/**
+  Reads the record with both parts.
+**/
+STATIC
+EFI_STATUS
+ReadRecord (
+  IN  AttributeAccessProtocol  *Access,
+  IN  UINT16                   Handle,
+  IN  UINT32                   Needed,
+  OUT AttributeEntry           *Entry
+  )
+{
+  EFI_STATUS  Status;
+
+  if (Needed > ANSWER_LIMIT) {
+    return EFI_DEVICE_ERROR;
+  }
+
+  Entry->Record = AllocateZeroPool (MAX (Needed, sizeof (AttributeInfo)));
+  if (Entry->Record == NULL) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+
+  Entry->Record->Handle = Handle;
+  Entry->RecordSize     = Needed;
+  Status                = Access->GetAttributeInfo (Access, Entry->Record, &Entry->RecordSize);
+  if (!EFI_ERROR (Status)) {
+    Entry->RecordSize = Needed;
+    ParseAttribute (Entry->Record, Entry->RecordSize, &Entry->Attribute);
+    Status = Entry->Attribute.HasParts ? EFI_SUCCESS : EFI_DEVICE_ERROR;
+  }
+
+  if (EFI_ERROR (Status)) {
+    FreePool (Entry->Record);
+    Entry->Record             = NULL;
+    Entry->Attribute.HasParts = FALSE;
+  }
+
+  return Status;
+}
+
+EFI_STATUS
+ReadEntry (
+  IN  AttributeAccessProtocol  *Access,
+  IN  UINT16                   Handle,
+  OUT AttributeEntry           *Entry
+  )
+{
+  AttributeInfo  Head;
+  UINT32         Size;
+  EFI_STATUS     Status;
+
+  ZeroMem (Entry, sizeof (*Entry));
+  Head.Type       = NO_TYPE;
+  Head.Handle     = Handle;
+  Head.NameHandle = 0;
+  Size            = 0;
+  Status          = Access->GetAttributeInfo (Access, &Head, &Size);
+  if (Head.Type == NO_TYPE) {
+    return EFI_ERROR (Status) ? Status : EFI_NOT_FOUND;
+  }
+
+  ParseAttribute (&Head, 0, &Entry->Attribute);
+  Entry->Name = ReadName (Access, Head.NameHandle);
+  if (Entry->Name == NULL) {
+    Entry->Name = AllocateZeroPool (sizeof (CHAR8));   // nameless: nobody can ask for it, a list shows it
+  }
+
+  if (Entry->Name == NULL) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+
+  Entry->Status = (Status == EFI_BUFFER_TOO_SMALL) ? ReadRecord (Access, Handle, Size, Entry) : Status;
+  return EFI_SUCCESS;
+}
+
+VOID
+FreeEntry (
+  IN OUT AttributeEntry  *Entry
+  )
+{
+  if (Entry->Name != NULL) {
+    FreePool (Entry->Name);
+  }
+
+  if (Entry->Record != NULL) {
+    FreePool (Entry->Record);
+  }
+
+  ZeroMem (Entry, sizeof (*Entry));
+}
+
+EFI_STATUS
+ReadEntries (
+  IN  AttributeAccessProtocol  *Access,
+  OUT AttributeEntry           **Entries,
+  OUT UINTN                    *Count
+  )
+{
+  UINT16      *Handles;
+  UINTN       HandleCount;
+  UINTN       Index;
+  EFI_STATUS  Status;
+
+  *Count   = 0;
+  *Entries = NULL;
+  Status   = ReadHandles (Access, &Handles, &HandleCount);
+  if (Handles == NULL) {
+    return Status;
+  }
+
+  *Entries = AllocateZeroPool ((HandleCount + 1) * sizeof (**Entries));
+  for (Index = 0; (*Entries != NULL) && (Index < HandleCount); Index++) {
+    if (EFI_ERROR (ReadEntry (Access, Handles[Index], &(*Entries)[*Count]))) {
+      FreeEntry (&(*Entries)[*Count]);
+    } else {
+      (*Count)++;
+    }
+  }
+
+  FreePool (Handles);
+  return (*Entries == NULL) ? EFI_OUT_OF_RESOURCES : Status;
+}
+
+VOID
+FreeEntries (
+  IN AttributeEntry  *Entries,
+  IN UINTN           Count
+  )
+{
+  while ((Entries != NULL) && (Count > 0)) {
+    FreeEntry (&Entries[--Count]);
+  }
+
+  if (Entries != NULL) {
+    FreePool (Entries);
+  }
+}
