@@ -25,11 +25,6 @@
 #include "ServiceTables.h"
 #include "ServiceValues.h"
 
-//
-// A value by name has room up to the place of its status byte.
-//
-#define BY_NAME_ANSWER_END  ATTRIBUTE_VALUE_BY_NAME_STATUS
-
 typedef enum {
   ServiceAnswers,
   ServiceAnswersStatus,   ///< mForcedStatus, whatever was asked for
@@ -112,16 +107,6 @@ FindRequested (
   return FindAttribute (Value->Handle, Attribute);
 }
 
-STATIC
-VOID
-PutNumber16 (
-  OUT UINT8   *Bytes,
-  IN  UINT16  Number
-  )
-{
-  WriteUnaligned16 ((UINT16 *)Bytes, Number);
-}
-
 /**
   Answers REQUEST_SELECT_VALUE by handle. No status is read from the answer, so a request without value is not handled.
 **/
@@ -150,14 +135,14 @@ AnswerValueByHandle (
 
   *Value->Data = Attribute.Type;
   Length       = MAX (Value->Reader.Left, sizeof (Attribute.Type) + Size);
-  PutNumber16 (Value->Length, (UINT16)Length);
+  WriteUnaligned16 ((UINT16 *)Value->Length, (UINT16)Length);
   Value->Data[Length]     = ATTRIBUTE_STATUS_SUCCESS;
   Request->PayloadLength += (UINT32)(Length - Value->Reader.Left);
   return TRUE;
 }
 
 /**
-  Answers REQUEST_SELECT_VALUE by name.
+  Answers REQUEST_SELECT_VALUE by name, which has room up to the place of its status byte.
 **/
 STATIC
 BOOLEAN
@@ -169,7 +154,7 @@ AnswerValueByName (
   ServiceAttribute  Attribute;
   UINTN             Size;
 
-  if ((Value->Status != (UINT8 *)Request + BY_NAME_ANSWER_END) || (Value->Reader.Left < sizeof (UINT16))) {
+  if ((Value->Status != (UINT8 *)Request + ATTRIBUTE_VALUE_BY_NAME_STATUS) || (Value->Reader.Left < sizeof (UINT16))) {
     return FALSE;
   }
 
@@ -184,7 +169,7 @@ AnswerValueByName (
                        );
   }
 
-  PutNumber16 (Value->Data, (*Value->Status == ATTRIBUTE_STATUS_SUCCESS) ? (UINT16)Size : 0);
+  WriteUnaligned16 ((UINT16 *)Value->Data, (*Value->Status == ATTRIBUTE_STATUS_SUCCESS) ? (UINT16)Size : 0);
   return TRUE;
 }
 

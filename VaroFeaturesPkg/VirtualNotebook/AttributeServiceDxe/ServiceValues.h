@@ -73,7 +73,7 @@ SetValueText (
   );
 
 ///
-/// The value is a good one but could not be kept. None of the statuses of the wire format: the client gives EFI_ABORTED.
+/// The value is a good one but could not be kept. No status of the wire format: the client gives EFI_ABORTED.
 ///
 #define SERVICE_STATUS_FAILED  0xFF
 
