@@ -1,9 +1,9 @@
 /** @file
   BootPhasesDxe: the two signals that CorvaneDxe waits for, and the results of the boot.
 
-  End of DXE: every driver of the firmware is dispatched, so all form sets are published. What the scenario item "set"
-  ("ID=VALUE;ID=VALUE") says the user changed since the last boot is changed now, what "damage" says is damaged, then
-  gVaroFormSetsUpdatedProtocolGuid is installed.
+  End of DXE: every driver of the firmware is dispatched, so all form sets are published. What the attribute service
+  accepted in the last boot is applied now, what the scenario item "set" ("ID=VALUE;ID=VALUE") says the user changed
+  since then is changed, what "damage" says is damaged; then gVaroFormSetsUpdatedProtocolGuid is installed.
 
   Ready to boot: BDS has connected the devices and put "BootOrder" in order, and is about to start the boot option.
   gVaroTablesRequestedProtocolGuid is installed; when the tables are out, the result files are written.
@@ -26,6 +26,7 @@
 #include <Library/UefiLib.h>
 #include <Library/UefiRuntimeServicesTableLib.h>
 #include <Protocol/FormSetsUpdated.h>
+#include <Protocol/PendingValues.h>
 #include <Protocol/SettingWriter.h>
 #include <Protocol/SetupValues.h>
 #include <Protocol/TablesRequested.h>
@@ -64,6 +65,25 @@ ApplyLanguage (
                   );
   DEBUG ((DEBUG_INFO, "%a: language %a: %r\n", gEfiCallerBaseName, Language, Status));
   FreePool (Language);
+}
+
+/**
+  Changes what the attribute service was asked for in the last boot.
+**/
+STATIC
+VOID
+ApplyPendingValues (
+  VOID
+  )
+{
+  PendingValuesProtocol  *Pending;
+  EFI_STATUS             Status;
+
+  Status = gBS->LocateProtocol (&gNotebookPendingValuesProtocolGuid, NULL, (VOID **)&Pending);
+  if (!EFI_ERROR (Status)) {
+    Status = Pending->Apply (Pending);
+    DEBUG ((DEBUG_INFO, "%a: pending values: %r\n", gEfiCallerBaseName, Status));
+  }
 }
 
 /**
@@ -143,6 +163,7 @@ OnEndOfDxe (
   if (!EFI_ERROR (gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues))) {
     SetupValues->Refresh (SetupValues);
     ApplyLanguage ();
+    ApplyPendingValues ();
     ApplyChanges ();
   }
 

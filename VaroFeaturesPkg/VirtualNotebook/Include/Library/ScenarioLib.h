@@ -12,16 +12,19 @@
     firmware-version  text that stands in for the version of the build
     language          platform language, such as fr-FR
     owner-password    non-zero: the platform knows an owner password
+    password-admin    text of the admin password, for the attribute service; matters while it is set
+    password-system   text of the system password, likewise
     passwords         admin,system,owner: the passwords that are set
+    service           how the attribute service misbehaves: fails, silent, or a status byte
     set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
     stress            more setup than a notebook has, in one more form set in the midst of the others:
                       strings, attributes, values, display, help: overfills this table alone; checkboxes: 250 of them;
                       bad-form-set: its IFR is cut short; 240, without the setup: 240 attributes in all
     twice             signals that are installed on two handles: form-sets-updated, tables-requested
-    without           parts of the platform that are missing: asset-tag, boot-options, cameras, defaults,
-                      firmware-version, form-data, form-sets-updated, mode-query, password-directory, password-service,
-                      password-state, settings, setup (the form sets of the notebook's own), tables-requested,
-                      transport
+    without           parts of the platform that are missing: asset-tag, attribute-service, boot-options,
+                      calling-interface, cameras, defaults, firmware-version, form-data, form-sets-updated, mode-query,
+                      password-directory, password-service, password-state, settings, setup (the form sets of the
+                      notebook's own), tables-requested, transport
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
