@@ -44,7 +44,8 @@ class GatheredFixture : public AttrFixture {
       EXPECT_EQ(notebook.Boot(), EFI_SUCCESS);
       for (size_t index = 0; index < contents.size(); ++index) {
         const TableDescriptor& descriptor = notebook.Published()->Descriptors[index];
-        contents[index] = Middle(notebook.Table(index), 0, size_t{descriptor.PadLength} + 4);
+        const Bytes table = BytesAt(reinterpret_cast<const void*>(UINTN{descriptor.Data}), descriptor.Limit);
+        contents[index] = Middle(table, 0, size_t{descriptor.PadLength} + 4);
       }
     }
     auto fixture = std::make_unique<GatheredFixture>();
