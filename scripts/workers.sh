@@ -10,8 +10,8 @@
 stop_workers() { jobs -pr | xargs -r kill 2>/dev/null || true; }
 trap 'stop_workers; stop_child' EXIT
 
-# run_side_by_side SCENARIO...: starts and reports them in this order, the results of each in one piece. A worker needs a
-# token off a pipe to be started and gives it back when it ends, however it ends.
+# run_side_by_side SCENARIO...: starts and reports them in this order, the results of each in one piece. A worker needs
+# a token off a pipe to be started and gives it back when it ends, however it ends.
 run_side_by_side() {
   local folder="$LOGS/scenarios" name tokens reported=0
   local -a names=("$@") workers=()

@@ -37,7 +37,7 @@ restored() { count_is "$1" FormSetsListed 0 && count_is "$1" FormSetsParsed 0; }
 
 decodes() { "$INSPECT" show "$(records_of "$1")" >/dev/null; }
 
-# Eight records, five tables with good checksums, and a protocol that shows the same attributes: whatever the tables lack.
+# Eight records, five tables with good checksums, a protocol that shows the same attributes: whatever the tables lack.
 published() {
   count_is "$1" RecordsSent 8 && same_attributes "$1" || return
   (($("$INSPECT" show "$(records_of "$1")" 2>/dev/null | awk '/^table / { on = 1 } on && $6 == "ok"' | wc -l) == 5)) ||
@@ -98,7 +98,8 @@ lacks() {
 differs_only_in() {
   local first=$1 second=$2 changed line
   shift 2
-  changed=$(diff <(attributes "$first") <(attributes "$second") | sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p') || true
+  changed=$(diff <(attributes "$first") <(attributes "$second") |
+    sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p') || true
   for line in "$@"; do
     grep -qxF -e "$line" <<<"$changed" || { say "not there: $line"; return 1; }
   done
@@ -123,10 +124,11 @@ no_variables() {
 
 # says_once BOOT TEXT...: each is one line of the driver's, and no other line says the same.
 says_once() {
-  local boot=$1 line
+  local said line
+  said=$(text_of "$1" serial.log)
   shift
   for line in "$@"; do
-    (($(text_of "$boot" serial.log | grep -cF -e "CorvaneDxe: $line") == 1)) || { say "not said once: $line"; return 1; }
+    (($(grep -cF -e "CorvaneDxe: $line" <<<"$said") == 1)) || { say "not said once: $line"; return 1; }
   done
 }
 

@@ -118,7 +118,7 @@ scenario_store_full_before_help() {
   check 'the boot after publishes everything' same_tables cold no-help-rebuilt
 }
 
-# store_without VARIABLE...: bytes that the cold boot took of its store, less what these variables took, and some to spare.
+# store_without VARIABLE...: bytes that the cold boot took of its store, less what these variables took, and a few more.
 store_without() {
   local taken name
   taken=$((STORE_SIZE - $(text_of cold platform.txt | sed -n 's/^VariableStoreRoom //p') + 128))

@@ -68,7 +68,7 @@ cameras_are() {
   [[ $shown == "$2" ]] || { say "there are $shown"; return 1; }
 }
 
-# A setting that cannot be read drops its attribute; where the attribute stands without it, its value is 0 or what it was.
+# A setting that cannot be read drops its attribute; one that stands without it has the value 0, or what it was.
 scenario_failing_settings() {
   scenario_boot failing --set factory-mode=1 --set failing-settings=1340,1621,1751,1843,12054 || return
   check 'the tables are published' published failing
@@ -104,7 +104,8 @@ scenario_language() {
   check 'the tables are published' published french
   check 'the inspector finds nothing to complain of' decodes french
   check 'attributes and values are those of every language' same_tables cold french --only values
-  check 'names are those of every language, but for collections and a question without keyword' same_attribute_names cold french
+  check 'names are those of every language, but for collections and a question without keyword' \
+    same_attribute_names cold french
   check 'the texts are in the language' speaks_french french
   after french french-warm || return
   check 'from the cache, no form set is parsed' restored french-warm

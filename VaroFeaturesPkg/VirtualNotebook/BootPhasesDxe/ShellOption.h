@@ -9,8 +9,8 @@
 #define SHELL_OPTION_H_
 
 /**
-  Puts the Shell first into "BootOrder", unless it is there already. It runs the disk's startup.nsh without the countdown
-  of the option that BDS makes.
+  Puts the Shell first into "BootOrder", unless it is there already. It runs the disk's startup.nsh without the
+  countdown of the option that BDS makes.
 **/
 VOID
 AddShellOption (
