@@ -25,7 +25,7 @@ PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
 [[gnu::noinline]] StringHandle InternOwn(AttributeDatabase& database, const CHAR8* text, StringArray array) {
   std::array<CHAR16, kLongestDisplayText + 1> widened{};
   for (size_t i = 0; text[i] != 0 && i < kLongestDisplayText; ++i) {
-    widened[i] = text[i];
+    widened[i] = static_cast<UINT8>(text[i]);
   }
   return array == StringArray::Names ? InternName(database, widened.data())
                                      : InternDisplayString(database, widened.data()).Handle;
