@@ -10,15 +10,18 @@ readonly INTEGRATION="$BUILD/integration"
 readonly INTEGRATION_PLATFORM=CorvaneIntegration
 readonly DRIVER_FILE_GUID=08157BB8-474F-4AE3-863E-26C03D080D9E
 
-# add_line FILE AFTER LINE: put LINE behind the first line that is AFTER, or at the end when AFTER is empty.
+# add_line FILE AFTER LINE: put LINE behind the first line that is AFTER, or at the end when AFTER is empty. EDK II's files
+# have carriage returns.
 add_line() {
   local file=$1 after=$2 line=$3
   if [[ -z $after ]]; then
-    printf '\n%s\n' "$line" >>"$file"
+    printf '\r\n%s\r\n' "$line" >>"$file"
     return
   fi
-  grep -qxF "$after" "$file" || die "$(basename "$file") has no line '$after'"
-  awk -v after="$after" -v line="$line" '{ print } $0 == after { print line }' "$file" >"$file.new"
+  awk -v after="$after" -v line="$line" '
+    { print; sub(/\r$/, "") }
+    $0 == after && !found { printf "%s\r\n", line; found = 1 }
+    END { exit !found }' "$file" >"$file.new" || die "$(basename "$file") has no line '$after'"
   mv "$file.new" "$file"
 }
 

@@ -80,4 +80,10 @@ TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
   EXPECT_EQ(ByToken(3633), "");
 }
 
+TEST_F(EntryPointTest, UnloadingWhileAWaitIsArmedIsTold) {
+  notebook.Start();
+  EXPECT_EQ(notebook.Uefi.LoadedImage.Unload(gImageHandle), EFI_SUCCESS);
+  EXPECT_EQ(notebook.Uefi.Warnings("unloaded while it waits"), 1U);
+}
+
 }  // namespace
