@@ -30,7 +30,8 @@ readonly QEMU_MACHINE=(
 )
 
 # boot NAME TARGET [--firmware FILE] [--loader FILE] [--vars FILE] [--store BYTES] [--set KEY=VALUE]...
-#      [--file PATH]... [--command LINE]... [--keys TEXT]... [--memory yes] [--limit SECONDS]
+#      [--file PATH]... [--command LINE]... [--keys TEXT]... [--memory yes] [--flash-log yes]
+#      [--limit SECONDS]
 #   NAME       folder of the boot under out/
 #   TARGET     RELEASE or DEBUG firmware
 #   --firmware other firmware than the notebook's
@@ -41,11 +42,13 @@ readonly QEMU_MACHINE=(
 #   --file     a file for the disk that the Shell finds as FS0:
 #   --command  a line of startup.nsh, which ends with the power-off
 #   --keys     typed at once when a program in the guest asks for a password: the first ones the first time, and so on
-#   --memory   the guest's memory while a script pauses is left in memory.bin; then a key is pressed
+#   --memory   the guest's memory while it waits for the last keys is left in memory.bin
+#   --flash-log
+#              every write to the variable flash is left in flash.log, in the order they came
 #   --limit    seconds after which a boot that does not power off has failed
 # Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
 boot() {
-  local name=$1 target=$2 code='' loader='' vars='' store='' memory='' limit=180 setting value
+  local name=$1 target=$2 code='' loader='' vars='' store='' memory='' log='' limit=180 setting value
   local -a settings=() files=() commands=() keys=()
   shift 2
   while (($# > 0)); do
@@ -59,6 +62,7 @@ boot() {
       --command) commands+=("$2") ;;
       --keys) keys+=("$2") ;;
       --memory) memory=$2 ;;
+      --flash-log) log=$2 ;;
       --limit) limit=$2 ;;
       *) die "boot: unknown option $1" ;;
     esac
@@ -86,7 +90,7 @@ boot() {
   local -a qemu=(
     qemu-system-aarch64 "${QEMU_MACHINE[@]}"
     -bios "${code:-$firmware/QEMU_EFI.fd}"
-    -drive "if=pflash,unit=1,format=raw,cache=unsafe,file=$work/vars.fd"
+    -drive "if=pflash,unit=1,cache=unsafe,$(flash_drive "$work/vars.fd" "${log:+$folder/flash.log}")"
     -drive "if=none,id=disk,format=raw,cache=unsafe,file=$work/disk.img" -device 'virtio-blk-pci,drive=disk'
     -chardev "pipe,id=console,path=$work/console" -serial chardev:console
     -chardev "pipe,id=monitor,path=$work/monitor" -mon chardev=monitor
@@ -115,6 +119,16 @@ shrink_store() {
   header+="\\x04\\0\\0\\0$(printf '\\x%02x' $((size & 255)) $((size >> 8 & 255)) $((size >> 16)) 0)"
   header+='NotebookFiller\x01\0F\0\0\0'
   printf '%b' "$header" | dd of="$1" bs=1 seek="$STORE_OFFSET" conv=notrunc status=none
+}
+
+# flash_drive FILE [LOG]: the options for QEMU's drive.
+flash_drive() {
+  if [[ -z ${2:-} ]]; then
+    printf 'format=raw,file=%s' "$1"
+  else
+    : >"$2"
+    printf 'driver=blklogwrites,file.driver=file,file.filename=%s,log.driver=file,log.filename=%s' "$1" "$2"
+  fi
 }
 
 # A FAT disk with the given files. Serial number and dates are fixed: they would show in the console log.
@@ -167,17 +181,12 @@ run_until_power_off() {
   [[ -z $problem ]] || { complain "boot '$name' $problem [log: ${log#"$ROOT/"}]"; return 1; }
 }
 
-# For boot and run_until_power_off: does what the guest waits for.
+# For boot and run_until_power_off: types what the guest waits for.
 attend() {
-  if ((asked < ${#keys[@]} && asked < $(grep -ao 'Password: ' "$1" | wc -l))); then
-    printf '%s' "${keys[asked]}" >"$work/console.in"
-    asked=$((asked + 1))
-  fi
-  if [[ -n $memory ]] && grep -aq 'any other key to continue' "$1"; then
-    memory=''
-    save_memory "$folder/memory.bin"
-    printf ' ' >"$work/console.in"
-  fi
+  ((asked < ${#keys[@]} && asked < $(grep -ao 'Password: ' "$1" | wc -l))) || return 0
+  if [[ -n $memory ]] && ((asked == ${#keys[@]} - 1)); then save_memory "$folder/memory.bin"; fi
+  printf '%s' "${keys[asked]}" >"$work/console.in"
+  asked=$((asked + 1))
 }
 
 # The monitor answers when it is done, but nobody listens: the file's size tells.

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # @file
-# find-secrets.py FOLDER START WITNESS PASSWORD...: looks for passwords that were typed, and for the keys that the
-# attribute service gave for them, in what a boot left: its memory, saved while the Shell waited, and all other files.
+# find-secrets.py FOLDER START PASSWORD OLDER...: looks for passwords that were typed, and for the keys that the
+# attribute service gave for them, in what a boot left: its memory, saved in the middle of it, and all other files.
 #
 # A password is looked for as ASCII, UCS-2 and key strokes. In memory the terminal driver may keep one in its rings of
 # typed characters, and the attribute service the key that it compares with; anything else is a copy that somebody left.
-# The witness is a word of the session that is not secret: where it is not found, nothing was looked through.
+# Both have to be found there, older passwords excepted: that proves that they were typed and that the search sees them.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -42,7 +42,7 @@ def rings(memory, start):
                 yield "terminal driver", pointer - start, pointer - start + size
 
 
-def main(folder, start, witness, *passwords):
+def main(folder, start, *passwords):
     start = int(start, 0)
     memory = (pathlib.Path(folder) / "memory.bin").read_bytes()
     owned = list(rings(memory, start))
@@ -52,7 +52,9 @@ def main(folder, start, witness, *passwords):
     owned += [("attribute service", *span) for span in keys]
     secrets += [(f"key {memory[first:end].hex()}", memory[first:end], 4) for first, end in keys]
 
+    older = tuple(repr(password) for password in passwords[1:])
     left = 0
+    seen = set()
     for path in pathlib.Path(folder).iterdir():
         data = path.read_bytes()
         for name, secret, step in secrets:
@@ -60,13 +62,12 @@ def main(folder, start, witness, *passwords):
                 owner = [owner for owner, first, end in owned
                          if path.name == "memory.bin" and first <= place and place + len(secret) <= end]
                 left += not owner
+                seen.update((name, each) for each in owner)
                 print(f"{path.name}+{place:x} {name}: {owner or data[max(0, place - 32):place + 64]}")
-    unsure = [] if keys else ["no key was given"]
-    unsure += [] if any(owner == "terminal driver" for owner, *_ in owned) else ["no terminal driver is there"]
-    unsure += [f"{witness} is not there as {form}" for form in ("ascii", "utf-16-le")
-               if witness.encode(form) not in memory]
-    print(f"{left} copies left", *unsure, sep="; ")
-    return 1 if left or unsure else 0
+    unseen = [name for name, *_ in secrets if name not in dict(seen) and not name.startswith(older)]
+    unseen += [] if keys else ["any key"]
+    print(f"{left} copies left; not seen where they may be:", ", ".join(unseen) or "none")
+    return 1 if left or unseen else 0
 
 
 if __name__ == "__main__":

@@ -77,18 +77,19 @@ help_is_long() {
   if [[ -n $full ]] || ((used < 65444 + 7)); then say "$used bytes $full"; return 1; fi
 }
 
-# The firmware as it is delivered: a DEBUG one overwrites memory that is freed.
+# The firmware as it is delivered: a DEBUG one overwrites memory that is freed. It is looked at when the prompt is shown
+# once more, where the stack is still as the password before has left it.
 scenario_access_secrets() {
   local name=access-secrets folder
   folder=$(scenario_folder "$name")
   boot "debug/$name" RELEASE --vars "$(vars_of cold)" "${LOCKED[@]}" "${SESSION_KEYS[@]}" --memory yes \
     --file "$(firmware_output RELEASE)/AARCH64/attr.efi" --file "$SESSIONS/session.nsh" \
-    --command 'session.nsh >a console.txt' --command pause || { count_results 0 1; return 1; }
+    --command 'session.nsh >a console.txt' || { count_results 0 1; return 1; }
   check 'the session goes as expected' prints "$name" session
   check 'no password and no key is left in memory, flash, records or logs' no_secrets "$folder"
 }
 
 # The memory is as large as all else together and of use only where something was found in it.
 no_secrets() {
-  "$ROOT/scripts/find-secrets.py" "$1" "$MEMORY_START" OwnerTag "$PASSWORD" "$WRONG_PASSWORD" && rm -f "$1/memory.bin"
+  "$ROOT/scripts/find-secrets.py" "$1" "$MEMORY_START" "$PASSWORD" "$WRONG_PASSWORD" && rm -f "$1/memory.bin"
 }

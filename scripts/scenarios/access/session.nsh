@@ -90,6 +90,12 @@ attr set -n ChargeStart 60 -p
 attr get ChargeStart
 @echo %attrstatus%
 
+@echo "== The program, where the Shell has no such command"
+attr.efi set BootDelay 5 -p
+@echo %lasterror%
+attr.efi get BootDelay
+@echo %lasterror%
+
 @echo "== With the password: integers, enumerations and strings, by handle and by name"
 attr set ChargeStart 60 -p
 @echo %attrstatus%
@@ -105,18 +111,12 @@ attr set Asset NB-0043 -p
 @echo %attrstatus%
 attr set -n OwnerTag "Lent to somebody" -p
 @echo %attrstatus%
-attr set InventoryNumber 123456789012 -p
-@echo %attrstatus%
 attr set ChargeStart 60 -p
 @echo %attrstatus%
 attr get -n SerialPort
 @echo %attrstatus%
-
-@echo "== The program, where the Shell has no such command"
-attr.efi set BootDelay 5 -p
-@echo %lasterror%
-attr.efi get BootDelay
-@echo %lasterror%
+attr set InventoryNumber 123456789012 -p
+@echo %attrstatus%
 
 @echo "== Given up at the prompt: the script ends there"
 attr set BootDelay 10 -p
