@@ -30,8 +30,9 @@ readonly SCENARIOS=(
   access access_unserved access_loaded_again access_long_help access_secrets
 )
 
-# The boots land in out/debug/, beside the image that they ran.
-scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }
+# The boots land in out/debug/, beside the image that they ran; those of the soak elsewhere.
+SCENARIO_GROUP=debug
+scenario_folder() { printf '%s/%s/%s' "$OUT" "$SCENARIO_GROUP" "$1"; }
 
 vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
 
