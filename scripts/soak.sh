@@ -45,8 +45,8 @@ scenario_cuts_in_change() {
   cut_power cut-change "$(vars_of fresh-warm)" AttCacheStatus 20
 }
 
-# cut_power BOOT FLASH VARIABLE COUNT: lets the power fail at that many moments of the boot, which began with this flash,
-# from when the variable changes; then boots twice. How many moments hit each stage is told at the end.
+# cut_power BOOT FLASH VARIABLE COUNT: lets the power fail at that many moments of the boot, which began with this
+# flash, from when the variable is written; then boots twice. How many moments hit each stage is told at the end.
 cut_power() {
   local boot=$1 flash=$2 variable=$3 count=$4 folder log at stage
   local -A hits=() whole=()
@@ -74,7 +74,8 @@ boot_after_cut() {
     boot "soak/$name-fresh" RELEASE --vars "$2" --set failing-settings=0x2618 >/dev/null || return
     fresh=$name-fresh
   fi
-  if ! { complete "$name" && values_are "$fresh" "$name" && complete "$name-next" && restored "$name-next"; }; then
+  if ! { complete "$name" && values_are "$fresh" "$name" &&
+    complete "$name-next" && restored "$name-next"; }; then
     say "        kept in out/soak/$name"
     cp "$2" "$(scenario_folder "$name")/cut.fd"
     return 1
@@ -89,8 +90,8 @@ complete() {
   found=$(same_tables fresh "$1" --only "$TABLES_OF_CACHE") || { say "$found"; return 1; }
 }
 
-# values_are FRESH BOOT: the values of a boot that gathered them anew, but for the one that is read anew as a byte and the
-# one that may have been changed.
+# values_are FRESH BOOT: the values of a boot that gathered them anew, but for the one that is read anew as a byte and
+# the one that may have been changed.
 values_are() {
   local changed
   changed=$(diff <(attributes "$1") <(attributes "$2") | sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p' |
