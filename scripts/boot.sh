@@ -183,7 +183,8 @@ run_until_power_off() {
 
 # For boot and run_until_power_off: types what the guest waits for.
 attend() {
-  ((asked < ${#keys[@]} && asked < $(grep -ao 'Password: ' "$1" | wc -l))) || return 0
+  ((asked < ${#keys[@]})) || return 0
+  (($(grep -ao 'Password: ' "$1" | wc -l) > asked)) || return 0
   if [[ -n $memory ]] && ((asked == ${#keys[@]} - 1)); then save_memory "$folder/memory.bin"; fi
   printf '%s' "${keys[asked]}" >"$work/console.in"
   asked=$((asked + 1))

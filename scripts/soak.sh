@@ -64,8 +64,8 @@ cut_power() {
 }
 
 # boot_after_cut NAME FLASH: the tables are those of a fresh build, and the boot after trusts the cache of this one. The
-# flash driver can lose the setup's own variables, too: where values differ, a boot of the same flash that keeps its hands
-# off the cache says what they have come to. Only the first of the boots after has read them in full.
+# flash driver can lose the setup's own variables, too: where values differ, a boot of the same flash that keeps its
+# hands off the cache says what they have come to. Only the first of the boots after has read them in full.
 boot_after_cut() {
   local name=$1 fresh=fresh
   boot "soak/$name" RELEASE --vars "$2" >/dev/null || return
