@@ -18,6 +18,9 @@ readonly DISK_SECTORS=65536
 # What a firmware prints when it cannot go on.
 readonly FATAL_LINES='^ASSERT |Synchronous Exception'
 
+# The board's memory, as -m below has it.
+readonly MEMORY_START=$((0x40000000)) MEMORY_SIZE=$((0x10000000))
+
 # Virtual time is counted in instructions (shift=4: 16 ns each) and idle time is skipped, so that two boots of one
 # scenario run alike to the instruction and the notebook's clock compares work, not the host's mood.
 readonly QEMU_MACHINE=(
@@ -27,7 +30,8 @@ readonly QEMU_MACHINE=(
 )
 
 # boot NAME TARGET [--firmware FILE] [--loader FILE] [--vars FILE] [--store BYTES] [--set KEY=VALUE]...
-#      [--file PATH]... [--command LINE]... [--limit SECONDS] [--qemu OPTION]...
+#      [--file PATH]... [--command LINE]... [--keys TEXT]... [--memory yes] [--flash-log yes]
+#      [--qemu OPTION]... [--limit SECONDS]
 #   NAME       folder of the boot under out/
 #   TARGET     RELEASE or DEBUG firmware
 #   --firmware other firmware than the notebook's
@@ -37,12 +41,16 @@ readonly QEMU_MACHINE=(
 #   --loader   what firmware that starts no Shell by itself boots from the disk
 #   --file     a file for the disk that the Shell finds as FS0:
 #   --command  a line of startup.nsh, which ends with the power-off
+#   --keys     typed at once when a program in the guest asks for a password: the first ones the first time, and so on
+#   --memory   the guest's memory while it waits for the last keys is left in memory.bin
+#   --flash-log
+#              every write to the variable flash is left in flash.log, in the order they came
 #   --qemu     a further option of QEMU
 #   --limit    seconds after which a boot that does not power off has failed
 # Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
 boot() {
-  local name=$1 target=$2 code='' loader='' vars='' store='' limit=180 setting value
-  local -a settings=() files=() commands=() further=()
+  local name=$1 target=$2 code='' loader='' vars='' store='' memory='' log='' limit=180 setting value
+  local -a settings=() files=() commands=() keys=() further=()
   shift 2
   while (($# > 0)); do
     case $1 in
@@ -53,6 +61,9 @@ boot() {
       --set) settings+=("$2") ;;
       --file) files+=("$2") ;;
       --command) commands+=("$2") ;;
+      --keys) keys+=("$2") ;;
+      --memory) memory=$2 ;;
+      --flash-log) log=$2 ;;
       --limit) limit=$2 ;;
       --qemu) further+=("$2") ;;
       *) die "boot: unknown option $1" ;;
@@ -72,13 +83,19 @@ boot() {
   printf '%s\r\n' fs0: "${commands[@]}" 'reset -s' >"$work/startup.nsh"
   make_disk "$work" "$work/startup.nsh" "${files[@]}"
   [[ -z $loader ]] || add_loader "$work/disk.img" "$loader"
+  # A pipe's two ends: what the guest prints is a file, what is typed a queue.
+  mkfifo "$work/console.in" "$work/monitor.in"
+  : >"$folder/serial.log"
+  ln -s "$folder/serial.log" "$work/console.out"
+  ln -s /dev/null "$work/monitor.out"
 
   local -a qemu=(
     qemu-system-aarch64 "${QEMU_MACHINE[@]}"
     -bios "${code:-$firmware/QEMU_EFI.fd}"
-    -drive "if=pflash,unit=1,format=raw,cache=unsafe,file=$work/vars.fd"
+    -drive "if=pflash,unit=1,cache=unsafe,$(flash_drive "$work/vars.fd" "${log:+$folder/flash.log}")"
     -drive "if=none,id=disk,format=raw,cache=unsafe,file=$work/disk.img" -device 'virtio-blk-pci,drive=disk'
-    -serial "file:$folder/serial.log" "${further[@]}"
+    -chardev "pipe,id=console,path=$work/console" -serial chardev:console
+    -chardev "pipe,id=monitor,path=$work/monitor" -mon chardev=monitor "${further[@]}"
   )
   for setting in "${settings[@]}"; do
     value=${setting#*=}  # where a comma is written twice in a QEMU option
@@ -104,6 +121,16 @@ shrink_store() {
   header+="\\x04\\0\\0\\0$(printf '\\x%02x' $((size & 255)) $((size >> 8 & 255)) $((size >> 16)) 0)"
   header+='NotebookFiller\x01\0F\0\0\0'
   printf '%b' "$header" | dd of="$1" bs=1 seek="$STORE_OFFSET" conv=notrunc status=none
+}
+
+# flash_drive FILE [LOG]: the options for QEMU's drive.
+flash_drive() {
+  if [[ -z ${2:-} ]]; then
+    printf 'format=raw,file=%s' "$1"
+  else
+    : >"$2"
+    printf 'driver=blklogwrites,file.driver=file,file.filename=%s,log.driver=file,log.filename=%s' "$1" "$2"
+  fi
 }
 
 # A FAT disk with the given files. Serial number and dates are fixed: they would show in the console log.
@@ -135,12 +162,12 @@ copy_from_disk() {
 
 # A DEBUG firmware that fails an assertion stops for good: no use waiting for the limit.
 run_until_power_off() {
-  local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) problem=''
+  local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) asked=0 problem=''
   shift 3
-  : >"$log"
   start_child "$log.qemu" "$@"
   while [[ -z $problem ]] && child_runs; do
     sleep 0.1
+    attend "$log"
     if grep -aqE "$FATAL_LINES" "$log"; then
       problem="stopped: $(grep -aE -m1 "$FATAL_LINES" "$log" | tr -d '\r')"
     elif ((SECONDS >= deadline)); then
@@ -154,6 +181,26 @@ run_until_power_off() {
   fi
   rm -f "$log.qemu"
   [[ -z $problem ]] || { complain "boot '$name' $problem [log: ${log#"$ROOT/"}]"; return 1; }
+}
+
+# For boot and run_until_power_off: types what the guest waits for.
+attend() {
+  ((asked < ${#keys[@]})) || return 0
+  (($(grep -ao 'Password: ' "$1" | wc -l) > asked)) || return 0
+  if [[ -n $memory ]] && ((asked == ${#keys[@]} - 1)); then save_memory "$folder/memory.bin"; fi
+  printf '%s' "${keys[asked]}" >"$work/console.in"
+  asked=$((asked + 1))
+}
+
+# The monitor answers when it is done, but nobody listens: the file's size tells.
+save_memory() {
+  local left=300
+  printf 'stop\npmemsave %s %s "%s"\n' "$MEMORY_START" "$MEMORY_SIZE" "$1" >"$work/monitor.in"
+  while [[ ! -f $1 ]] || (($(stat -c %s "$1") < MEMORY_SIZE)); do
+    ((left-- > 0)) && child_runs || return
+    sleep 0.1
+  done
+  printf 'cont\n' >"$work/monitor.in"
 }
 
 last_line() { tr -d '\r\0' <"$1" | grep -a '[[:graph:]]' | tail -n 1; }

@@ -1,5 +1,6 @@
 # @file
-# Prints what boots have left: the attributes and how full the tables are, then how long the phases took.
+# Prints what boots have left: the attributes and how full the tables are, how long the phases took, and what a change
+# at the Shell came to.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -45,4 +46,18 @@ print_times() {
         print ""
       }
     }' "${files[@]}"
+}
+
+# A setting of the notebook that no password protects.
+readonly CHANGE='attr set ChargeStart 60'
+
+# report_change BEFORE CHANGE AFTER: the console of the boot that made the change, and what it changed from the one boot
+# to the other. Both have gathered all values from the settings, so that there is no other difference.
+report_change() {
+  local status=0
+  say
+  say "== $CHANGE, and the next boot"
+  tr -d '\r\0' <"$OUT/$2/console.txt"
+  "$OUT/inspect" diff-tables "$OUT/$1/records.bin" "$OUT/$3/records.bin" --only values || status=$?
+  ((status == 1)) || die "the change is not in the tables of the $3 boot"
 }

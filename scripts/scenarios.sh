@@ -6,7 +6,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress; do
+for part in checks life modes damage platform stress access; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
@@ -26,10 +26,13 @@ readonly SCENARIOS=(
   # stress.sh: more setup than tables and store take, and less than a notebook has
   full_strings full_attributes full_values full_display_texts full_help_texts
   too_many_questions full_store bad_form_set no_form_sets
+  # access.sh: sessions at the Shell
+  access access_unserved access_loaded_again access_long_help access_secrets
 )
 
-# The boots land in out/debug/, beside the image that they ran.
-scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }
+# The boots land in out/debug/, beside the image that they ran; those of the soak elsewhere.
+SCENARIO_GROUP=debug
+scenario_folder() { printf '%s/%s/%s' "$OUT" "$SCENARIO_GROUP" "$1"; }
 
 vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
 

@@ -15,7 +15,7 @@ CACHE_VARIABLES=(BiosVersion AttributesData AttributesCount PldmString DispStrin
 readonly TABLES_OF_CACHE CACHE_VARIABLES
 
 # The sanitized inspector of the host tests: what boots leave is one more test of it.
-readonly INSPECT="$HOST_TESTS/tools/inspect/inspect"
+INSPECT="$HOST_TESTS/tools/inspect/inspect"
 
 records_of() { printf '%s/records.bin' "$(scenario_folder "$1")"; }
 

@@ -39,8 +39,9 @@ typedef struct {
 // The first five fill what the setup leaves free of one table (7680, 3072, 2048, 10240 and 65535 bytes) and more, and
 // little of the others: an entry of names takes 4 bytes and one for each character, an attribute 12, or 33 for a number
 // and 8 and 2 for each option of a one-of, a value 5 or 11 and its text, a display or help text 4 and two for each
-// character. "240" leaves, in a notebook without a setup of its own, room for its collection and four attributes of the
-// platform.
+// character. "long-help" fills the help table to its last hundred bytes, so that no single answer of the attribute
+// service holds it. "240" leaves, in a notebook without a setup of its own, room for its collection and four attributes
+// of the platform.
 //
 STATIC CONST StressKind  mKinds[] = {
   //                                        questions options keyword display  help  value
@@ -49,6 +50,7 @@ STATIC CONST StressKind  mKinds[] = {
   { "values",       EFI_IFR_STRING_OP,      8,      0,      8,         8,       0,     240,  FALSE },
   { "display",      EFI_IFR_CHECKBOX_OP,    20,     0,      8,         120,     0,     0,    FALSE },
   { "help",         EFI_IFR_CHECKBOX_OP,    8,      0,      8,         8,       4000,  0,    FALSE },
+  { "long-help",    EFI_IFR_CHECKBOX_OP,    8,      0,      8,         8,       3083,  0,    FALSE },
   { "checkboxes",   EFI_IFR_CHECKBOX_OP,    250,    0,      8,         8,       0,     0,    FALSE },
   { "240",          EFI_IFR_CHECKBOX_OP,    235,    0,      8,         8,       40,    0,    FALSE },
   { "bad-form-set", EFI_IFR_CHECKBOX_OP,    3,      0,      8,         8,       0,     0,    TRUE  }

@@ -18,8 +18,9 @@
     service           how the attribute service misbehaves: fails, silent, or a status byte
     set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
     stress            more setup than a notebook has, in one more form set in the midst of the others:
-                      strings, attributes, values, display, help: overfills this table alone; checkboxes: 250 of them;
-                      bad-form-set: its IFR is cut short; 240, without the setup: 240 attributes in all
+                      strings, attributes, values, display, help: overfills this table alone; long-help: fills that
+                      of help texts; checkboxes: 250 of them; bad-form-set: its IFR is cut short; 240, without the
+                      setup: 240 attributes in all
     twice             signals that are installed on two handles: form-sets-updated, tables-requested
     without           parts of the platform that are missing: asset-tag, attribute-service, boot-options,
                       calling-interface, cameras, defaults, firmware-version, form-data, form-sets-updated, mode-query,

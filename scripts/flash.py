@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+# @file
+# flash.py COMMAND: reads a variable flash, and the log of what was written to it while the notebook ran.
+#
+#   used FLASH                 prints how many variables there are, and the bytes that they take
+#   cuts FLASH LOG FROM COUNT  prints "WRITES STAGE" for so many moments at which the power may fail, from the write
+#                              of the variable FROM on: half of them at the edges of stages, the others evenly between
+#   cut FLASH LOG WRITES OUT   makes the flash as it was after so many writes
+#
+# A stage is told by what is in the flash: the driver's variables and the attribute service's, "erased" when there is no
+# store, and "rewritten" when others are gone that were there before and will be again. EDK II's flash driver erases and
+# rewrites the whole block for a write of more than 256 bytes.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+import struct
+import sys
+
+FLASH_SIZE = 768 << 10
+SECTOR = 512
+
+# AUTHENTICATED_VARIABLE_HEADER (MdeModulePkg) behind the headers of volume and store.
+STORE = 0x64
+HEADER = struct.Struct("<HBxI8x16x4xII16s")
+START = 0x55AA
+STATES = {0x3F: True, 0x3E: True}  # in use, in use until its successor is
+
+SHOWN = ("PldmString", "DispString", "HelpString", "AttributesData", "AttributesCount", "AttCacheStatus", "BiosVersion",
+         "PendingValues")
+
+
+def variables(flash):
+    """(name, data, bytes) of each variable in use; None where there is no store."""
+    if flash[40:44] != b"_FVH" or flash[STORE - 8] != 0x5A:
+        return None
+    found = []
+    place = STORE
+    while place + HEADER.size < len(flash):
+        start, state, _, name_size, data_size, _ = HEADER.unpack_from(flash, place)
+        if start != START:
+            break
+        size = (HEADER.size + name_size + data_size + 3) & ~3
+        if STATES.get(state):
+            name = bytes(flash[place + HEADER.size:place + HEADER.size + name_size]).decode("utf-16-le", "replace")
+            data = place + HEADER.size + name_size
+            found.append((name.rstrip("\0"), bytes(flash[data:data + data_size]), size))
+        place += size
+    return found
+
+
+def writes(log):
+    """(offset, bytes) of each write that QEMU's blklogwrites logged."""
+    place = SECTOR  # behind what would tell the number of entries, had the log been closed
+    while place + SECTOR <= len(log):
+        first, count = struct.unpack_from("<2Q", log, place)
+        place += SECTOR
+        if count:
+            yield first * SECTOR, log[place:place + count * SECTOR]
+            place += count * SECTOR
+
+
+def replay(flash, log):
+    """The flash before the first write and after each."""
+    flash = bytearray(flash[:FLASH_SIZE])
+    yield flash
+    for offset, data in writes(log):
+        if offset < FLASH_SIZE:
+            flash[offset:offset + len(data)] = data
+        yield flash
+
+
+def stages(flash, log):
+    """A stage for each number of writes, and what the shown variables hold."""
+    known = []
+    for state in replay(flash, log):
+        known.append(variables(state))
+    last = {name for name, *_ in known[-1]}
+    seen = set()
+    for now in known:
+        if now is None:
+            yield "erased", None
+            continue
+        names = {name for name, *_ in now}
+        missing = (seen & last) - names
+        seen |= names
+        shown = {name: data for name, data, _ in now if name in SHOWN}
+        present = [f"{name}={shown[name][0]}" if name == "AttCacheStatus" else name for name in SHOWN if name in shown]
+        yield ("rewritten" if missing else "+".join(present) or "nothing"), shown
+
+
+def spread(numbers, count):
+    """So many of the numbers, evenly."""
+    return {numbers[index * len(numbers) // count] for index in range(count)} if count < len(numbers) else set(numbers)
+
+
+def cuts(flash, log, first, count):
+    moments = list(stages(flash, log))
+    rewriting = ("erased", "rewritten")
+    begin = next(at for at, (stage, shown) in enumerate(moments)
+                 if stage not in rewriting and shown.get(first) != moments[0][1].get(first))
+    # The write that makes a variable valid comes after those of its content.
+    large = len(moments[begin][1][first]) > 256
+    begin -= 2
+    while large and begin > 0 and moments[begin][0] != "erased":
+        begin -= 1
+    end = len(moments) - 1
+    edges = [at for at in range(begin, end) if moments[at][0] != moments[at + 1][0]]
+    edges = sorted({at for edge in edges for at in (edge, edge + 1)})
+    chosen = spread(edges, count // 2) | {begin, end}
+    chosen |= spread(sorted(set(range(begin, end + 1)) - chosen), count - len(chosen))
+    for at in sorted(chosen):
+        print(at, moments[at][0])
+
+
+def read(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+def main(command, flash, *rest):
+    if command == "used":
+        found = variables(read(flash))
+        print(len(found), sum(size for *_, size in found))
+    elif command == "cuts":
+        cuts(read(flash), read(rest[0]), rest[1], int(rest[2]))
+    elif command == "cut":
+        for at, state in enumerate(replay(read(flash), read(rest[0]))):
+            if at == int(rest[1]):
+                with open(rest[2], "wb") as file:
+                    file.write(state)
+                return 0
+        return 1
+    else:
+        return 2
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
