@@ -33,9 +33,15 @@ struct Machine {
 };
 Machine* machine = nullptr;
 
+/// Compares byte by byte: the library's search would tell the fuzzer what is sought, and the fuzzer would have the
+/// service say it.
 bool HoldsSecret(const void* block, size_t size) {
-  const std::string_view bytes(static_cast<const char*>(block), size);
-  return bytes.find(kSecret.substr(0, kSecretPart)) != bytes.npos;
+  const auto* const bytes = static_cast<const char*>(block);
+  size_t matched = 0;
+  for (size_t i = 0; i < size && matched < kSecretPart; ++i) {
+    matched = bytes[i] == kSecret[matched] ? matched + 1 : bytes[i] == kSecret[0] ? 1 : 0;
+  }
+  return matched == kSecretPart;
 }
 
 void NoteReplaced() {

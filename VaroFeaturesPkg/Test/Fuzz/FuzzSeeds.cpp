@@ -85,14 +85,14 @@ std::map<UINT16, std::string> ReadNames(const Bytes& table) {
   return names;
 }
 
-/// Form sets whose questions have the names, values and bounds of an attribute table.
-Bytes FormsOf(const Bytes& table, std::map<UINT16, std::string>& names) {
+/// Form sets whose questions have the names, values and bounds of what an attribute table begins with.
+Bytes FormsOf(const Bytes& table, std::map<UINT16, std::string>& names, UINT16 questions) {
   constexpr UINT8 kOneOf = 0;  // their places in the target's list of question kinds
   constexpr UINT8 kNumeric = 2;
   constexpr UINT8 kString = 3;
   Bytes forms = Join(UINT8{0}, UINT8{0}, UINT16{0}, U8(0xFF), UINT8{0}, Text("Setup"));
   FuzzInput rest(table.data(), table.size());
-  for (UINT16 identifier = 400; rest.More(); ++identifier) {
+  for (UINT16 identifier = 400; identifier < 400 + questions && rest.More(); ++identifier) {
     rest.Take<std::uint16_t>();
     const auto type = rest.Take();
     const Bytes head = Join(UINT16{identifier}, Text(names[rest.Take<std::uint16_t>()]), Text("Prompt"), Text("Help"),
@@ -181,9 +181,9 @@ int main(int count, char** arguments) {
     const Bytes& variable = variables[name];
     const Bytes content = ReferenceDecompress(variable);
     seeds.Write("DecompressFuzz", name, Join(U16(content.size()), Middle(variable, 8, 0)));
-    seeds.Write("CompressFuzz", name, Join(UINT8{0}, Cut(content, 6000)));
+    seeds.Write("CompressFuzz", name, Join(UINT8{0}, Cut(content, 3000)));
     Append(stored, Block(variable));
-    Append(plain, Block(Cut(content, 8000)));
+    Append(plain, Block(Cut(content, 3000)));
     Append(cut, Block(Cut(content, 400)));
   }
   const Bytes rest = Join(Block(variables["AttributesCount"]), Bytes(64, 1), Text("tag"));
@@ -200,7 +200,7 @@ int main(int count, char** arguments) {
   seeds.Write("AccessFuzz", "whole", Join(tables, UINT8{0}, Block(Cut(help, 2000)), display, AccessOperations()));
   seeds.Write("AccessFuzz", "chunked", Join(tables, UINT8{40}, Block(Cut(help, 2000)), display, AccessOperations()));
 
-  seeds.Write("FormsFuzz", "setup", FormsOf(records[TRANSPORT_RECORD_ATTRIBUTES], names));
+  seeds.Write("FormsFuzz", "setup", FormsOf(records[TRANSPORT_RECORD_ATTRIBUTES], names, 20));
   seeds.Write("PlatformFuzz", "plain",
               Join(UINT8{0}, Block(Join("en-US", UINT8{0})), Text("1.2.3"), Block(BootOptions()), UINT8{2},
                    Text("CAM-A"), Text("CAM-B"), Bytes(200, 0x10)));
