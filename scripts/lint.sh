@@ -33,11 +33,12 @@ lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh scrip
 
 lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
 
-# Of the files that are part of the project all but texts for people, LICENSE itself and what has no comments.
+# Of the files that are part of the project all but texts for people, LICENSE itself, bytes and what has no comments.
 lint_licence() {
   local unmarked
-  unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o -type f \
-    ! -name '*.md' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' ! -name .clang-format ! -name .clang-tidy -print0 |
+  unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \) -prune -o -type f \
+    ! -name '*.md' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' ! -name .clang-format \
+    ! -name .clang-tidy -print0 |
     xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
   [[ -z $unmarked ]] || { say "without a licence line:" "$unmarked"; return 1; }
 }

@@ -201,6 +201,7 @@ EFI_STATUS FakeNotebook::GetOptions(UINT64* size, BootOptionBlock** block) {
   *size = bytes.size();
   *block = static_cast<BootOptionBlock*>(Uefi.GivePool(bytes.size()));
   std::memcpy(*block, bytes.data(), bytes.size());
+  BootOptionsGiven = *block;
   return EFI_SUCCESS;
 }
 
@@ -364,6 +365,7 @@ void FakeNotebook::Reboot() {
   ModesAsked.clear();
   SettingsRead.clear();
   FormSetsParsed = 0;
+  BootOptionsGiven = nullptr;
 }
 
 Bytes FakeNotebook::Payload(size_t record) const {

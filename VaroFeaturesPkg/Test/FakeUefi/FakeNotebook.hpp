@@ -45,6 +45,11 @@ class FakeQuestion : public QuestionRecord {
     return With(Minimum, lowest).With(Maximum, highest).With(Step, step);
   }
   FakeQuestion& Option(UINT64 value, std::u16string keyword, std::u16string text);
+  /// A copy becomes another question.
+  void Rename(UINT32 identifier, std::u16string keyword, std::u16string prompt) {
+    With(Identifier, identifier).With(prompt_, std::move(prompt));
+    keyword_ = keyword_ ? std::optional(std::move(keyword)) : std::nullopt;
+  }
   FakeQuestion& Ineligible() { return With(Eligible, UINT8{0}); }
   FakeQuestion& WithoutIfr() { return With(Ifr, nullptr); }
   FakeQuestion& WithoutKeyword() { return With(keyword_, std::nullopt); }
@@ -152,7 +157,8 @@ class FakeNotebook {
   std::vector<UINT32> ModesAsked;
   std::vector<std::pair<UINT32, UINT64>> SettingsRead;  ///< number and announced size
   size_t FormSetsParsed = 0;
-  size_t QuestionListsOut = 0;  ///< parsed and not yet released
+  size_t QuestionListsOut = 0;             ///< parsed and not yet released
+  const void* BootOptionsGiven = nullptr;  ///< their last block
   std::function<void()> OnSend;
 
   [[nodiscard]] Bytes Payload(size_t record) const;

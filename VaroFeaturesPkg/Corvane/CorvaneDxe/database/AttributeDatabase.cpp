@@ -55,10 +55,10 @@ bool AttributeDatabase::RestoreAttribute(OwnedRecord<AttributeRecord>&& record, 
   if (slot == 0 || slot >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
     return false;
   }
-  PutRecord(std::move(record), slot);
-  if (counted) {
+  if (counted && store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot] == nullptr) {
     ++store_->Header.AttributeCount;
   }
+  PutRecord(std::move(record), slot);
   return true;
 }
 
@@ -191,11 +191,10 @@ bool AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]>&& tex
   if (handle < kFirstHandle || handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
     return false;
   }
-  const bool counted = text != nullptr;
-  PutString(array, std::move(text), handle);
-  if (counted) {
+  if (text != nullptr && StringsOf(array)[handle] == nullptr) {
     Count(array);
   }
+  PutString(array, std::move(text), handle);
   return true;
 }
 
