@@ -254,7 +254,7 @@ class CatalogDiff {
     for (std::size_t i = 0; i < newer_.size(); ++i) {
       if (!pairs_.New[i]) {
         differences_.push_back(
-            {newer_[i].Name.Text, newer_[i].Token, "added", std::nullopt, TypeName(newer_[i].Entry->Type)});
+            {newer_[i].Name.Text, newer_[i].Token, "added", std::nullopt, TypeName(newer_[i].Entry->Type), false});
         continue;
       }
       const CatalogAttribute& before = older_[*pairs_.New[i]];
@@ -287,6 +287,23 @@ class CatalogDiff {
     PairBy(older_, newer_, byBoth, false, pairs_);
     PairBy(older_, newer_, byToken, true, pairs_);
     PairBy(older_, newer_, byName, false, pairs_);
+    PairCollections();
+  }
+
+  // A renamed collection has no token. It is where its first member went, unless that one is another's collection.
+  void PairCollections() {
+    for (std::size_t i = 0; i < older_.size(); ++i) {
+      const std::vector<std::size_t>& members = older_[i].Members;
+      const auto kept = std::ranges::find_if(members, [this](std::size_t member) { return pairs_.Old[member].has_value(); });
+      if (pairs_.Old[i] || kept == members.end()) {
+        continue;
+      }
+      const Partner home = newer_[*pairs_.Old[*kept]].Collection;
+      if (home && !pairs_.New[*home]) {
+        pairs_.Old[i] = home;
+        pairs_.New[*home] = i;
+      }
+    }
   }
 
   // Members come and go with their attributes; only those that changed their collection are told, and not as moved.
@@ -301,8 +318,8 @@ class CatalogDiff {
     const auto nameOf = [](const Attributes& attributes, Partner home) {
       return home ? std::optional(attributes[*home].Name.Text) : std::nullopt;
     };
-    differences_.push_back(
-        {newer_[after].Name.Text, newer_[after].Token, "collection", nameOf(older_, oldHome), nameOf(newer_, newHome)});
+    differences_.push_back({newer_[after].Name.Text, newer_[after].Token, "collection", nameOf(older_, oldHome),
+                            nameOf(newer_, newHome), false});
   }
 
   void CompareOrder(const std::vector<std::pair<std::size_t, std::size_t>>& members) {
