@@ -58,8 +58,8 @@ TEST(DiffTest, EachChangeIsOneLine) {
       {[](N n) { n.Names[3] = "Stunde"; }, "Stunde (8) renamed: Hour -> Stunde"},
       {[](N n) { n.Records[kHour].Type = 1; }, "Hour (8) type: integer -> string"},
       {[](N n) { n.Names[5] = "Safety"; }, "Safety renamed: Security -> Safety"},
-      {[](N n) { n.Names[33 - 16] += "[ForceIf:Hour=5]"; }, "Minute (10) forced-if: - -> ForceIf:Hour=5"},
-      {[](N n) { n.Names[1] += "[ForceIfNot:A=B]"; }, "SecureBoot (1016) value-forced-if: - -> Off: ForceIfNot:A=B"},
+      {[](N n) { n.Names[33 - 16] += "[ForceIf:Hour=5]"; }, "Minute (10) forced-if: - -> [ForceIf:Hour=5]"},
+      {[](N n) { n.Names[1] += "[ForceIfNot:A=B]"; }, "SecureBoot (1016) value-forced-if: - -> Off: [ForceIfNot:A=B]"},
       {[](N n) { n.Names[9] = "Quick"; }, "Fan (9) value-renamed: Fast -> Quick"},
       {[](N n) { n.Records[kFan].Values[2] = 3; }, "Fan (9) value-setting: Turbo = 300 -> Turbo = 3"},
       {[](N n) { n.Records[kFan].Handles.pop_back(), n.Records[kFan].Values.pop_back(); },
@@ -75,7 +75,7 @@ TEST(DiffTest, EachChangeIsOneLine) {
       {[](N n) { n.Records[kHour].Step = 3; }, "Hour (8) step: 6 -> 3"},
       {[](N n) { n.Records[kHour].Default = n.Records[kHour].Current = 9; }, "Hour (8) default: 8 -> 9"},
       {[](N n) { n.Records[kFan].Default = n.Records[kFan].Current = 0; }, "Fan (9) default: Fast -> Slow"},
-      {[](N n) { n.Names[2] = "On"; }, "SecureBoot (1016) value-forced-if: On: ForceIf:Tpm=Off -> -"},
+      {[](N n) { n.Names[2] = "On"; }, "SecureBoot (1016) value-forced-if: On: [ForceIf:Tpm=Off] -> -"},
       {[](N n) {
          std::swap(n.Records[kFan].Handles[0], n.Records[kFan].Handles[2]);
          std::swap(n.Records[kFan].Values[0], n.Records[kFan].Values[2]);
@@ -83,7 +83,7 @@ TEST(DiffTest, EachChangeIsOneLine) {
        "Fan (9) value-order: Slow|Fast|Turbo -> Turbo|Fast|Slow"},
       {[](N n) { n.Records[kFan].Handles.push_back(32), n.Records[kFan].Values.push_back(4); },
        "Fan (9) value-added: - -> Vault"},
-      {[](N n) { std::swap(n.Records[kHour], n.Records[kFan]); }, "Hour (8) order: first -> after Fan"},
+      {[](N n) { std::swap(n.Records[kHour], n.Records[kFan]); }, "Fan (9) order: after Hour -> first"},
       {[](N n) {
          n.Records.insert(n.Records.begin() + kAsset, {.Name = 32, .Token = 12});
          n.Records[kSecurity + 1].Handles.push_back(18);
@@ -130,7 +130,8 @@ TEST(DiffTest, TextsAreComparedWhereBothAreKnown) {
   for (Catalog* catalog : {&older, &newer}) {
     const bool isNewer = catalog == &newer;
     catalog->Attributes[0].Display = isNewer ? "New" : "Old";
-    catalog->Attributes[1].Help = isNewer ? "" : "Help\x1b";
+    catalog->Attributes[1].Display = "Boot order";
+    catalog->Attributes[isNewer ? 3 : 1].Help = "Help\x1b";
     catalog->Attributes[2].Display = isNewer ? std::optional<std::string>() : "Secure Boot";
   }
   EXPECT_EQ(DiffAsText(DiffCatalogs(older, newer, true), Style(true)),

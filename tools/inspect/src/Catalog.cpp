@@ -8,6 +8,7 @@
 #include "Catalog.hpp"
 
 #include "Overloaded.hpp"
+#include "Pairing.hpp"
 #include "Text.hpp"
 
 namespace corvane::inspect {
@@ -20,15 +21,24 @@ CatalogName MakeName(const Image& image, std::uint16_t handle) {
     name.Text = name.Full = fmt::format("?{}", handle);
     return name;
   }
-  name.Text = Utf8FromLatin1(WithoutAnnotations(entry->Text));
+  Keyword keyword = ParseKeyword(entry->Text);
+  name.Text = Utf8FromLatin1(keyword.Bare);
   name.Full = Utf8FromLatin1(entry->Text);
+  name.Problem = Utf8FromLatin1(keyword.Problem);
+  for (Annotation& annotation : keyword.Annotations) {
+    for (std::string Annotation::*text :
+         {&Annotation::Text, &Annotation::Expression, &Annotation::Attribute, &Annotation::Value}) {
+      annotation.*text = Utf8FromLatin1(annotation.*text);
+    }
+  }
+  name.Annotations = std::move(keyword.Annotations);
   return name;
 }
 
 void AddPossible(const Image& image, const std::vector<std::uint16_t>& handles, const StreamRecord* record,
                  CatalogAttribute& attribute) {
   for (std::size_t i = 0; i < handles.size(); ++i) {
-    CatalogValue value{MakeName(image, handles[i]), std::nullopt};
+    CatalogValue value{MakeName(image, handles[i]), std::nullopt, std::nullopt};
     if (record != nullptr && i < record->PlatformValues.size()) {
       value.Setting = record->PlatformValues[i];
     }
@@ -79,6 +89,14 @@ CatalogAttribute MakeAttribute(const Image& image, const AttributeEntry& entry) 
   return attribute;
 }
 
+void AddTexts(const PairedTexts& texts, CatalogAttribute& attribute) {
+  attribute.Display = texts.Display;
+  attribute.Help = texts.Help;
+  for (std::size_t i = 0; i < std::min(attribute.Possible.size(), texts.Values.size()); ++i) {
+    attribute.Possible[i].Display = texts.Values[i];
+  }
+}
+
 void AddMembers(const Image& image, Catalog& catalog) {
   for (std::size_t i = 0; i < catalog.Attributes.size(); ++i) {
     const Value* value = catalog.Attributes[i].Value;
@@ -100,10 +118,20 @@ void AddMembers(const Image& image, Catalog& catalog) {
 
 }  // namespace
 
+const std::string* CatalogName::Expression() const {
+  const auto found = std::ranges::find(Annotations, AnnotationKind::RegEx, &Annotation::Kind);
+  return found == Annotations.end() ? nullptr : &found->Expression;
+}
+
 Catalog MakeCatalog(const Image& image) {
   Catalog catalog;
+  const Pairing pairing = PairTexts(image);
+  catalog.TextsMissing = pairing.Reason;
   for (const AttributeEntry& entry : image.Attributes.Entries) {
     catalog.Attributes.push_back(MakeAttribute(image, entry));
+    if (const PairedTexts* texts = pairing.Find(entry.Handle)) {
+      AddTexts(*texts, catalog.Attributes.back());
+    }
   }
   AddMembers(image, catalog);
   return catalog;

@@ -12,20 +12,24 @@
 #include <vector>
 
 #include "Image.hpp"
+#include "Keywords.hpp"
 
 namespace corvane::inspect {
 
 // A name as people and conditions know it, and what rides behind it in brackets. All text is UTF-8.
 struct CatalogName {
-  std::string Text;                     // without annotations; "?" and the handle where it does not resolve
-  std::string Full;                     // with them
-  std::vector<std::string> Conditions;  // "ForceIf:Name=Value" and "ForceIfNot:Name=Value" in their order
-  std::string Expression;               // of "RegEx:", as it stands in the name
+  std::string Text;  // without annotations; "?" and the handle where it does not resolve
+  std::string Full;  // with them
+  std::vector<Annotation> Annotations;
+  std::string Problem;  // what is wrong with these; empty when nothing is
+
+  const std::string* Expression() const;  // unescaped; null = none
 };
 
 struct CatalogValue {
   CatalogName Name;
   std::optional<std::uint64_t> Setting;  // what the platform keeps for it; only the attribute stream tells
+  std::optional<std::string> Display;    // where the pairing of texts is sure
 };
 
 struct CatalogAttribute {
@@ -47,10 +51,10 @@ struct CatalogAttribute {
 
 struct Catalog {
   std::vector<CatalogAttribute> Attributes;  // in table order
-  std::string TextsStopAt;                   // why texts are missing from some attribute on; empty = none are
+  std::string TextsMissing;                  // why some attributes have no texts; empty = all have theirs
 };
 
-// Points into the image.
+// Points into the image. Texts are paired by the order of their creation.
 Catalog MakeCatalog(const Image& image);
 
 }  // namespace corvane::inspect

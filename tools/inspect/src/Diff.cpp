@@ -7,7 +7,7 @@
 
 #include "Diff.hpp"
 
-#include <functional>
+#include <set>
 
 #include <nlohmann/json.hpp>
 
@@ -75,23 +75,30 @@ std::string JoinNames(const CatalogAttribute& attribute, const std::vector<std::
   return positions.empty() ? "-" : text;
 }
 
+// Names of values and their new texts. All attributes share the text of a name, so it is told once.
+using ToldTexts = std::set<std::pair<std::string, std::string>>;
+
 // The differences between two attributes that are the same one.
 class AttributeDiff {
  public:
-  AttributeDiff(const CatalogAttribute& older, const CatalogAttribute& newer, std::vector<Difference>& differences)
+  AttributeDiff(const CatalogAttribute& older, const CatalogAttribute& newer, ToldTexts& told,
+                std::vector<Difference>& differences)
       : older_(older),
         newer_(newer),
+        told_(told),
         differences_(differences),
         values_(older.Possible.size(), newer.Possible.size()) {}
 
   void CompareHead() {
     CompareText("renamed", older_.Name.Text, newer_.Name.Text, true);
     CompareText("display-text", older_.Display, newer_.Display);
-    CompareText("help-text", older_.Help, newer_.Help);
+    if (older_.Display && newer_.Display) {  // where these are known, so is that there is no help text
+      CompareText("help-text", older_.Help.value_or(""), newer_.Help.value_or(""));
+    }
     CompareText("type", TypeName(older_.Entry->Type), TypeName(newer_.Entry->Type), true);
     CompareText("read-only", older_.Entry->IsReadOnly() ? "yes" : "no", newer_.Entry->IsReadOnly() ? "yes" : "no",
                 newer_.Entry->IsReadOnly());
-    CompareText("expression", older_.Name.Expression, newer_.Name.Expression, !newer_.Name.Expression.empty());
+    CompareExpression();
     CompareConditions("forced-if", older_.Name, newer_.Name, "");
     for (const NumberField& field : kNumberFields) {
       const auto before = field.Of(older_);
@@ -158,25 +165,39 @@ class AttributeDiff {
     }
   }
 
+  void CompareExpression() {
+    const std::string* before = older_.Name.Expression();
+    const std::string* after = newer_.Name.Expression();
+    const auto text = [](const std::string* from) { return from != nullptr ? std::optional(*from) : std::nullopt; };
+    if (text(before) != text(after)) {
+      Add("expression", text(before), text(after), after != nullptr);
+    }
+  }
+
+  // Annotations that come or go; a new one takes a freedom away.
   void CompareConditions(const char* what, const CatalogName& older, const CatalogName& newer,
                          const std::string& prefix) {
-    const auto missing = [](const std::vector<std::string>& from, const std::string& text) {
-      return std::find(from.begin(), from.end(), text) == from.end();
+    const auto compare = [&](const CatalogName& from, const CatalogName& against, bool isNew) {
+      for (const Annotation& one : from.Annotations) {
+        const bool kept =
+            std::ranges::find(against.Annotations, one.Text, &Annotation::Text) != against.Annotations.end();
+        if (one.Kind == AnnotationKind::RegEx || kept) {
+          continue;
+        }
+        std::optional<std::string> text = prefix + one.Text;
+        isNew ? Add(what, std::nullopt, std::move(text), true) : Add(what, std::move(text), std::nullopt);
+      }
     };
-    for (const std::string& condition : older.Conditions) {
-      if (missing(newer.Conditions, condition)) {
-        Add(what, prefix + condition, std::nullopt);
-      }
-    }
-    for (const std::string& condition : newer.Conditions) {
-      if (missing(older.Conditions, condition)) {
-        Add(what, std::nullopt, prefix + condition, true);
-      }
-    }
+    compare(older, newer, false);
+    compare(newer, older, true);
   }
 
   void CompareValue(const CatalogValue& before, const CatalogValue& after) {
     CompareText("value-renamed", before.Name.Text, after.Name.Text, true);
+    if (before.Display && after.Display && *before.Display != *after.Display &&
+        told_.emplace(after.Name.Full, *after.Display).second) {
+      Add("value-text", before.Name.Text + ": " + *before.Display, after.Name.Text + ": " + *after.Display);
+    }
     CompareConditions("value-forced-if", before.Name, after.Name, after.Name.Text + ": ");
     if (before.Setting && after.Setting && *before.Setting != *after.Setting) {
       Add("value-setting", fmt::format("{} = {}", before.Name.Text, *before.Setting),
@@ -234,6 +255,7 @@ class AttributeDiff {
 
   const CatalogAttribute& older_;
   const CatalogAttribute& newer_;
+  ToldTexts& told_;
   std::vector<Difference>& differences_;
   Pairs values_;
 };
@@ -258,7 +280,7 @@ class CatalogDiff {
         continue;
       }
       const CatalogAttribute& before = older_[*pairs_.New[i]];
-      AttributeDiff diff(before, newer_[i], differences_);
+      AttributeDiff diff(before, newer_[i], told_, differences_);
       diff.CompareHead();
       if (before.Type() == newer_[i].Type()) {
         diff.ComparePossible();
@@ -294,7 +316,8 @@ class CatalogDiff {
   void PairCollections() {
     for (std::size_t i = 0; i < older_.size(); ++i) {
       const std::vector<std::size_t>& members = older_[i].Members;
-      const auto kept = std::ranges::find_if(members, [this](std::size_t member) { return pairs_.Old[member].has_value(); });
+      const auto kept =
+          std::ranges::find_if(members, [this](std::size_t member) { return pairs_.Old[member].has_value(); });
       if (pairs_.Old[i] || kept == members.end()) {
         continue;
       }
@@ -346,6 +369,7 @@ class CatalogDiff {
   const Attributes& newer_;
   Pairs pairs_;
   std::map<Partner, std::vector<std::pair<std::size_t, std::size_t>>> members_;  // that stayed, by newer collection
+  ToldTexts told_;
   std::vector<Difference> differences_;
 };
 
