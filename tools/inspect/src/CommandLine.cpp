@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -143,10 +144,14 @@ void WriteOutput(const std::string& path, std::string_view content, std::ostream
   }
 }
 
-// Two inputs were compared as they are; what is wrong with them may be why they differ.
+// Two inputs are compared as they are; what is wrong with them may be why they differ.
 void NoteFindings(const std::string& path, const Image& image, std::ostream& err) {
+  std::set<std::string> codes;
   for (const Finding& finding : image.Findings.List()) {
-    fmt::print(err, "note: {}: {}: {}\n", path, finding.Code, finding.Text);
+    codes.insert(finding.Code);
+  }
+  if (!codes.empty()) {
+    fmt::print(err, "note: {}: {} findings ({})\n", path, image.Findings.List().size(), fmt::join(codes, ", "));
   }
 }
 
