@@ -6,7 +6,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress; do
+for part in checks life modes damage platform stress export; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
@@ -59,6 +59,7 @@ run_scenarios() {
   run_side_by_side cold
   if ((FAILED == before)); then
     run_side_by_side "${SCENARIOS[@]}"
+    run_side_by_side exports  # export.sh: what the inspector makes of all these boots
   else
     complain 'the other scenarios start from the cold boot and were left out'
   fi

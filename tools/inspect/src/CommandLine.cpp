@@ -26,6 +26,7 @@
 #include "DiffTables.hpp"
 #include "Export.hpp"
 #include "Redfish.hpp"
+#include "Report.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
 
@@ -177,7 +178,11 @@ void AddDiff(CLI::App& app, Action& action) {
       NoteFindings(options->Older, older, err);
       NoteFindings(options->Newer, newer, err);
       const auto differences = DiffCatalogs(MakeCatalog(older), MakeCatalog(newer), !options->NoValues);
-      out << (options->Json ? DiffAsJson(differences) : DiffAsText(differences, style));
+      if (options->Json) {
+        out << nlohmann::ordered_json{{"differences", DifferencesAsJson(differences)}}.dump(2) << '\n';
+      } else {
+        out << DiffAsText(differences, style);
+      }
       return differences.empty() ? kClean : kFindings;
     };
   });
@@ -268,6 +273,42 @@ void AddImport(CLI::App& app, Action& action) {
   });
 }
 
+void AddReport(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Older;
+    std::string Output;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("report", "report FILE: put everything about a boot on one page of HTML");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("--since", options->Older, "An older input; the page tells the differences, too");
+  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  sub->add_flag("--json", options->Json, "What the page shows, as JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
+      const Image image = LoadImage(options->Input);
+      std::optional<Image> older;
+      if (!options->Older.empty()) {
+        older = LoadImage(options->Older);
+      }
+      std::vector<ReportFinding> findings;
+      for (const Finding& finding : image.Findings.List()) {
+        findings.push_back({finding.Code, finding.Text, ""});
+      }
+      const ReportInput newInput{options->Input, image};
+      std::optional<ReportInput> oldInput;
+      if (older) {
+        oldInput.emplace(ReportInput{options->Older, *older});
+      }
+      const auto data = ReportData(newInput, findings, oldInput ? &*oldInput : nullptr);
+      WriteOutput(options->Output, options->Json ? data.dump(2) + '\n' : ReportPage(data), out);
+      return findings.empty() ? kClean : kFindings;
+    };
+  });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
@@ -283,6 +324,7 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   AddDiff(app, action);
   AddExport(app, action);
   AddImport(app, action);
+  AddReport(app, action);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
