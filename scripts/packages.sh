@@ -11,7 +11,7 @@ readonly PACKAGES_TO_BUILD=(
   python3 python3-distutils uuid-dev acpica-tools
   dpkg-dev patch xz-utils                       # unpack the EDK II source package
   qemu-system-arm mtools                        # boot it
-  libcli11-dev libfmt-dev nlohmann-json3-dev    # the inspector
+  libcli11-dev libfmt-dev nlohmann-json3-dev libpcre2-dev   # the inspector
 )
 readonly PACKAGES_TO_TEST=(
   libgtest-dev libgmock-dev clang-format clang-tidy shellcheck

@@ -7,21 +7,30 @@
 
 #include "CommandLine.hpp"
 
+#include <cerrno>
 #include <exception>
+#include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/ostream.h>
 
+#include "Diff.hpp"
 #include "DiffTables.hpp"
+#include "Export.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
 
 namespace corvane::inspect {
 namespace {
+
+// What the subcommand that was asked for does.
+using Action = std::function<int(const Style& style, std::ostream& out, std::ostream& err)>;
 
 struct ShowOptions {
   std::vector<std::string> Arguments;  // [NAME] FILE
@@ -120,6 +129,91 @@ void AddDiffTables(CLI::App& app, DiffOptions& options) {
   diff->add_flag("--json", options.Json, "As JSON");
 }
 
+// To the file, or to `out` where none is named.
+void WriteOutput(const std::string& path, std::string_view content, std::ostream& out) {
+  if (path.empty()) {
+    out << content;
+    return;
+  }
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << content;
+  file.close();
+  if (!file) {
+    throw UnusableInput(fmt::format("{}: cannot be written: {}", path, std::system_category().message(errno)));
+  }
+}
+
+// Two inputs were compared as they are; what is wrong with them may be why they differ.
+void NoteFindings(const std::string& path, const Image& image, std::ostream& err) {
+  for (const Finding& finding : image.Findings.List()) {
+    fmt::print(err, "note: {}: {}: {}\n", path, finding.Code, finding.Text);
+  }
+}
+
+void AddDiff(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Older;
+    std::string Newer;
+    bool NoValues = false;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* diff = app.add_subcommand("diff", "diff A B: tell what changed from A to B, by name and token");
+  diff->add_option("A", options->Older, "The older input")->required();
+  diff->add_option("B", options->Newer, "The newer input")->required();
+  diff->add_flag("--no-values", options->NoValues, "Leave current values out");
+  diff->add_flag("--json", options->Json, "As JSON");
+  diff->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream& err) {
+      const Image older = LoadImage(options->Older);
+      const Image newer = LoadImage(options->Newer);
+      NoteFindings(options->Older, older, err);
+      NoteFindings(options->Newer, newer, err);
+      const auto differences = DiffCatalogs(MakeCatalog(older), MakeCatalog(newer), !options->NoValues);
+      out << (options->Json ? DiffAsJson(differences) : DiffAsText(differences, style));
+      return differences.empty() ? kClean : kFindings;
+    };
+  });
+}
+
+void AddExport(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Output;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("export", "export FILE: write the capture in another form");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  sub->add_flag("--json", options->Json, "All of the capture, so that `import` gives the same bytes again");
+  sub->callback([options, &action] {
+    action = [options](const Style&, std::ostream& out, std::ostream&) {
+      const Image image = LoadImage(options->Input);
+      WriteOutput(options->Output, ExportJson(image.Capture), out);
+      return kClean;
+    };
+  });
+}
+
+void AddImport(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Output;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("import", "import FILE: write the capture that an export stands for");
+  sub->add_option("FILE", options->Input, "What `export --json` wrote, edited or not")->required();
+  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  sub->callback([options, &action] {
+    action = [options](const Style&, std::ostream& out, std::ostream&) {
+      const Image image = LoadImage(options->Input);
+      WriteOutput(options->Output, {reinterpret_cast<const char*>(image.Capture.data()), image.Capture.size()}, out);
+      return kClean;
+    };
+  });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
@@ -128,13 +222,20 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   DiffOptions diffOptions;
   CLI::App app("Reads what CorvaneDxe publishes", "inspect");
   app.require_subcommand(1);
-  app.footer("Exit status: 0 nothing found (diff-tables: equal), 1 findings (different), 2 unusable input or usage.");
+  app.footer("Exit status: 0 nothing found (diff: equal), 1 findings (different), 2 unusable input or usage.");
   AddShow(app, showOptions);
   AddDiffTables(app, diffOptions);
+  Action action;
+  AddDiff(app, action);
+  AddExport(app, action);
+  AddImport(app, action);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error, out, err) == 0 ? kClean : kUnusable;
+  }
+  if (action) {
+    return action(style, out, err);
   }
   if (app.got_subcommand("show")) {
     return RunShow(showOptions, style, out, err);

@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "Check.hpp"
+#include "Export.hpp"
 #include "Text.hpp"
 #include "Wire.hpp"
 
@@ -122,6 +123,9 @@ Image DecodeImage(std::vector<std::uint8_t> capture) {
 Image LoadImage(const std::filesystem::path& path) {
   std::vector<std::uint8_t> capture = ReadFile(path);
   try {
+    if (LooksLikeExport(capture)) {
+      capture = ImportJson(capture);
+    }
     return DecodeImage(std::move(capture));
   } catch (const UnusableInput& unusable) {
     throw UnusableInput(path.string() + ": " + unusable.what());
