@@ -203,8 +203,8 @@ void CheckFill(const Image& image, Findings& findings) {
   for (const TableFill& fill : MeasureFill(image)) {
     const TableKind& kind = KindOf(fill.Id);
     if (fill.Used > kind.Capacity) {
-      findings.Add("table-length", "the {} table has {} bytes and a capacity of {}", kind.Name, fill.Used,
-                   kind.Capacity);
+      findings.Add(image.OfCache ? "table-overfull" : "table-length", "the {} table has {} bytes and a capacity of {}",
+                   kind.Name, fill.Used, kind.Capacity);
     }
     if (fill.Lost.value_or(0) > 0) {
       const std::string first = fill.FirstLost ? fmt::format(", from handle {} on", *fill.FirstLost) : "";

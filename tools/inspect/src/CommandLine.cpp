@@ -20,6 +20,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/ostream.h>
 
+#include "CacheVerdict.hpp"
 #include "Diff.hpp"
 #include "DiffTables.hpp"
 #include "Export.hpp"
@@ -46,11 +47,11 @@ struct DiffOptions {
   bool Json = false;
 };
 
-int ReportFindings(const Image& image, const Style& style, std::ostream& err) {
-  for (const Finding& finding : image.Findings.List()) {
+int ReportFindings(const Findings& findings, const Style& style, std::ostream& err) {
+  for (const Finding& finding : findings.List()) {
     fmt::print(err, "{} {}: {}\n", style.Bad("finding:"), finding.Code, finding.Text);
   }
-  return image.Findings.List().empty() ? kClean : kFindings;
+  return findings.List().empty() ? kClean : kFindings;
 }
 
 int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, std::ostream& err) {
@@ -79,7 +80,7 @@ int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, s
       ShowFill(image, style, out);
     }
   }
-  return ReportFindings(image, style, err);
+  return ReportFindings(image.Findings, style, err);
 }
 
 int RunDiffTables(const DiffOptions& options, std::ostream& out) {
@@ -214,6 +215,32 @@ void AddImport(CLI::App& app, Action& action) {
   });
 }
 
+void AddCache(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    CacheOptions Judge;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("cache", "cache FILE: judge the attribute cache of a variable flash image");
+  sub->add_option("FILE", options->Input, "A variable flash image (vars.fd)")->required();
+  sub->add_option("--firmware", options->Judge.Firmware, "Version of the firmware that boots next")
+      ->type_name("VERSION");
+  sub->add_option("--limit", options->Judge.Limit,
+                  "Bytes that the store takes for one variable, header and name included")
+      ->type_name("BYTES");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream& err) {
+      const std::vector<std::uint8_t> flash = ReadFile(options->Input);
+      const CacheReport report = WithPath(options->Input, [&] { return ReportCache(flash, options->Judge); });
+      out << (options->Json ? CacheAsJson(report, options->Judge) : CacheAsText(report, options->Judge, style));
+      ReportFindings(report.Findings, style, err);
+      return report.Verdict.IsFine() && report.Findings.List().empty() ? kClean : kFindings;
+    };
+  });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
@@ -229,6 +256,7 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   AddDiff(app, action);
   AddExport(app, action);
   AddImport(app, action);
+  AddCache(app, action);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
