@@ -165,7 +165,7 @@ class Decoder {
       texts.push_back(std::move(text));
     }
     variable.Entries = texts.size();
-    if (cache_.Counters && variable.Content) {
+    if (cache_.Counters && Of(CacheId::Counters).Problem.empty() && variable.Content) {
       const std::uint64_t count = id == CacheId::Names ? cache_.Counters->Names : cache_.Counters->Display;
       if (count != texts.size()) {
         Complain(id, Restore::Silent, fmt::format("it has {} entries where {} are counted", texts.size(), count));
@@ -198,7 +198,8 @@ class Decoder {
     }
     CacheVariable& variable = Of(CacheId::Attributes);
     variable.Entries = cache_.Records.size();
-    if (cache_.Counters && variable.Content && counted != cache_.Counters->Attributes) {
+    if (cache_.Counters && Of(CacheId::Counters).Problem.empty() && variable.Content &&
+        counted != cache_.Counters->Attributes) {
       Complain(CacheId::Attributes, Restore::Silent,
                fmt::format("it has {} attributes where {} are counted", counted, cache_.Counters->Attributes));
     }

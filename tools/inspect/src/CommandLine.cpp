@@ -56,6 +56,7 @@ int ReportFindings(const Findings& findings, const Style& style, std::ostream& e
 
 int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, std::ostream& err) {
   const Image image = LoadImage(options.Arguments.back());
+  const Pairing pairing = PairTexts(image);
   if (options.Arguments.size() > 1) {
     const std::string& name = options.Arguments.front();
     const std::vector<const AttributeEntry*> attributes = image.FindByName(name);
@@ -63,22 +64,22 @@ int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, s
       throw UnusableInput(fmt::format("{}: no attribute has the name {}", options.Arguments.back(), Quote(name)));
     }
     if (options.Json) {
-      out << AttributesAsJson(image, attributes);
+      out << AttributesAsJson(image, pairing, attributes);
     } else {
       for (const AttributeEntry* attribute : attributes) {
-        ShowOne(image, *attribute, out);
+        ShowOne(image, pairing, *attribute, out);
       }
     }
   } else if (options.Json) {
-    out << ImageAsJson(image);
+    out << ImageAsJson(image, pairing);
   } else if (options.Texts) {
     ShowTexts(image, style, out);
-  } else {
+  } else if (options.NoTables) {
     ShowAttributes(image, out);
-    if (!options.NoTables) {
-      out << '\n';
-      ShowFill(image, style, out);
-    }
+  } else {
+    ShowWithTexts(image, pairing, style, out);
+    out << '\n';
+    ShowFill(image, style, out);
   }
   return ReportFindings(image.Findings, style, err);
 }
