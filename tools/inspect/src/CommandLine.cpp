@@ -23,9 +23,13 @@
 #include "CacheVerdict.hpp"
 #include "Diff.hpp"
 #include "DiffTables.hpp"
+#include "Explain.hpp"
 #include "Export.hpp"
+#include "Input.hpp"
+#include "Lint.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
+#include "Validate.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -242,6 +246,119 @@ void AddCache(CLI::App& app, Action& action) {
   });
 }
 
+void AddValidate(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Profile;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("validate", "validate FILE: check the structure of everything that is published");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("--profile", options->Profile,
+                  "common: say, too, where a reader that knows enumerations, strings and integers alone stops")
+      ->check(CLI::IsMember({"common"}))
+      ->type_name("common");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Image image = LoadImage(options->Input);
+      const Validation validation = Validate(image, !options->Profile.empty());
+      out << (options->Json ? ValidationAsJson(image, validation) : ValidationAsText(image, validation, style));
+      return validation.Problems.List().empty() ? kClean : kFindings;
+    };
+  });
+}
+
+void AddLint(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Flash;
+    LintOptions Lint;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub =
+      app.add_subcommand("lint", "lint FILE [FLASH]: tell what is lost, dangling, contradictory or out of bounds");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
+  sub->add_option("--limit", options->Lint.Limit,
+                  "Bytes that the store takes for one variable, header and name included; needs a flash image")
+      ->type_name("BYTES");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Input input = LoadInput(options->Input, options->Flash, {.Firmware = {}, .Limit = options->Lint.Limit});
+      if (options->Lint.Limit && !input.Cache) {
+        throw UnusableInput("--limit needs a flash image: only there the sizes of variables can be seen");
+      }
+      const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, options->Lint);
+      out << (options->Json ? LintAsJson(findings) : LintAsText(findings, style));
+      return IsClean(findings) ? kClean : kFindings;
+    };
+  });
+}
+
+// "NAME=VALUE", both without annotations, as positions in the catalog.
+Plan::value_type ParseSetting(const Catalog& catalog, const Dependencies& dependencies, const std::string& text) {
+  const std::size_t equals = text.find('=');
+  const std::optional<std::size_t> attribute = dependencies.Find(text.substr(0, equals));
+  if (!attribute || equals == text.npos) {
+    throw UnusableInput(fmt::format("no attribute has the name that {} begins with", Quote(text)));
+  }
+  const std::vector<CatalogValue>& possible = catalog.Attributes[*attribute].Possible;
+  const auto found = std::ranges::find_if(possible, [value = text.substr(equals + 1)](const CatalogValue& candidate) {
+    return candidate.Name.Text == value;
+  });
+  if (found == possible.end()) {
+    throw UnusableInput(fmt::format("the attribute in {} has no such value", Quote(text)));
+  }
+  return {*attribute, static_cast<std::size_t>(found - possible.begin())};
+}
+
+void AddExplain(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Name;
+    std::string Input;
+    std::string Flash;
+    std::vector<std::string> Plan;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand(
+      "explain", "explain NAME FILE [FLASH]: tell who forces an attribute, whom it forces, what a set drags along");
+  sub->add_option("NAME", options->Name, "The attribute, with or without its annotations")->required();
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image of the same boot, for its \"PidDepList\"");
+  sub->add_option("--set", options->Plan, "A planned set; may be given several times, for all of them at once")
+      ->type_name("NAME=VALUE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Input input = LoadInput(options->Input, options->Flash, {});
+      const Catalog catalog = MakeCatalog(input.Image);
+      const Dependencies dependencies(catalog);
+      const std::optional<std::size_t> attribute = dependencies.Find(ParseKeyword(options->Name).Bare);
+      if (!attribute) {
+        throw UnusableInput(fmt::format("{}: no attribute has the name {}", options->Input, Quote(options->Name)));
+      }
+      Plan plan;
+      for (const std::string& setting : options->Plan) {
+        plan.push_back(ParseSetting(catalog, dependencies, setting));
+      }
+      const bool listed = input.Cache && input.Cache->Content.DependencyList;
+      const Explanation explanation =
+          Explain(catalog, dependencies, *attribute, plan, listed ? &*input.Cache->Content.DependencyList : nullptr);
+      out << (options->Json ? ExplanationAsJson(catalog, dependencies, explanation)
+                            : ExplanationAsText(catalog, dependencies, explanation, style));
+      const bool agree = !explanation.IsListed || *explanation.IsListed == explanation.IsCollected;
+      return agree ? kClean : kFindings;
+    };
+  });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
@@ -257,6 +374,9 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   AddDiff(app, action);
   AddExport(app, action);
   AddImport(app, action);
+  AddValidate(app, action);
+  AddLint(app, action);
+  AddExplain(app, action);
   AddCache(app, action);
   try {
     app.parse(argc, argv);
