@@ -42,6 +42,7 @@ struct Explanation {
   std::vector<const Force*> From;
   std::vector<std::pair<Plan, std::vector<Consequence>>> Plans;
   bool IsDependedOn = false;     // a keyword of another question names it
+  bool IsCollected = false;      // and not only behind a name that was met before
   std::optional<bool> IsListed;  // in "PidDepList"; none when that is not known
 };
 

@@ -24,6 +24,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::uint64_t kStreamAttributes = 240;  // counted attributes that the attribute stream and its readers reach
+constexpr std::uint64_t kStoreAttributes = 256;   // counted attributes that the driver's store takes
 constexpr std::size_t kCountedQuestions = 241;    // one-of and checkbox questions that become attributes
 constexpr std::size_t kLongestKeyword = 50;  // characters before an annotation; "PidDepList" fails with a longer one
 constexpr std::size_t kDependencyList = 50;  // identifiers in "PidDepList"
@@ -210,7 +211,11 @@ class Linter {
       questions += type == BaseType::Enumeration ? 1 : 0;
       ofSetup = type == BaseType::Collection ? questions : ofSetup;
     }
-    if (ofSetup >= kCountedQuestions) {
+    if (stream != nullptr && stream->AttributeCount >= kStoreAttributes) {
+      Add("attribute-limit",
+          fmt::format("There are {} attributes, the most there can be: of further questions none is.",
+                      stream->AttributeCount));
+    } else if (ofSetup >= kCountedQuestions) {
       Add("attribute-limit", fmt::format("{} one-of and checkbox questions are attributes, the most there can be: of "
                                          "further questions none is.",
                                          ofSetup));
