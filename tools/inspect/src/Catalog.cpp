@@ -21,6 +21,7 @@ CatalogName MakeName(const Image& image, std::uint16_t handle) {
     name.Text = name.Full = fmt::format("?{}", handle);
     return name;
   }
+  name.Known = true;
   Keyword keyword = ParseKeyword(entry->Text);
   name.Text = Utf8FromLatin1(keyword.Bare);
   name.Full = Utf8FromLatin1(entry->Text);

@@ -21,6 +21,7 @@ struct CatalogName {
   std::string Text;  // without annotations; "?" and the handle where it does not resolve
   std::string Full;  // with them
   std::vector<Annotation> Annotations;
+  bool Known = false;   // the string table has it
   std::string Problem;  // what is wrong with these; empty when nothing is
 
   const std::string* Expression() const;  // unescaped; null = none

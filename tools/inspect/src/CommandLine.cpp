@@ -9,10 +9,12 @@
 
 #include <cerrno>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -27,6 +29,7 @@
 #include "Export.hpp"
 #include "Input.hpp"
 #include "Lint.hpp"
+#include "Redfish.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
 #include "Validate.hpp"
@@ -149,10 +152,14 @@ void WriteOutput(const std::string& path, std::string_view content, std::ostream
   }
 }
 
-// Two inputs were compared as they are; what is wrong with them may be why they differ.
+// Two inputs are compared as they are; what is wrong with them may be why they differ.
 void NoteFindings(const std::string& path, const Image& image, std::ostream& err) {
+  std::set<std::string> codes;
   for (const Finding& finding : image.Findings.List()) {
-    fmt::print(err, "note: {}: {}: {}\n", path, finding.Code, finding.Text);
+    codes.insert(finding.Code);
+  }
+  if (!codes.empty()) {
+    fmt::print(err, "note: {}: {} findings ({})\n", path, image.Findings.List().size(), fmt::join(codes, ", "));
   }
 }
 
@@ -182,19 +189,66 @@ void AddDiff(CLI::App& app, Action& action) {
   });
 }
 
+// Two documents in a folder and what they leave out, or all of it as one document.
+int RunExportRedfish(const std::string& input, const std::string& folder, const RedfishNames& names, bool json,
+                     std::ostream& out) {
+  const Image image = LoadImage(input);
+  const RedfishExport result = ExportRedfish(MakeCatalog(image), names);
+  nlohmann::ordered_json left = nlohmann::ordered_json::array();
+  for (const LeftOut& one : result.Left) {
+    left.push_back({{"handle", one.Handle}, {"attribute", one.Attribute}, {"what", one.What}, {"reason", one.Reason}});
+  }
+  if (folder.empty()) {
+    out << nlohmann::ordered_json{{"registry", result.Registry}, {"bios", result.Bios}, {"leftOut", std::move(left)}}
+               .dump(2)
+        << '\n';
+    return kClean;
+  }
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  WriteOutput(folder + "/AttributeRegistry.json", result.Registry.dump(2) + '\n', out);
+  WriteOutput(folder + "/Bios.json", result.Bios.dump(2) + '\n', out);
+  if (json) {
+    out << nlohmann::ordered_json{{"leftOut", std::move(left)}}.dump(2) << '\n';
+    return kClean;
+  }
+  for (const LeftOut& one : result.Left) {
+    fmt::print(out, "left out: {} {} ({}): {}\n", one.What, PrintableUtf8(one.Attribute), one.Handle,
+               PrintableUtf8(one.Reason));
+  }
+  fmt::print(out, "{} attributes of {} exported\n", result.Bios["Attributes"].size(), image.Attributes.Entries.size());
+  return kClean;
+}
+
 void AddExport(CLI::App& app, Action& action) {
   struct Options {
     std::string Input;
     std::string Output;
     bool Json = false;
+    bool Redfish = false;
+    RedfishNames Names;
   };
   const auto options = std::make_shared<Options>();
   CLI::App* sub = app.add_subcommand("export", "export FILE: write the capture in another form");
   sub->add_option("FILE", options->Input, "The input")->required();
-  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
-  sub->add_flag("--json", options->Json, "All of the capture, so that `import` gives the same bytes again");
+  sub->add_option(
+      "-o,--output", options->Output,
+      "Where to; standard output if left out. A folder for --redfish: AttributeRegistry.json and Bios.json");
+  sub->add_flag("--json", options->Json,
+                "All of the capture, so that `import` gives the same bytes again; with --redfish, what is said of it");
+  sub->add_flag("--redfish", options->Redfish, "An AttributeRegistry and a Bios resource");
+  sub->add_option("--registry-id", options->Names.Id, "Id of the registry")->capture_default_str();
+  sub->add_option("--registry-version", options->Names.Version, "Its version")->capture_default_str();
+  sub->add_option("--owner", options->Names.Owner, "Its owning entity")->capture_default_str();
+  sub->add_option("--bios-uri", options->Names.BiosUri, "Where the Bios resource is")->capture_default_str();
   sub->callback([options, &action] {
-    action = [options](const Style&, std::ostream& out, std::ostream&) {
+    if (!options->Json && !options->Redfish) {
+      throw CLI::RequiredError("--json or --redfish");
+    }
+    action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
+      if (options->Redfish) {
+        return RunExportRedfish(options->Input, options->Output, options->Names, options->Json, out);
+      }
       const Image image = LoadImage(options->Input);
       WriteOutput(options->Output, ExportJson(image.Capture), out);
       return kClean;

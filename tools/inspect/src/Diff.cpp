@@ -67,6 +67,11 @@ constexpr NumberField kNumberFields[] = {
     {"max-sources", Breaks::Lowered, BoundOf<BootBounds, &BootBounds::MaximumSources>},
 };
 
+// What a table that was cut does not tell is not compared.
+std::optional<std::string> NameOf(const CatalogName& name) {
+  return name.Known ? std::optional(name.Text) : std::nullopt;
+}
+
 std::string JoinNames(const CatalogAttribute& attribute, const std::vector<std::size_t>& positions) {
   std::string text;
   for (const std::size_t position : positions) {
@@ -90,7 +95,7 @@ class AttributeDiff {
         values_(older.Possible.size(), newer.Possible.size()) {}
 
   void CompareHead() {
-    CompareText("renamed", older_.Name.Text, newer_.Name.Text, true);
+    CompareText("renamed", NameOf(older_.Name), NameOf(newer_.Name), true);
     CompareText("display-text", older_.Display, newer_.Display);
     if (older_.Display && newer_.Display) {  // where these are known, so is that there is no help text
       CompareText("help-text", older_.Help.value_or(""), newer_.Help.value_or(""));
@@ -111,7 +116,7 @@ class AttributeDiff {
 
   // Values are the same when they have one name, or else when the platform keeps the same number for them.
   void ComparePossible() {
-    const auto byName = [](const CatalogValue& value) { return std::optional(value.Name.Text); };
+    const auto byName = [](const CatalogValue& value) { return NameOf(value.Name); };
     const auto bySetting = [](const CatalogValue& value) { return value.Setting; };
     PairBy(older_.Possible, newer_.Possible, byName, false, values_);
     PairBy(older_.Possible, newer_.Possible, bySetting, true, values_);
@@ -166,6 +171,9 @@ class AttributeDiff {
   }
 
   void CompareExpression() {
+    if (!older_.Name.Known || !newer_.Name.Known) {
+      return;
+    }
     const std::string* before = older_.Name.Expression();
     const std::string* after = newer_.Name.Expression();
     const auto text = [](const std::string* from) { return from != nullptr ? std::optional(*from) : std::nullopt; };
@@ -188,12 +196,14 @@ class AttributeDiff {
         isNew ? Add(what, std::nullopt, std::move(text), true) : Add(what, std::move(text), std::nullopt);
       }
     };
-    compare(older, newer, false);
-    compare(newer, older, true);
+    if (older.Known && newer.Known) {
+      compare(older, newer, false);
+      compare(newer, older, true);
+    }
   }
 
   void CompareValue(const CatalogValue& before, const CatalogValue& after) {
-    CompareText("value-renamed", before.Name.Text, after.Name.Text, true);
+    CompareText("value-renamed", NameOf(before.Name), NameOf(after.Name), true);
     if (before.Display && after.Display && *before.Display != *after.Display &&
         told_.emplace(after.Name.Full, *after.Display).second) {
       Add("value-text", before.Name.Text + ": " + *before.Display, after.Name.Text + ": " + *after.Display);
@@ -300,12 +310,13 @@ class CatalogDiff {
   // Name and token together; then the token alone, as a renamed attribute keeps it; then the name alone.
   void Pair() {
     const auto byBoth = [](const CatalogAttribute& attribute) {
-      return attribute.Token ? std::optional(std::pair(attribute.Name.Text, *attribute.Token)) : std::nullopt;
+      return attribute.Name.Known && attribute.Token ? std::optional(std::pair(attribute.Name.Text, *attribute.Token))
+                                                     : std::nullopt;
     };
     const auto byToken = [](const CatalogAttribute& attribute) {
       return attribute.Token.value_or(0) != 0 ? attribute.Token : std::nullopt;
     };
-    const auto byName = [](const CatalogAttribute& attribute) { return std::optional(attribute.Name.Text); };
+    const auto byName = [](const CatalogAttribute& attribute) { return NameOf(attribute.Name); };
     PairBy(older_, newer_, byBoth, false, pairs_);
     PairBy(older_, newer_, byToken, true, pairs_);
     PairBy(older_, newer_, byName, false, pairs_);
