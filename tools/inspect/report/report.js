@@ -45,7 +45,7 @@
   function showFindings() {
     const list = make('ul', {class: 'list'});
     for (const finding of data.findings) {
-      list.append(make('li', {}, make('span', {class: 'tag'}, finding.code), finding.text,
+      list.append(make('li', {}, make('span', {class: finding.note ? 'tag' : 'tag bad'}, finding.code), finding.text,
         finding.advice ? make('p', {class: 'faint'}, finding.advice) : null));
     }
     byId('findings').append(data.findings.length > 0 ? list : make('p', {class: 'good'}, 'None.'));

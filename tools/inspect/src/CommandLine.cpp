@@ -22,13 +22,18 @@
 #include <CLI/CLI.hpp>
 #include <fmt/ostream.h>
 
+#include "CacheVerdict.hpp"
 #include "Diff.hpp"
 #include "DiffTables.hpp"
+#include "Explain.hpp"
 #include "Export.hpp"
+#include "Input.hpp"
+#include "Lint.hpp"
 #include "Redfish.hpp"
 #include "Report.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
+#include "Validate.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -50,15 +55,16 @@ struct DiffOptions {
   bool Json = false;
 };
 
-int ReportFindings(const Image& image, const Style& style, std::ostream& err) {
-  for (const Finding& finding : image.Findings.List()) {
+int ReportFindings(const Findings& findings, const Style& style, std::ostream& err) {
+  for (const Finding& finding : findings.List()) {
     fmt::print(err, "{} {}: {}\n", style.Bad("finding:"), finding.Code, finding.Text);
   }
-  return image.Findings.List().empty() ? kClean : kFindings;
+  return findings.List().empty() ? kClean : kFindings;
 }
 
 int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, std::ostream& err) {
   const Image image = LoadImage(options.Arguments.back());
+  const Pairing pairing = PairTexts(image);
   if (options.Arguments.size() > 1) {
     const std::string& name = options.Arguments.front();
     const std::vector<const AttributeEntry*> attributes = image.FindByName(name);
@@ -66,24 +72,24 @@ int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, s
       throw UnusableInput(fmt::format("{}: no attribute has the name {}", options.Arguments.back(), Quote(name)));
     }
     if (options.Json) {
-      out << AttributesAsJson(image, attributes);
+      out << AttributesAsJson(image, pairing, attributes);
     } else {
       for (const AttributeEntry* attribute : attributes) {
-        ShowOne(image, *attribute, out);
+        ShowOne(image, pairing, *attribute, out);
       }
     }
   } else if (options.Json) {
-    out << ImageAsJson(image);
+    out << ImageAsJson(image, pairing);
   } else if (options.Texts) {
     ShowTexts(image, style, out);
-  } else {
+  } else if (options.NoTables) {
     ShowAttributes(image, out);
-    if (!options.NoTables) {
-      out << '\n';
-      ShowFill(image, style, out);
-    }
+  } else {
+    ShowWithTexts(image, pairing, style, out);
+    out << '\n';
+    ShowFill(image, style, out);
   }
-  return ReportFindings(image, style, err);
+  return ReportFindings(image.Findings, style, err);
 }
 
 int RunDiffTables(const DiffOptions& options, std::ostream& out) {
@@ -276,35 +282,169 @@ void AddImport(CLI::App& app, Action& action) {
 void AddReport(CLI::App& app, Action& action) {
   struct Options {
     std::string Input;
+    std::string Flash;
     std::string Older;
     std::string Output;
     bool Json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* sub = app.add_subcommand("report", "report FILE: put everything about a boot on one page of HTML");
+  CLI::App* sub = app.add_subcommand("report", "report FILE [FLASH]: put everything about a boot on one page of HTML");
   sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
   sub->add_option("--since", options->Older, "An older input; the page tells the differences, too");
   sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
   sub->add_flag("--json", options->Json, "What the page shows, as JSON");
   sub->callback([options, &action] {
     action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
-      const Image image = LoadImage(options->Input);
+      const Input input = LoadInput(options->Input, options->Flash, {});
       std::optional<Image> older;
       if (!options->Older.empty()) {
         older = LoadImage(options->Older);
       }
-      std::vector<ReportFinding> findings;
-      for (const Finding& finding : image.Findings.List()) {
-        findings.push_back({finding.Code, finding.Text, ""});
-      }
-      const ReportInput newInput{options->Input, image};
-      std::optional<ReportInput> oldInput;
-      if (older) {
-        oldInput.emplace(ReportInput{options->Older, *older});
-      }
-      const auto data = ReportData(newInput, findings, oldInput ? &*oldInput : nullptr);
+      const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, {});
+      const auto data =
+          ReportData({options->Input, input.Image}, findings, {options->Older, older ? &*older : nullptr});
       WriteOutput(options->Output, options->Json ? data.dump(2) + '\n' : ReportPage(data), out);
-      return findings.empty() ? kClean : kFindings;
+      return input.Image.Findings.List().empty() && IsClean(findings) ? kClean : kFindings;
+    };
+  });
+}
+
+void AddCache(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    CacheOptions Judge;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("cache", "cache FILE: judge the attribute cache of a variable flash image");
+  sub->add_option("FILE", options->Input, "A variable flash image (vars.fd)")->required();
+  sub->add_option("--firmware", options->Judge.Firmware, "Version of the firmware that boots next")
+      ->type_name("VERSION");
+  sub->add_option("--limit", options->Judge.Limit,
+                  "Bytes that the store takes for one variable, header and name included")
+      ->type_name("BYTES");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream& err) {
+      const std::vector<std::uint8_t> flash = ReadFile(options->Input);
+      const CacheReport report = WithPath(options->Input, [&] { return ReportCache(flash, options->Judge); });
+      out << (options->Json ? CacheAsJson(report, options->Judge) : CacheAsText(report, options->Judge, style));
+      ReportFindings(report.Findings, style, err);
+      return report.Verdict.IsFine() && report.Findings.List().empty() ? kClean : kFindings;
+    };
+  });
+}
+
+void AddValidate(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Profile;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("validate", "validate FILE: check the structure of everything that is published");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("--profile", options->Profile,
+                  "common: say, too, where a reader that knows enumerations, strings and integers alone stops")
+      ->check(CLI::IsMember({"common"}))
+      ->type_name("common");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Image image = LoadImage(options->Input);
+      const Validation validation = Validate(image, !options->Profile.empty());
+      out << (options->Json ? ValidationAsJson(image, validation) : ValidationAsText(image, validation, style));
+      return validation.Problems.List().empty() ? kClean : kFindings;
+    };
+  });
+}
+
+void AddLint(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Flash;
+    LintOptions Lint;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub =
+      app.add_subcommand("lint", "lint FILE [FLASH]: tell what is lost, dangling, contradictory or out of bounds");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
+  sub->add_option("--limit", options->Lint.Limit,
+                  "Bytes that the store takes for one variable, header and name included; needs a flash image")
+      ->type_name("BYTES");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Input input = LoadInput(options->Input, options->Flash, {.Firmware = {}, .Limit = options->Lint.Limit});
+      if (options->Lint.Limit && !input.Cache) {
+        throw UnusableInput("--limit needs a flash image: only there the sizes of variables can be seen");
+      }
+      const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, options->Lint);
+      out << (options->Json ? LintAsJson(findings) : LintAsText(findings, style));
+      return IsClean(findings) ? kClean : kFindings;
+    };
+  });
+}
+
+// "NAME=VALUE", both without annotations, as positions in the catalog.
+Plan::value_type ParseSetting(const Catalog& catalog, const Dependencies& dependencies, const std::string& text) {
+  const std::size_t equals = text.find('=');
+  const std::optional<std::size_t> attribute = dependencies.Find(text.substr(0, equals));
+  if (!attribute || equals == text.npos) {
+    throw UnusableInput(fmt::format("no attribute has the name that {} begins with", Quote(text)));
+  }
+  const std::vector<CatalogValue>& possible = catalog.Attributes[*attribute].Possible;
+  const auto found = std::ranges::find_if(possible, [value = text.substr(equals + 1)](const CatalogValue& candidate) {
+    return candidate.Name.Text == value;
+  });
+  if (found == possible.end()) {
+    throw UnusableInput(fmt::format("the attribute in {} has no such value", Quote(text)));
+  }
+  return {*attribute, static_cast<std::size_t>(found - possible.begin())};
+}
+
+void AddExplain(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Name;
+    std::string Input;
+    std::string Flash;
+    std::vector<std::string> Plan;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand(
+      "explain", "explain NAME FILE [FLASH]: tell who forces an attribute, whom it forces, what a set drags along");
+  sub->add_option("NAME", options->Name, "The attribute, with or without its annotations")->required();
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image of the same boot, for its \"PidDepList\"");
+  sub->add_option("--set", options->Plan, "A planned set; may be given several times, for all of them at once")
+      ->type_name("NAME=VALUE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+      const Input input = LoadInput(options->Input, options->Flash, {});
+      const Catalog catalog = MakeCatalog(input.Image);
+      const Dependencies dependencies(catalog);
+      const std::optional<std::size_t> attribute = dependencies.Find(ParseKeyword(options->Name).Bare);
+      if (!attribute) {
+        throw UnusableInput(fmt::format("{}: no attribute has the name {}", options->Input, Quote(options->Name)));
+      }
+      Plan plan;
+      for (const std::string& setting : options->Plan) {
+        plan.push_back(ParseSetting(catalog, dependencies, setting));
+      }
+      const bool listed = input.Cache && input.Cache->Content.DependencyList;
+      const Explanation explanation =
+          Explain(catalog, dependencies, *attribute, plan, listed ? &*input.Cache->Content.DependencyList : nullptr);
+      out << (options->Json ? ExplanationAsJson(catalog, dependencies, explanation)
+                            : ExplanationAsText(catalog, dependencies, explanation, style));
+      const bool agree = !explanation.IsListed || *explanation.IsListed == explanation.IsCollected;
+      return agree ? kClean : kFindings;
     };
   });
 }
@@ -325,6 +465,10 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   AddExport(app, action);
   AddImport(app, action);
   AddReport(app, action);
+  AddValidate(app, action);
+  AddLint(app, action);
+  AddExplain(app, action);
+  AddCache(app, action);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -110,9 +110,12 @@ class Pairer {
     }
     GatherTexts();
     GatherCreations();
-    std::size_t end = 0;  // of the setup's attributes
+    std::size_t end = 0;  // of the setup's attributes; behind them the driver's own follow
     for (std::size_t i = 0; i < creations_.size(); ++i) {
-      end = TypeOf(*creations_[i].Attribute) == BaseType::Collection ? i + 1 : end;
+      const std::optional<std::string> name = NameOf(creations_[i].Attribute->NameHandle);
+      const bool own =
+          TypeOf(*creations_[i].Attribute) != BaseType::Collection && name && FindOwn(kOwnAttributes, *name);
+      end = own ? end : i + 1;
     }
     const std::size_t stepped = AddSteps(end);
     if (pairing_.Reason.empty()) {
@@ -245,9 +248,8 @@ class Pairer {
       const BaseType type = TypeOf(attribute);
       const std::size_t before = steps_.size();
       creation.Own = i >= end && name ? FindOwn(kOwnAttributes, *name) : nullptr;
-      const bool known = i < end ? type == BaseType::Enumeration || type == BaseType::Integer ||
-                                       type == BaseType::String || type == BaseType::Collection
-                                 : creation.Own != nullptr;
+      const bool known = type == BaseType::Enumeration || type == BaseType::Integer || type == BaseType::String ||
+                         type == BaseType::Collection;
       IsNewName(attribute.NameHandle);
       if (creation.Own != nullptr) {
         creation.Step = AddStep(ReplayKind::Fixed, std::u16string(creation.Own->Display));

@@ -8,6 +8,7 @@
 #include "Report.hpp"
 
 #include <map>
+#include <set>
 
 #include "Catalog.hpp"
 #include "Describe.hpp"
@@ -108,6 +109,23 @@ Json EdgesAsJson(const Catalog& catalog) {
   return edges;
 }
 
+// What was judged comes with advice; what is wrong with the bytes besides follows it.
+Json FindingsAsJson(const Image& image, const std::vector<LintFinding>& findings) {
+  Json list = Json::array();
+  std::set<std::string> codes;
+  for (const LintFinding& finding : findings) {
+    list.push_back(
+        {{"code", finding.Code}, {"text", finding.Text}, {"advice", finding.Advice}, {"note", finding.IsNote}});
+    codes.insert(finding.Code);
+  }
+  for (const Finding& finding : image.Findings.List()) {
+    if (!codes.contains(finding.Code)) {
+      list.push_back({{"code", finding.Code}, {"text", finding.Text}, {"advice", ""}, {"note", false}});
+    }
+  }
+  return list;
+}
+
 void ReplaceFirst(std::string& text, std::string_view mark, std::string_view content) {
   if (const std::size_t at = text.find(mark); at != std::string::npos) {
     text.replace(at, mark.size(), content);
@@ -116,22 +134,19 @@ void ReplaceFirst(std::string& text, std::string_view mark, std::string_view con
 
 }  // namespace
 
-Json ReportData(const ReportInput& input, const std::vector<ReportFinding>& findings, const ReportInput* older) {
+Json ReportData(const ReportInput& input, const std::vector<LintFinding>& findings, const ReportOlder& older) {
   const Catalog catalog = MakeCatalog(input.Image);
   Json data{{"input", input.Name},
-            {"older", older != nullptr ? Json(older->Name) : Json()},
+            {"older", older.Image != nullptr ? Json(older.Name) : Json()},
             {"textsMissing", catalog.TextsMissing},
             {"tables", TablesAsJson(input.Image)},
-            {"findings", Json::array()},
+            {"findings", FindingsAsJson(input.Image, findings)},
             {"differences", Json()},
             {"groups", GroupsAsJson(catalog)},
             {"edges", EdgesAsJson(catalog)},
             {"attributes", Json::array()}};
-  for (const ReportFinding& finding : findings) {
-    data["findings"].push_back({{"code", finding.Code}, {"text", finding.Text}, {"advice", finding.Advice}});
-  }
-  if (older != nullptr) {
-    data["differences"] = DifferencesAsJson(DiffCatalogs(MakeCatalog(older->Image), catalog, true));
+  if (older.Image != nullptr) {
+    data["differences"] = DifferencesAsJson(DiffCatalogs(MakeCatalog(*older.Image), catalog, true));
   }
   for (const CatalogAttribute& attribute : catalog.Attributes) {
     data["attributes"].push_back(AttributeAsJson(input.Image, attribute));

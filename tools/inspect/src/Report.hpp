@@ -12,24 +12,23 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Image.hpp"
+#include "Lint.hpp"
 
 namespace corvane::inspect {
-
-struct ReportFinding {
-  std::string Code;
-  std::string Text;
-  std::string Advice;  // may be empty
-};
 
 struct ReportInput {
   std::string Name;  // as the page calls it
   const inspect::Image& Image;
 };
 
-// What the page shows. `older` may be null.
-nlohmann::ordered_json ReportData(const ReportInput& input, const std::vector<ReportFinding>& findings,
-                                  const ReportInput* older);
+struct ReportOlder {
+  std::string Name;
+  const inspect::Image* Image = nullptr;  // null = there is nothing to compare with
+};
+
+// What the page shows.
+nlohmann::ordered_json ReportData(const ReportInput& input, const std::vector<LintFinding>& findings,
+                                  const ReportOlder& older);
 
 std::string ReportPage(const nlohmann::ordered_json& data);
 
