@@ -101,6 +101,10 @@ TEST(ExportTest, WhatCannotBeImportedIsNamedByItsPlace) {
     }
   }
   EXPECT_THROW(Import("{\"format\": "), UnusableInput);
+  bool ofCache = false;
+  const std::string cache = ExportJson(Encode({}), true);
+  ImportJson({reinterpret_cast<const std::uint8_t*>(cache.data()), cache.size()}, &ofCache);
+  EXPECT_TRUE(ofCache);
 }
 
 TEST(ExpressionTest, CompilesAndMatchesWithinLimits) {
