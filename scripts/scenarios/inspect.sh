@@ -44,7 +44,10 @@ lint_with() {
   local boot=$1 flash=$2 status=$3 pattern=$4 said got=0
   shift 4
   said=$("$INSPECT" lint "$(records_of "$boot")" ${flash:+"$flash"} "$@") || got=$?
-  ((got == status)) && grep -qE "$pattern" <<<"$said" || { say "exit $got: $said"; return 1; }
+  if ((got != status)) || ! grep -qE "$pattern" <<<"$said"; then
+    say "exit $got: $said"
+    return 1
+  fi
 }
 
 # The driver says on the console which entry is the first that it left out.
