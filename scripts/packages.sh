@@ -15,6 +15,7 @@ readonly PACKAGES_TO_BUILD=(
 )
 readonly PACKAGES_TO_TEST=(
   libgtest-dev libgmock-dev clang-format clang-tidy shellcheck
+  python3-jsonschema                            # exports against their schemas
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
 readonly PACKAGES_TO_COVER=(clang llvm libclang-rt-dev)

@@ -6,7 +6,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress inspect; do
+for part in checks life modes damage platform stress inspect export; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
@@ -28,8 +28,8 @@ readonly SCENARIOS=(
   too_many_questions full_store bad_form_set no_form_sets
 )
 
-# inspect.sh: what the inspector makes of the boots of the others
-readonly INSPECTIONS=(inspect_texts inspect_lint inspect_cache inspect_validate)
+# inspect.sh, export.sh: what the inspector makes of the boots of the others
+readonly INSPECTIONS=(inspect_texts inspect_lint inspect_cache inspect_validate exports)
 
 # The boots land in out/debug/, beside the image that they ran.
 scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }

@@ -30,6 +30,7 @@
 #include "Input.hpp"
 #include "Lint.hpp"
 #include "Redfish.hpp"
+#include "Report.hpp"
 #include "Show.hpp"
 #include "Text.hpp"
 #include "Validate.hpp"
@@ -183,7 +184,11 @@ void AddDiff(CLI::App& app, Action& action) {
       NoteFindings(options->Older, older, err);
       NoteFindings(options->Newer, newer, err);
       const auto differences = DiffCatalogs(MakeCatalog(older), MakeCatalog(newer), !options->NoValues);
-      out << (options->Json ? DiffAsJson(differences) : DiffAsText(differences, style));
+      if (options->Json) {
+        out << nlohmann::ordered_json{{"differences", DifferencesAsJson(differences)}}.dump(2) << '\n';
+      } else {
+        out << DiffAsText(differences, style);
+      }
       return differences.empty() ? kClean : kFindings;
     };
   });
@@ -270,6 +275,37 @@ void AddImport(CLI::App& app, Action& action) {
       const Image image = LoadImage(options->Input);
       WriteOutput(options->Output, {reinterpret_cast<const char*>(image.Capture.data()), image.Capture.size()}, out);
       return kClean;
+    };
+  });
+}
+
+void AddReport(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Input;
+    std::string Flash;
+    std::string Older;
+    std::string Output;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* sub = app.add_subcommand("report", "report FILE [FLASH]: put everything about a boot on one page of HTML");
+  sub->add_option("FILE", options->Input, "The input")->required();
+  sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
+  sub->add_option("--since", options->Older, "An older input; the page tells the differences, too");
+  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  sub->add_flag("--json", options->Json, "What the page shows, as JSON");
+  sub->callback([options, &action] {
+    action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
+      const Input input = LoadInput(options->Input, options->Flash, {});
+      std::optional<Image> older;
+      if (!options->Older.empty()) {
+        older = LoadImage(options->Older);
+      }
+      const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, {});
+      const auto data =
+          ReportData({options->Input, input.Image}, findings, {options->Older, older ? &*older : nullptr});
+      WriteOutput(options->Output, options->Json ? data.dump(2) + '\n' : ReportPage(data), out);
+      return input.Image.Findings.List().empty() && IsClean(findings) ? kClean : kFindings;
     };
   });
 }
@@ -428,6 +464,7 @@ int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream&
   AddDiff(app, action);
   AddExport(app, action);
   AddImport(app, action);
+  AddReport(app, action);
   AddValidate(app, action);
   AddLint(app, action);
   AddExplain(app, action);

@@ -9,8 +9,6 @@
 
 #include <set>
 
-#include <nlohmann/json.hpp>
-
 #include "DiffPairs.hpp"
 #include "Overloaded.hpp"
 #include "Text.hpp"
@@ -410,7 +408,7 @@ std::string DiffAsText(const std::vector<Difference>& differences, const Style& 
   return text + fmt::format("{} differences, {} breaking\n", differences.size(), count);
 }
 
-std::string DiffAsJson(const std::vector<Difference>& differences) {
+nlohmann::ordered_json DifferencesAsJson(const std::vector<Difference>& differences) {
   using Json = nlohmann::ordered_json;
   const auto text = [](const std::optional<std::string>& value) { return value ? Json(*value) : Json(); };
   Json list = Json::array();
@@ -422,7 +420,7 @@ std::string DiffAsJson(const std::vector<Difference>& differences) {
                     {"new", text(one.New)},
                     {"breaking", one.Breaking}});
   }
-  return Json{{"differences", std::move(list)}}.dump(2) + '\n';
+  return list;
 }
 
 }  // namespace corvane::inspect

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "Catalog.hpp"
 #include "Style.hpp"
 
@@ -29,6 +31,6 @@ struct Difference {
 std::vector<Difference> DiffCatalogs(const Catalog& older, const Catalog& newer, bool values);
 
 std::string DiffAsText(const std::vector<Difference>& differences, const Style& style);
-std::string DiffAsJson(const std::vector<Difference>& differences);
+nlohmann::ordered_json DifferencesAsJson(const std::vector<Difference>& differences);
 
 }  // namespace corvane::inspect
