@@ -158,7 +158,8 @@ class Linter {
     if (!verdict.IsFine()) {
       std::string code = fmt::format("cache-{}", NameOf(verdict.State));
       std::replace(code.begin(), code.end(), ' ', '-');
-      if (code != "cache-partial" || !options_.Limit || !findings_.empty()) {
+      // A limit is told above.
+      if (!cache_->Content.IsWhole() || verdict.State != CacheState::Partial) {
         Add(std::move(code), fmt::format("The cache is {}. {}", NameOf(verdict.State), verdict.Reason));
       }
     }
