@@ -6,7 +6,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress export; do
+for part in checks life modes damage platform stress inspect export; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
@@ -27,6 +27,9 @@ readonly SCENARIOS=(
   full_strings full_attributes full_values full_display_texts full_help_texts
   too_many_questions full_store bad_form_set no_form_sets
 )
+
+# inspect.sh, export.sh: what the inspector makes of the boots of the others
+readonly INSPECTIONS=(inspect_texts inspect_lint inspect_cache inspect_validate exports)
 
 # The boots land in out/debug/, beside the image that they ran.
 scenario_folder() { printf '%s/debug/%s' "$OUT" "$1"; }
@@ -59,7 +62,7 @@ run_scenarios() {
   run_side_by_side cold
   if ((FAILED == before)); then
     run_side_by_side "${SCENARIOS[@]}"
-    run_side_by_side exports  # export.sh: what the inspector makes of all these boots
+    run_side_by_side "${INSPECTIONS[@]}"
   else
     complain 'the other scenarios start from the cold boot and were left out'
   fi

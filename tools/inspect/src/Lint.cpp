@@ -96,6 +96,7 @@ class Linter {
     }
     LintCuts();
     LintStructure();
+    LintStream();
     LintLimits();
     for (const CatalogAttribute& attribute : catalog_.Attributes) {
       LintName(attribute);
@@ -157,8 +158,25 @@ class Linter {
     if (!verdict.IsFine()) {
       std::string code = fmt::format("cache-{}", NameOf(verdict.State));
       std::replace(code.begin(), code.end(), ' ', '-');
-      if (code != "cache-partial" || !options_.Limit || !findings_.empty()) {
+      // A limit is told above.
+      if (!cache_->Content.IsWhole() || verdict.State != CacheState::Partial) {
         Add(std::move(code), fmt::format("The cache is {}. {}", NameOf(verdict.State), verdict.Reason));
+      }
+    }
+  }
+
+  // What only the attribute stream says of an attribute has no checksum; the cache of the same boot says it again.
+  void LintStream() {
+    if (stored_ == nullptr || image_.OfCache || !image_.Stream || !image_.Stream->Sound) {
+      return;
+    }
+    for (const StreamRecord& cached : cache_->Content.Records) {
+      const StreamRecord* sent = image_.Stream->Find(cached.Attribute.Handle);
+      if (sent != nullptr &&
+          (sent->Token != cached.Token || sent->ValueSize != cached.ValueSize ||
+           sent->PlatformValues != cached.PlatformValues || !(sent->Attribute == cached.Attribute))) {
+        Add("stream-differs",
+            fmt::format("Attribute {} differs between the attribute stream and the cache.", cached.Attribute.Handle));
       }
     }
   }
