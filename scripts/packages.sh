@@ -11,11 +11,12 @@ readonly PACKAGES_TO_BUILD=(
   python3 python3-distutils uuid-dev acpica-tools
   dpkg-dev patch xz-utils                       # unpack the EDK II source package
   qemu-system-arm mtools                        # boot it
-  libcli11-dev libfmt-dev nlohmann-json3-dev    # the inspector
+  libcli11-dev libfmt-dev nlohmann-json3-dev libpcre2-dev   # the inspector
 )
 readonly PACKAGES_TO_TEST=(
   libgtest-dev libgmock-dev clang-format clang-tidy shellcheck
   clang libclang-rt-dev                         # the fuzz targets
+  python3-jsonschema                            # exports against their schemas
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
 readonly PACKAGES_TO_MEASURE=(qemu-user)

@@ -6,7 +6,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress access; do
+for part in checks life modes damage platform stress access inspect export; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
@@ -29,6 +29,9 @@ readonly SCENARIOS=(
   # access.sh: sessions at the Shell
   access access_unserved access_loaded_again access_long_help access_secrets
 )
+
+# inspect.sh, export.sh: what the inspector makes of the boots of the others
+readonly INSPECTIONS=(inspect_texts inspect_lint inspect_cache inspect_validate exports)
 
 # The boots land in out/debug/, beside the image that they ran; those of the soak elsewhere.
 SCENARIO_GROUP=debug
@@ -62,6 +65,7 @@ run_scenarios() {
   run_side_by_side cold
   if ((FAILED == before)); then
     run_side_by_side "${SCENARIOS[@]}"
+    run_side_by_side "${INSPECTIONS[@]}"
   else
     complain 'the other scenarios start from the cold boot and were left out'
   fi

@@ -22,16 +22,8 @@
 #include "Describe.hpp"
 #include "DiffTables.hpp"
 #include "Image.hpp"
-#include "Host/StoreBuilder.hpp"
-#include "Host/TestBytes.hpp"
 #include "Show.hpp"
-#include "database/TableBuilder.hpp"
-#include "lifecycle/AttributeStream.hpp"
-#include "lifecycle/TableDirectory.hpp"
-
-extern "C" {
-#include <Corvane/TransportRecord.h>
-}
+#include "TestNotebook.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -40,40 +32,6 @@ using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-
-using Out = ::Bytes;
-
-std::vector<std::string> Split(const std::string& list, char separator) {
-  std::vector<std::string> parts;
-  std::istringstream in(list);
-  for (std::string part; std::getline(in, part, separator);) {
-    parts.push_back(part);
-  }
-  return parts;
-}
-
-using Payloads = std::array<Out, TRANSPORT_RECORD_COUNT>;
-
-// What a driver has gathered, and what becomes of the records that it sends.
-struct Notebook {
-  std::vector<std::string> Names = Split(
-      "Admin[RegEx:^\\\\x20$]|System|Boot order|Varo:HDD:0001|Varo:USB:0002|SecureBoot|Off[ForceIf:Tpm=Off]|On|"
-      "Hour|Asset|Setup|Profile|Office|Travel",
-      '|');
-  std::vector<std::u16string> Displays{u"Secure Boot", u"Pr\u00FCfung \x4E2D", u""};
-  std::vector<RecordSpec> Records{
-      {.Handle = 1, .Type = 2, .Name = 16, .SubType = 0, .MaxLength = 32, .Installed = 1},
-      {.Handle = 2, .Type = 2, .Name = 17, .SubType = 0, .MaxLength = 32},
-      {.Handle = 6, .Type = 4, .Name = 18, .Handles = {19, 20}, .SubType = 2, .Order = {1, 0}},
-      {.Name = 21, .Token = 1016, .Handles = {22, 23}, .Values = {66, 69}, .Current = 1},
-      {.Type = 3, .Name = 24, .Default = 8, .Current = 300, .Lower = 5, .Upper = MAX_UINT64, .Step = 3},
-      {.Type = 0x81, .Name = 25, .MaxLength = 64, .Text = "a\"b\\c\x01\xFF"},
-      {.Type = 0x85, .Name = 26, .Handles = {16, 18}},
-      {.Type = 6, .Name = 27, .Handles = {28, 29}, .Current = 1},
-      {.Type = 0x85, .Name = 26},
-  };
-  std::function<void(Payloads&)> Damage = [](Payloads&) {};
-};
 
 constexpr const char* kLines =
     R"(1 Admin[RegEx:^\\x20$] password = installed (default length 0) {0..32}
@@ -86,41 +44,6 @@ constexpr const char* kLines =
 20 Profile configuration-set = Travel (default -) {Office|Travel}
 21 Setup collection ro = - (default -) {-}
 )";
-
-Out Encode(const Notebook& notebook) {
-  FakeUefi uefi;
-  AttributeDatabase database;
-  EXPECT_EQ(database.AllocateStore(), EFI_SUCCESS);
-  for (const std::string& name : notebook.Names) {
-    PutText(database, StringArray::Names, std::u16string(name.begin(), name.end()));
-  }
-  for (const std::u16string& text : notebook.Displays) {
-    PutText(database, StringArray::Display, text);
-  }
-  for (const RecordSpec& spec : notebook.Records) {
-    Put(database, spec);
-  }
-  std::array<TableDescriptor, TABLE_DESCRIPTOR_COUNT> descriptors{};
-  TableWriter writer{descriptors.data()};
-  ValueEntries values{nullptr, false};
-  TableBuilder(database, writer, values).BuildTables();
-  Payloads payloads{BytesAt(BuildTableDirectory(descriptors.data()), sizeof(TableDirectory)),
-                    BytesAt(descriptors.data(), sizeof(descriptors))};
-  std::uint8_t type = TRANSPORT_RECORD_STRINGS;
-  for (const UINT32 index : kPublishedTables) {
-    const auto* const data = reinterpret_cast<const void*>(UINTN{descriptors[index].Data});
-    payloads[type++] = BytesAt(data, descriptors[index].Limit);
-  }
-  Out stream(AttributeStreamSize(database));
-  EncodeAttributes(database, std::as_writable_bytes(std::span(stream)));
-  payloads[type] = Join(U32(stream.size()), BytesAt(&database.Store()->Header, 32), stream);
-  notebook.Damage(payloads);
-  Out capture;
-  for (type = 0; const Out& payload : payloads) {
-    Append(capture, Join(BytesAt(&gVaroTransportRecordGuid, 16), U64(payload.size()), type++, payload));
-  }
-  return capture;
-}
 
 // The value table's, there and in its descriptor.
 void DamageCrc(Payloads& payloads) {
@@ -258,7 +181,8 @@ class CommandLineTest : public ::testing::Test {
     Notebook changed;
     changed.Records[3].Current = 0;
     changed.Records[1].Installed = 1;
-    Save("b.bin", Encode(changed));
+    b_ = Encode(changed);
+    Save("b.bin", b_);
     changed.Displays[0] = u"Sicher";
     changed.Damage = DamageCrc;
     Save("c.bin", Encode(changed));
@@ -287,6 +211,7 @@ class CommandLineTest : public ::testing::Test {
   std::filesystem::path folder_ =
       std::filesystem::path(::testing::TempDir()) /
       (std::string("inspect_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  Out b_;
   std::ostringstream out_;
   std::ostringstream err_;
 };
@@ -323,6 +248,16 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
        "  16 SecureBoot: On -> Off[ForceIf:Tpm=Off]\nhelp: equal\n"},
       {"diff-tables b.bin c.bin --only strings,display", 1,
        "strings: equal\ndisplay: differ from offset 14 on (68 and 60 bytes)\n"},
+      {"diff a.bin a.bin", 0, "0 differences, 0 breaking\n"},
+      {"diff a.bin b.bin --no-values", 0, "0 differences, 0 breaking\n"},
+      {"diff --json a.bin b.bin", 1, HasSubstr("\"what\": \"current\",\n      \"old\": \"On\"")},
+      {"diff a.bin c.bin", 1, HasSubstr("2 differences, 0 breaking\n"), EndsWith("c.bin: 1 findings (table-crc)\n")},
+      {"export a.bin", 2, "", HasSubstr("--json or --redfish")},
+      {"export --json a.bin", 0, StartsWith("{\n \"format\": \"corvane-capture\",\n \"version\": 1,\n")},
+      {"export --json a.bin -o " + folder_.string(), 2, "", HasSubstr(": cannot be written: ")},
+      {"export --redfish a.bin", 0, HasSubstr("\"what\": \"attribute\",\n      \"reason\": \"a boot order")},
+      {"import b.bin", 0, std::string(reinterpret_cast<const char*>(b_.data()), b_.size())},
+      {"report a.bin --since c.bin --json", 1, HasSubstr("\"older\": \"" + (folder_ / "c.bin").string())},
       {"diff-tables a.bin noise.bin", 2, "", HasSubstr("noise.bin: ")},
       {"diff-tables a.bin b.bin --only colours", 2, "", HasSubstr("colours")},
   };

@@ -53,11 +53,11 @@ std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path) {
   return content;
 }
 
-RecordPayloads SplitCapture(Bytes capture, Findings& findings) {
-  RecordPayloads payloads;
+std::vector<CaptureRecord> ListRecords(Bytes capture, Findings& findings) {
+  std::vector<CaptureRecord> records;
   ByteReader reader(capture);
-  std::size_t number = 0;
-  for (; reader.Left() > 0; ++number) {
+  while (reader.Left() > 0) {
+    const std::size_t number = records.size();
     const std::size_t offset = reader.Offset();
     const auto header = reader.Read<::TransportRecord>();
     if (!reader.Ok()) {
@@ -70,13 +70,21 @@ RecordPayloads SplitCapture(Bytes capture, Findings& findings) {
       break;
     }
     const std::uint64_t length = header.PayloadLength;
-    const std::size_t type = header.Type;
     if (length > reader.Left()) {
       findings.Add("capture-cut", "record {} at offset {} announces {} bytes and has {}", number, offset, length,
                    reader.Left());
       break;
     }
-    const Bytes payload = reader.Take(static_cast<std::size_t>(length));
+    records.push_back({offset, header.Type, reader.Take(static_cast<std::size_t>(length))});
+  }
+  return records;
+}
+
+RecordPayloads SplitCapture(Bytes capture, Findings& findings) {
+  RecordPayloads payloads;
+  const std::vector<CaptureRecord> records = ListRecords(capture, findings);
+  for (std::size_t number = 0; number < records.size(); ++number) {
+    const auto& [offset, type, payload] = records[number];
     if (type >= kRecordTypes) {
       findings.Add("record-type", "record {} at offset {} has the unknown type {}", number, offset, type);
     } else if (payloads[type]) {
@@ -98,8 +106,8 @@ RecordPayloads SplitCapture(Bytes capture, Findings& findings) {
       if (capture.empty()) {
         throw UnusableInput("the capture is empty");
       }
-      const std::string cause =
-          findings.List().empty() ? fmt::format("it ends after {} records", number) : findings.List().front().Text;
+      const std::string cause = findings.List().empty() ? fmt::format("it ends after {} records", records.size())
+                                                        : findings.List().front().Text;
       throw UnusableInput(fmt::format("the capture has no whole {}: {}", kRecordNames[type], cause));
     }
     findings.Add("record-missing", "the capture has no whole {}", kRecordNames[type]);

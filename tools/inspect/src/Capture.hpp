@@ -24,6 +24,15 @@ using RecordPayloads = std::array<std::optional<Bytes>, kRecordTypes>;
 
 std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path);  // throws UnusableInput
 
+struct CaptureRecord {
+  std::size_t Offset = 0;  // of its header
+  std::uint8_t Type = 0;
+  Bytes Payload;
+};
+
+// Those that are whole, up to where no further one begins.
+std::vector<CaptureRecord> ListRecords(Bytes capture, Findings& findings);
+
 // Throws UnusableInput when the string, attribute and value tables are not all there.
 RecordPayloads SplitCapture(Bytes capture, Findings& findings);
 

@@ -192,9 +192,31 @@ void CheckStream(const Image& image, Findings& findings) {
                    handle);
     }
     const ValueEntry* value = image.Values.Find(handle);
+    const bool isPassword = BaseType{BaseTypeOf(record.Attribute.Type)} == BaseType::Password;
+    if (value != nullptr && isPassword && !record.PasswordInstalled) {
+      findings.Add("stream-differs", "password {} has a value, and is not installed in the attribute stream", handle);
+    }
     if (value != nullptr && value->Type == record.Attribute.Type && !SameValue(record, *value)) {
       findings.Add("stream-differs",
                    "the value of attribute {} differs between the value table and the attribute stream", handle);
+    }
+  }
+}
+
+// What is in a table and not in the driver's store.
+void CheckSurplus(const Image& image, Findings& findings) {
+  const Stream& stream = *image.Stream;
+  constexpr std::uint16_t kSlots = 256;  // the stream has no more
+  for (const AttributeEntry& attribute : image.Attributes.Entries) {
+    if (attribute.Handle < kSlots && stream.Find(attribute.Handle) == nullptr) {
+      findings.Add("stream-differs", "attribute {} is not in the attribute stream", attribute.Handle);
+    }
+  }
+  for (const TableId id : {TableId::Strings, TableId::Display, TableId::Help}) {
+    const std::uint64_t count = id == TableId::Strings ? stream.NameCount : stream.DisplayCount;
+    if (image.EntryCountOf(id) > count) {
+      findings.Add("table-surplus", "the {} table has {} entries, and the driver {}", KindOf(id).Name,
+                   image.EntryCountOf(id), count);
     }
   }
 }
@@ -203,8 +225,8 @@ void CheckFill(const Image& image, Findings& findings) {
   for (const TableFill& fill : MeasureFill(image)) {
     const TableKind& kind = KindOf(fill.Id);
     if (fill.Used > kind.Capacity) {
-      findings.Add("table-length", "the {} table has {} bytes and a capacity of {}", kind.Name, fill.Used,
-                   kind.Capacity);
+      findings.Add(image.OfCache ? "table-overfull" : "table-length", "the {} table has {} bytes and a capacity of {}",
+                   kind.Name, fill.Used, kind.Capacity);
     }
     if (fill.Lost.value_or(0) > 0) {
       const std::string first = fill.FirstLost ? fmt::format(", from handle {} on", *fill.FirstLost) : "";
@@ -226,6 +248,9 @@ void CheckImage(Image& image) {
   CheckAttributes(image, findings);
   if (image.Stream) {
     CheckStream(image, findings);
+    if (image.Stream->Sound) {
+      CheckSurplus(image, findings);
+    }
   }
   CheckFill(image, findings);
 }

@@ -27,6 +27,7 @@ class Findings {
   void Add(std::string code, fmt::format_string<Args...> text, Args&&... args) {
     list_.push_back({std::move(code), fmt::format(text, std::forward<Args>(args)...)});
   }
+  void Append(const Findings& others) { list_.insert(list_.end(), others.list_.begin(), others.list_.end()); }
   const std::vector<Finding>& List() const { return list_; }
 
  private:
@@ -38,5 +39,15 @@ class UnusableInput : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// Calls read(), and has the line that says why it cannot begin with the path.
+template <typename Read>
+auto WithPath(const std::string& path, Read read) {
+  try {
+    return read();
+  } catch (const UnusableInput& unusable) {
+    throw UnusableInput(path + ": " + unusable.what());
+  }
+}
 
 }  // namespace corvane::inspect

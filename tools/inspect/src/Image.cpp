@@ -9,7 +9,9 @@
 
 #include <limits>
 
+#include "CacheContent.hpp"
 #include "Check.hpp"
+#include "Export.hpp"
 #include "Text.hpp"
 #include "Wire.hpp"
 
@@ -91,11 +93,16 @@ std::size_t Image::EntryCountOf(TableId id) const {
   return 0;
 }
 
-Image DecodeImage(std::vector<std::uint8_t> capture) {
+Image DecodeImage(std::vector<std::uint8_t> capture, bool ofCache) {
   Image image;
   image.Capture = std::move(capture);
+  image.OfCache = ofCache;
   Findings& findings = image.Findings;
-  image.Payloads = SplitCapture(image.Capture, findings);
+  Findings ofRecords;
+  image.Payloads = SplitCapture(image.Capture, ofRecords);
+  if (!ofCache) {
+    findings = std::move(ofRecords);
+  }
   const RecordPayloads& payloads = image.Payloads;
   if (payloads[TRANSPORT_RECORD_DIRECTORY]) {
     image.Directory = DecodeDirectory(*payloads[TRANSPORT_RECORD_DIRECTORY], findings);
@@ -122,7 +129,16 @@ Image DecodeImage(std::vector<std::uint8_t> capture) {
 Image LoadImage(const std::filesystem::path& path) {
   std::vector<std::uint8_t> capture = ReadFile(path);
   try {
-    return DecodeImage(std::move(capture));
+    bool ofCache = false;
+    if (LooksLikeExport(capture)) {
+      capture = ImportJson(capture, &ofCache);
+    } else if (LooksLikeFlash(capture)) {
+      Findings findings;
+      Image image = ImageOfCache(DecodeCache(ReadVariableStore(capture, findings)));
+      image.Findings.Append(findings);
+      return image;
+    }
+    return DecodeImage(std::move(capture), ofCache);
   } catch (const UnusableInput& unusable) {
     throw UnusableInput(path.string() + ": " + unusable.what());
   }

@@ -30,6 +30,7 @@ struct Image {
   std::optional<TextTable> Help;
   std::optional<inspect::Stream> Stream;
   inspect::Findings Findings;
+  bool OfCache = false;  // made of a cache: there is no directory and no descriptor, and no table is cut
 
   Image() = default;
   Image(Image&&) = default;
@@ -42,7 +43,8 @@ struct Image {
 };
 
 // Throws UnusableInput.
-Image DecodeImage(std::vector<std::uint8_t> capture);
+Image DecodeImage(std::vector<std::uint8_t> capture, bool ofCache = false);
+// Of a capture, an export of one, or a flash image with a cache in its variable store.
 Image LoadImage(const std::filesystem::path& path);
 
 // How full a table is, and what the attribute stream says that it lacks.

@@ -37,12 +37,16 @@ void ShowField(std::ostream& out, const char* field, const std::string& text) {
   fmt::print(out, "  {:<16}{}\n", field, text);
 }
 
-void ShowBounds(const Image& image, const AttributeEntry& attribute, const StreamRecord* record, std::ostream& out) {
+void ShowBounds(const Image& image, const AttributeEntry& attribute, const StreamRecord* record,
+                const PairedTexts* texts, std::ostream& out) {
   const auto showNames = [&](const char* field, const std::vector<std::uint16_t>& handles) {
     for (std::size_t i = 0; i < handles.size(); ++i) {
       std::string text = fmt::format("{}: {} (string {})", i, DescribeName(image, handles[i]), handles[i]);
       if (record != nullptr && i < record->PlatformValues.size()) {
         text += fmt::format(", setting value {}", record->PlatformValues[i]);
+      }
+      if (texts != nullptr && i < texts->Values.size() && texts->Values[i]) {
+        text += fmt::format(", {}", QuoteUtf8(*texts->Values[i]));
       }
       ShowField(out, i == 0 ? field : "", text);
     }
@@ -79,6 +83,21 @@ void ShowAttributes(const Image& image, std::ostream& out) {
   }
 }
 
+void ShowWithTexts(const Image& image, const Pairing& pairing, const Style& style, std::ostream& out) {
+  for (const AttributeEntry& attribute : image.Attributes.Entries) {
+    fmt::print(out, "{}\n", AttributeLine(image, attribute));
+    if (const PairedTexts* texts = pairing.Find(attribute.Handle)) {
+      fmt::print(out, "    {}{}{}\n", QuoteUtf8(*texts->Display), texts->Help ? " " : "",
+                 texts->Help ? QuoteUtf8(*texts->Help) : "");
+    }
+  }
+  if (!pairing.Reason.empty()) {
+    fmt::print(
+        out, "\n{}\n",
+        style.Bad(fmt::format("texts are not paired from attribute {} on: {}", pairing.FirstUnpaired, pairing.Reason)));
+  }
+}
+
 void ShowFill(const Image& image, const Style& style, std::ostream& out) {
   fmt::print(out, "{}\n",
              style.Strong(fmt::format("{:<12}{:>8}{:>10}{:>9}{:>9}  {}", "table", "used", "capacity", "percent",
@@ -100,8 +119,9 @@ void ShowTexts(const Image& image, const Style& style, std::ostream& out) {
   }
 }
 
-void ShowOne(const Image& image, const AttributeEntry& attribute, std::ostream& out) {
+void ShowOne(const Image& image, const Pairing& pairing, const AttributeEntry& attribute, std::ostream& out) {
   fmt::print(out, "{}\n", AttributeLine(image, attribute));
+  const PairedTexts* texts = pairing.Find(attribute.Handle);
   const StreamRecord* record = image.Stream ? image.Stream->Find(attribute.Handle) : nullptr;
   ShowField(out, "handle", fmt::to_string(attribute.Handle));
   ShowField(out, "name",
@@ -113,9 +133,15 @@ void ShowOne(const Image& image, const AttributeEntry& attribute, std::ostream& 
     ShowField(out, "token", record->Token == 0 ? "none" : fmt::format("{0} (0x{0:X})", record->Token));
     ShowField(out, "setting size", fmt::to_string(record->ValueSize));
   }
+  if (texts != nullptr) {
+    ShowField(out, "display text", QuoteUtf8(*texts->Display));
+    ShowField(out, "help text", texts->Help ? QuoteUtf8(*texts->Help) : "none");
+  } else {
+    ShowField(out, "texts", pairing.Reason.empty() ? "none" : "not known: " + pairing.Reason);
+  }
   ShowField(out, "current", DescribeCurrent(image, attribute));
   ShowField(out, "default", DescribeDefault(image, attribute));
-  ShowBounds(image, attribute, record, out);
+  ShowBounds(image, attribute, record, texts, out);
 }
 
 }  // namespace corvane::inspect

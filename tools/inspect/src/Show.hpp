@@ -11,6 +11,7 @@
 #include <string>
 
 #include "Image.hpp"
+#include "Pairing.hpp"
 #include "Style.hpp"
 
 namespace corvane::inspect {
@@ -18,9 +19,13 @@ namespace corvane::inspect {
 void ShowAttributes(const Image& image, std::ostream& out);
 void ShowFill(const Image& image, const Style& style, std::ostream& out);
 void ShowTexts(const Image& image, const Style& style, std::ostream& out);
-void ShowOne(const Image& image, const AttributeEntry& attribute, std::ostream& out);  // in detail
+// The lines with the display and help text of each under it, and up to where these are paired.
+void ShowWithTexts(const Image& image, const Pairing& pairing, const Style& style, std::ostream& out);
+// In detail.
+void ShowOne(const Image& image, const Pairing& pairing, const AttributeEntry& attribute, std::ostream& out);
 
-std::string ImageAsJson(const Image& image);  // all of it
-std::string AttributesAsJson(const Image& image, const std::vector<const AttributeEntry*>& attributes);
+std::string ImageAsJson(const Image& image, const Pairing& pairing);  // all of it
+std::string AttributesAsJson(const Image& image, const Pairing& pairing,
+                             const std::vector<const AttributeEntry*>& attributes);
 
 }  // namespace corvane::inspect

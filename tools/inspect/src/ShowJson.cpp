@@ -103,7 +103,28 @@ Json AttributeHead(const Image& image, const AttributeEntry& attribute) {
           {"readOnly", attribute.IsReadOnly()}};
 }
 
-Json AttributeAsJson(const Image& image, const AttributeEntry& attribute) {
+template <typename Text>
+Json OrNull(const std::optional<Text>& text) {
+  return text ? Json(*text) : Json();
+}
+
+Json PairingAsJson(const Pairing& pairing) {
+  const bool whole = pairing.Reason.empty();
+  return {{"whole", whole},
+          {"firstUnpaired", whole ? Json() : Json(pairing.FirstUnpaired)},
+          {"reason", whole ? Json() : Json(pairing.Reason)}};
+}
+
+void AddTexts(const PairedTexts& texts, Json& to) {
+  to["display"] = OrNull(texts.Display);
+  to["displayHandle"] = texts.DisplayHandle != 0 ? Json(texts.DisplayHandle) : Json();
+  to["help"] = OrNull(texts.Help);
+  for (std::size_t i = 0; i < texts.Values.size() && to.contains("possible"); ++i) {
+    to["possible"][i]["display"] = OrNull(texts.Values[i]);
+  }
+}
+
+Json AttributeAsJson(const Image& image, const Pairing& pairing, const AttributeEntry& attribute) {
   Json json = AttributeHead(image, attribute);
   const StreamRecord* record = image.Stream ? image.Stream->Find(attribute.Handle) : nullptr;
   if (record != nullptr) {
@@ -113,6 +134,8 @@ Json AttributeAsJson(const Image& image, const AttributeEntry& attribute) {
   AddBounds(image, attribute.Bounds, record != nullptr ? record->PlatformValues : std::vector<std::uint64_t>{}, json);
   const ValueEntry* value = image.Values.Find(attribute.Handle);
   json["current"] = value != nullptr ? ValueAsJson(value->Value) : Json();
+  const PairedTexts* texts = pairing.Find(attribute.Handle);
+  AddTexts(texts != nullptr ? *texts : PairedTexts{}, json);
   return json;
 }
 
@@ -248,20 +271,24 @@ std::string Dump(const Json& json) {
 
 }  // namespace
 
-std::string AttributesAsJson(const Image& image, const std::vector<const AttributeEntry*>& attributes) {
+std::string AttributesAsJson(const Image& image, const Pairing& pairing,
+                             const std::vector<const AttributeEntry*>& attributes) {
   Json list = Json::array();
   for (const AttributeEntry* attribute : attributes) {
-    list.push_back(AttributeAsJson(image, *attribute));
+    list.push_back(AttributeAsJson(image, pairing, *attribute));
   }
-  return Dump({{"attributes", std::move(list)}, {"findings", FindingsAsJson(image.Findings)}});
+  return Dump({{"attributes", std::move(list)},
+               {"pairing", PairingAsJson(pairing)},
+               {"findings", FindingsAsJson(image.Findings)}});
 }
 
-std::string ImageAsJson(const Image& image) {
+std::string ImageAsJson(const Image& image, const Pairing& pairing) {
   Json attributes = Json::array();
   for (const AttributeEntry& attribute : image.Attributes.Entries) {
-    attributes.push_back(AttributeAsJson(image, attribute));
+    attributes.push_back(AttributeAsJson(image, pairing, attribute));
   }
   return Dump({{"attributes", std::move(attributes)},
+               {"pairing", PairingAsJson(pairing)},
                {"tables", TablesAsJson(image)},
                {"strings", StringsAsJson(image)},
                {"values", ValuesAsJson(image)},

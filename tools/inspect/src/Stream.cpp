@@ -22,7 +22,7 @@ std::string ReadTerminated(ByteReader& reader) {
   return std::string(text.begin(), text.end());
 }
 
-void ReadBody(ByteReader& reader, StreamRecord& record) {
+void ReadBody(ByteReader& reader, StreamRecord& record, TextForm form) {
   switch (BaseType{BaseTypeOf(record.Attribute.Type)}) {
     case BaseType::Enumeration: {
       EnumerationBounds bounds;
@@ -36,7 +36,8 @@ void ReadBody(ByteReader& reader, StreamRecord& record) {
     }
     case BaseType::String:
       record.Attribute.Bounds = ReadLengthBounds(reader);
-      record.Value = StringValue{ReadTerminated(reader)};
+      record.Value = StringValue{form == TextForm::Terminated ? ReadTerminated(reader)
+                                                              : ReadText(reader, reader.Read<std::uint16_t>())};
       return;
     case BaseType::Password:
       record.Attribute.Bounds = ReadLengthBounds(reader);
@@ -86,14 +87,7 @@ bool ReadSlots(ByteReader& reader, std::uint64_t slots, Stream& stream) {
     if (!IsRecordOf(head, slot, slots)) {
       return false;
     }
-    reader.Take(sizeof(head));
-    StreamRecord record;
-    record.Attribute.Handle = head.Handle;
-    record.Attribute.Type = head.Type;
-    record.Attribute.NameHandle = head.NameHandle;
-    record.ValueSize = head.ValueSize;
-    record.Token = head.Token;
-    ReadBody(reader, record);
+    StreamRecord record = ReadRecord(reader, TextForm::Terminated);
     if (!reader.Ok()) {
       return false;
     }
@@ -104,6 +98,18 @@ bool ReadSlots(ByteReader& reader, std::uint64_t slots, Stream& stream) {
 }
 
 }  // namespace
+
+StreamRecord ReadRecord(ByteReader& reader, TextForm form) {
+  const auto head = reader.Read<AttributeRecord>();
+  StreamRecord record;
+  record.Attribute.Handle = head.Handle;
+  record.Attribute.Type = head.Type;
+  record.Attribute.NameHandle = head.NameHandle;
+  record.ValueSize = head.ValueSize;
+  record.Token = head.Token;
+  ReadBody(reader, record, form);
+  return record;
+}
 
 const StreamRecord* Stream::Find(std::uint16_t handle) const {
   const auto found = std::find_if(Records.begin(), Records.end(),

@@ -34,6 +34,12 @@ struct Stream {
   const StreamRecord* Find(std::uint16_t handle) const;
 };
 
+// How a string's current value stands in a record: with a zero behind it, or with its length before it.
+enum class TextForm { Terminated, Counted };
+
+// One record, head and body; empty after the head when the type is unknown.
+StreamRecord ReadRecord(ByteReader& reader, TextForm form);
+
 Stream DecodeStream(Bytes payload, Findings& findings);
 
 }  // namespace corvane::inspect

@@ -7,6 +7,7 @@
 
 #include "Text.hpp"
 
+#include <algorithm>
 #include <iterator>
 
 #include <fmt/format.h>
@@ -33,6 +34,21 @@ void AppendUtf8(std::string& out, char32_t point) {
     put(0x80 | ((point >> 6) & 0x3F));
     put(0x80 | (point & 0x3F));
   }
+}
+
+// The first character of valid UTF-8, which a JSON parser lets nothing else through as.
+char32_t TakePoint(std::string_view& utf8) {
+  const auto unit = [&utf8](std::size_t i) -> char32_t {
+    return i < utf8.size() ? static_cast<unsigned char>(utf8[i]) : 0;
+  };
+  const char32_t first = unit(0);
+  const std::size_t length = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  char32_t point = length == 1 ? first : first & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    point = (point << 6) | (unit(i) & 0x3F);
+  }
+  utf8.remove_prefix(std::min(length, utf8.size()));
+  return point;
 }
 
 template <typename Keep>
@@ -95,6 +111,38 @@ std::string Utf8FromUcs2(std::u16string_view text) {
       AppendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (char32_t{text[i]} - 0xDC00));
     } else {
       AppendUtf8(out, kReplacement);
+    }
+  }
+  return out;
+}
+
+std::string PrintableUtf8(std::string_view utf8) {
+  return Escape(utf8, [](unsigned char byte) { return byte >= 0x20 && byte != 0x7F; });
+}
+
+std::optional<std::string> Latin1FromUtf8(std::string_view utf8) {
+  std::string out;
+  out.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const char32_t point = TakePoint(utf8);
+    if (point > 0xFF) {
+      return std::nullopt;
+    }
+    out.push_back(static_cast<char>(point));
+  }
+  return out;
+}
+
+std::u16string Ucs2FromUtf8(std::string_view utf8) {
+  std::u16string out;
+  out.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const char32_t point = TakePoint(utf8);
+    if (point < 0x10000) {
+      out.push_back(static_cast<char16_t>(point));
+    } else {
+      out.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
     }
   }
   return out;

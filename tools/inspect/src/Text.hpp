@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,10 @@ std::string Quote(std::string_view text);       // in quotation marks, which are
 std::string Utf8FromLatin1(std::string_view text);
 std::string Utf8FromUcs2(std::u16string_view text);  // a surrogate without its half becomes U+FFFD
 std::string QuoteUtf8(std::string_view utf8);        // control characters, quotation marks and backslashes as \xNN
-std::u16string Ucs2FromBytes(Bytes bytes);           // an odd last byte is left out
+std::string PrintableUtf8(std::string_view utf8);    // control characters as \xNN
+std::optional<std::string> Latin1FromUtf8(std::string_view utf8);  // none for a character above U+00FF
+std::u16string Ucs2FromUtf8(std::string_view utf8);
+std::u16string Ucs2FromBytes(Bytes bytes);  // an odd last byte is left out
 
 std::string_view WithoutAnnotations(std::string_view name);  // what stands before the first "["
 

@@ -1,0 +1,120 @@
+# @file
+# What the inspector makes of the boots of the other scenarios: texts, cuts, stores. They are booted before.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+scenario_inspect_texts() {
+  check 'display and help texts are those of the form sources' texts_are cold en-US
+  check 'from the cache, they are' texts_are warm en-US
+  check 'in factory mode, they are' texts_are factory en-US
+  check 'in French, they are' texts_are french fr-FR
+}
+
+# texts_are BOOT LANGUAGE: every attribute has the texts that the driver's rules make of its question's.
+texts_are() {
+  "$INSPECT" show --json "$(records_of "$1")" |
+    python3 "$ROOT/scripts/scenarios/texts.py" "$ROOT/VaroFeaturesPkg/VirtualNotebook/SetupForms" "$2"
+}
+
+scenario_inspect_lint() {
+  local table
+  check 'there is nothing to complain of in the default notebook' lint_says cold 0 '^0 findings'
+  check 'nor in a store that is full to the brim' lint_says brim 0 '^0 findings'
+  for table in strings attributes values display help; do
+    check "of the overfull $table table, the capture tells how many entries are lost, and from which on" cut_is_told "$table"
+    check "with the flash image, what they are and how many bytes too many" cut_is_named "$table"
+  done
+  check 'questions past the limit are told' lint_says crowd 1 '^finding: attribute-limit: '
+  check 'a cache without help texts is told' lint_says no-help 1 '^finding: cache-partial: .*"HelpString"'
+  check 'so is a limit that the help texts exceed' lint_says cold 1 '^finding: cache-limit: "HelpString"' --limit 4200
+  check 'a flash image of another boot is told' \
+    lint_with cold "$(vars_of full-strings)" 1 '^finding: other-boot: '
+}
+
+# lint_says BOOT STATUS PATTERN [OPTION OF lint]...: with the boot's own flash image.
+lint_says() {
+  local boot=$1 status=$2 pattern=$3
+  shift 3
+  lint_with "$boot" "$(vars_of "$boot")" "$status" "$pattern" "$@"
+}
+
+lint_with() {
+  local boot=$1 flash=$2 status=$3 pattern=$4 said got=0
+  shift 4
+  said=$("$INSPECT" lint "$(records_of "$boot")" ${flash:+"$flash"} "$@") || got=$?
+  if ((got != status)) || ! grep -qE "$pattern" <<<"$said"; then
+    say "exit $got: $said"
+    return 1
+  fi
+}
+
+# The driver says on the console which entry is the first that it left out.
+first_lost() {
+  local said
+  said=$(text_of "full-$1" serial.log | grep -m 1 -F "CorvaneDxe: ${CUTS[$1]}")
+  grep -oE '[0-9]+' <<<"${said##*"${CUTS[$1]}"}" | head -n 1
+}
+
+cut_is_told() {
+  lint_with "full-$1" '' 1 "^finding: table-cut: The $1 table lacks [0-9]+ entries, from handle $(first_lost "$1") on"
+}
+
+# As many names or texts as are lost stand under the finding, the first with that handle.
+cut_is_named() {
+  local said count
+  lint_says "full-$1" 1 "^finding: table-cut: The $1 table .*; whole, it is [0-9]+ bytes over its capacity" || return
+  said=$("$INSPECT" lint "$(records_of "full-$1")" "$(vars_of "full-$1")" || true)
+  count=$(sed -nE 's/^finding: table-cut: .* lacks ([0-9]+) entries.*/\1/p' <<<"$said")
+  (($(grep -cE '^    [0-9]+ ' <<<"$said") == count)) || { say "$count entries are lost"; return 1; }
+  [[ $(grep -m 1 -E '^    [0-9]+ ' <<<"$said") == "    $(first_lost "$1") "* ]]
+}
+
+scenario_inspect_cache() {
+  local variable
+  check 'the cold store is valid' verdict_is cold valid
+  check 'the warm store is valid' verdict_is warm valid --firmware 1.0.0
+  check 'for an updated firmware, it is stale' verdict_is warm stale --firmware 2.0.0
+  check 'a marked store is marked bad' verdict_is marked 'marked bad'
+  check 'a store without help texts is partial' verdict_is no-help partial
+  check 'a limit below the help texts makes it partial' verdict_is cold partial --limit 4200
+  check 'a store that took nothing has no cache' verdict_is full absent
+  for variable in PldmString DispString HelpString; do
+    check "a flipped bit in $variable is corrupt" verdict_is "$variable-flip" corrupt
+    check "a truncated $variable is corrupt" verdict_is "$variable-truncate" corrupt
+  done
+  check 'the padded image that QEMU takes reads alike' padded_alike cold
+}
+
+verdict_is() {
+  local boot=$1 verdict=$2 said
+  shift 2
+  said=$("$INSPECT" cache "$(vars_of "$boot")" "$@" | head -n 1) || true
+  [[ $said == "verdict: $verdict" ]] || { say "$said"; return 1; }
+}
+
+padded_alike() {
+  local padded
+  padded=$(mktemp)
+  cp "$(vars_of "$1")" "$padded"
+  truncate -s 64M "$padded"
+  diff <("$INSPECT" cache "$(vars_of "$1")") <("$INSPECT" cache "$padded")
+  local status=$?
+  rm -f "$padded"
+  return "$status"
+}
+
+scenario_inspect_validate() {
+  check 'what the default notebook publishes is valid' validates cold
+  check 'so is what a boot from the cache publishes' validates warm
+  check 'readers of common types alone stop at the first password' stops_at_password cold
+}
+
+validates() { [[ $("$INSPECT" validate "$(records_of "$1")") == valid ]]; }
+
+stops_at_password() {
+  local said
+  said=$("$INSPECT" validate --profile common "$(records_of "$1")") && return 1
+  grep -qF 'stops at entry 0 of the attributes table (handle 1, password)' <<<"$said"
+}

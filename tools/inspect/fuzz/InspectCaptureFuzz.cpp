@@ -1,0 +1,62 @@
+/** @file
+  Any bytes as a capture: decoded, shown, paired, judged, exported and taken back.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "Explain.hpp"
+#include "Export.hpp"
+#include "Lint.hpp"
+#include "Require.hpp"
+#include "Show.hpp"
+#include "Validate.hpp"
+
+using namespace corvane::inspect;
+
+namespace {
+
+void ShowAll(const Image& image) {
+  const Pairing pairing = PairTexts(image);
+  std::ostringstream out;
+  ShowWithTexts(image, pairing, Style(false), out);
+  ShowFill(image, Style(false), out);
+  ShowTexts(image, Style(false), out);
+  for (const AttributeEntry& attribute : image.Attributes.Entries) {
+    ShowOne(image, pairing, attribute, out);
+  }
+  Require(nlohmann::json::accept(ImageAsJson(image, pairing)));
+}
+
+void JudgeAll(const Image& image) {
+  const Validation validation = Validate(image, true);
+  Require(nlohmann::json::accept(ValidationAsJson(image, validation)));
+  ValidationAsText(image, validation, Style(false));
+  const std::vector<LintFinding> findings = Lint(image, nullptr, {});
+  Require(nlohmann::json::accept(LintAsJson(findings)));
+  const Catalog catalog = MakeCatalog(image);
+  const Dependencies dependencies(catalog);
+  for (std::size_t i = 0; i < std::min<std::size_t>(catalog.Attributes.size(), 8); ++i) {
+    const Explanation explanation = Explain(catalog, dependencies, i, {}, nullptr);
+    Require(nlohmann::json::accept(ExplanationAsJson(catalog, dependencies, explanation)));
+    ExplanationAsText(catalog, dependencies, explanation, Style(false));
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  try {
+    const Image image = DecodeImage({data, data + size});
+    ShowAll(image);
+    JudgeAll(image);
+    const std::string exported = ExportJson(image.Capture);
+    Require(ImportJson({reinterpret_cast<const std::uint8_t*>(exported.data()), exported.size()}) == image.Capture);
+  } catch (const UnusableInput&) {
+  }
+  return 0;
+}
