@@ -27,7 +27,7 @@ readonly QEMU_MACHINE=(
 )
 
 # boot NAME TARGET [--firmware FILE] [--loader FILE] [--vars FILE] [--store BYTES] [--set KEY=VALUE]...
-#      [--file PATH]... [--command LINE]... [--limit SECONDS]
+#      [--file PATH]... [--command LINE]... [--limit SECONDS] [--qemu OPTION]...
 #   NAME       folder of the boot under out/
 #   TARGET     RELEASE or DEBUG firmware
 #   --firmware other firmware than the notebook's
@@ -37,11 +37,12 @@ readonly QEMU_MACHINE=(
 #   --loader   what firmware that starts no Shell by itself boots from the disk
 #   --file     a file for the disk that the Shell finds as FS0:
 #   --command  a line of startup.nsh, which ends with the power-off
+#   --qemu     a further option of QEMU
 #   --limit    seconds after which a boot that does not power off has failed
 # Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
 boot() {
   local name=$1 target=$2 code='' loader='' vars='' store='' limit=180 setting value
-  local -a settings=() files=() commands=()
+  local -a settings=() files=() commands=() further=()
   shift 2
   while (($# > 0)); do
     case $1 in
@@ -53,6 +54,7 @@ boot() {
       --file) files+=("$2") ;;
       --command) commands+=("$2") ;;
       --limit) limit=$2 ;;
+      --qemu) further+=("$2") ;;
       *) die "boot: unknown option $1" ;;
     esac
     shift 2
@@ -76,7 +78,7 @@ boot() {
     -bios "${code:-$firmware/QEMU_EFI.fd}"
     -drive "if=pflash,unit=1,format=raw,cache=unsafe,file=$work/vars.fd"
     -drive "if=none,id=disk,format=raw,cache=unsafe,file=$work/disk.img" -device 'virtio-blk-pci,drive=disk'
-    -serial "file:$folder/serial.log"
+    -serial "file:$folder/serial.log" "${further[@]}"
   )
   for setting in "${settings[@]}"; do
     value=${setting#*=}  # where a comma is written twice in a QEMU option

@@ -18,11 +18,12 @@ readonly PACKAGES_TO_TEST=(
   python3-jsonschema                            # exports against their schemas
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
+readonly PACKAGES_TO_MEASURE=(qemu-user)
 readonly PACKAGES_TO_COVER=(clang llvm libclang-rt-dev)
 readonly PACKAGES_FOR_DOCS=(doxygen)
 
 # Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
-readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1200 PACKAGE_SPACE_COVER=600 PACKAGE_SPACE_DOCS=100
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1400 PACKAGE_SPACE_MEASURE=200 PACKAGE_SPACE_COVER=600 PACKAGE_SPACE_DOCS=100
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 
@@ -55,7 +56,7 @@ update_and_install() {
   as_root apt-get update -o Acquire::Retries=2 && apt_install "$@"
 }
 
-# install_packages build|test|coverage|docs: coverage takes what test takes, test what build takes.
+# install_packages build|bench|test|coverage|docs: coverage takes what test takes, test what build takes.
 install_packages() {
   local -a wanted missing
   local space
@@ -68,8 +69,12 @@ install_packages() {
       wanted=("${PACKAGES_TO_BUILD[@]}")
       space=$PACKAGE_SPACE_BUILD
       ;;
+    bench)
+      wanted=("${PACKAGES_TO_BUILD[@]}" "${PACKAGES_TO_MEASURE[@]}")
+      space=$((PACKAGE_SPACE_BUILD + PACKAGE_SPACE_MEASURE))
+      ;;
     test)
-      wanted=("${PACKAGES_TO_BUILD[@]}" "${PACKAGES_TO_TEST[@]}")
+      wanted=("${PACKAGES_TO_BUILD[@]}" "${PACKAGES_TO_TEST[@]}" "${PACKAGES_TO_MEASURE[@]}")
       space=$((PACKAGE_SPACE_BUILD + PACKAGE_SPACE_TEST))
       ;;
     coverage)

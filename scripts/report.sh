@@ -1,11 +1,13 @@
 # @file
-# Prints what boots have left: the attributes and how full the tables are, then how long the phases took.
+# Prints what boots have left: the attributes, how full the tables are and what the inspector finds in them, then how long
+# the phases took; and puts all of it on a page.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# report_boots BOOT...: attributes and fill of each, then the times side by side.
+# report_boots BOOT...: attributes, fill and findings of each, the times side by side, and a page of the last boot with
+# what changed since the first.
 report_boots() {
   local name
   for name in "$@"; do
@@ -13,11 +15,21 @@ report_boots() {
     say "== $name boot: attributes and tables"
     [[ -f $OUT/$name/records.bin ]] || die "the $name boot left no records.bin: the driver sent no tables"
     "$OUT/inspect" show "$OUT/$name/records.bin" || die "the inspector complains of out/$name/records.bin"
+    say
+    say "== $name boot: findings"
+    "$OUT/inspect" lint "$OUT/$name/records.bin" "$OUT/$name/vars.fd" || found_something
   done
   say
   say '== Times (virtual: 16 ns an instruction)'
   print_times "$@"
+  (cd "$OUT" && ./inspect report "$name/records.bin" "$name/vars.fd" --since "$1/records.bin" -o report.html) ||
+    found_something
+  say
+  say '== Report: out/report.html'
 }
+
+# The inspector ends with 1 when it has findings, which it prints, and with 2 when it cannot work.
+found_something() { (($? == 1)) || die 'the inspector cannot read what a boot left'; }
 
 # A line of timings.txt is a measured phase (name, ticks, nanoseconds) or a count (name, number). One column a boot.
 print_times() {

@@ -7,7 +7,7 @@
 
 # What the driver says of each table that overflows.
 readonly -A CUTS=(
-  [strings]='string table cut before handle'
+  [strings]='text table 0 cut before handle'
   [attributes]='attribute table cut before handle'
   [values]='value table cut before handle'
   [display]='text table 9 cut before handle'

@@ -10,6 +10,7 @@
 #include "Export.hpp"
 #include "Expression.hpp"
 #include "Redfish.hpp"
+#include "Report.hpp"
 #include "TestNotebook.hpp"
 
 namespace corvane::inspect {
@@ -100,6 +101,10 @@ TEST(ExportTest, WhatCannotBeImportedIsNamedByItsPlace) {
     }
   }
   EXPECT_THROW(Import("{\"format\": "), UnusableInput);
+  bool ofCache = false;
+  const std::string cache = ExportJson(Encode({}), true);
+  ImportJson({reinterpret_cast<const std::uint8_t*>(cache.data()), cache.size()}, &ofCache);
+  EXPECT_TRUE(ofCache);
 }
 
 TEST(ExpressionTest, CompilesAndMatchesWithinLimits) {
@@ -188,6 +193,23 @@ TEST(RedfishTest, EachPartIsMappedOrListed) {
   EXPECT_EQ(left,
             "attribute Caf\u00E9\nattribute Boot order\nvalue Secure Boot\nexpression Asset\nvalue Rest\n"
             "current Rest\n");
+}
+
+// A name is what the firmware made it: it may look like the end of the script that carries it.
+TEST(ReportTest, NoTextOfACaptureIsMarkup) {
+  Notebook notebook;
+  notebook.Names[5] = "</script><img>@SCRIPT@";
+  const Image image = DecodeImage(Encode(notebook));
+  const std::string page = ReportPage(ReportData({"a<b.bin", image}, Lint(image, nullptr, {}), {}));
+  EXPECT_THAT(page, ::testing::Not(HasSubstr("</script><img>")));
+  const std::size_t begin = page.find("id=\"data\">") + 10;
+  const Json data = Json::parse(page.substr(begin, page.find("</script>", begin) - begin));
+  EXPECT_EQ(data["attributes"][3]["name"], "</script><img>@SCRIPT@");
+  EXPECT_EQ(data["input"], "a<b.bin");
+  EXPECT_EQ(data["groups"][1]["members"], (Json{3, 5}));
+  EXPECT_EQ(
+      data["edges"][0],
+      (Json{{"from", "Tpm"}, {"value", "Off"}, {"not", false}, {"to", "</script><img>@SCRIPT@"}, {"forced", "Off"}}));
 }
 
 }  // namespace

@@ -182,7 +182,8 @@ class CommandLineTest : public ::testing::Test {
     Notebook changed;
     changed.Records[3].Current = 0;
     changed.Records[1].Installed = 1;
-    Save("b.bin", Encode(changed));
+    b_ = Encode(changed);
+    Save("b.bin", b_);
     changed.Displays[0] = u"Sicher";
     changed.Damage = DamageCrc;
     Save("c.bin", Encode(changed));
@@ -211,6 +212,7 @@ class CommandLineTest : public ::testing::Test {
   std::filesystem::path folder_ =
       std::filesystem::path(::testing::TempDir()) /
       (std::string("inspect_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  Out b_;
   std::ostringstream out_;
   std::ostringstream err_;
 };
@@ -247,6 +249,16 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
        "  16 SecureBoot: On -> Off[ForceIf:Tpm=Off]\nhelp: equal\n"},
       {"diff-tables b.bin c.bin --only strings,display", 1,
        "strings: equal\ndisplay: differ from offset 14 on (68 and 60 bytes)\n"},
+      {"diff a.bin a.bin", 0, "0 differences, 0 breaking\n"},
+      {"diff a.bin b.bin --no-values", 0, "0 differences, 0 breaking\n"},
+      {"diff --json a.bin b.bin", 1, HasSubstr("\"what\": \"current\",\n      \"old\": \"On\"")},
+      {"diff a.bin c.bin", 1, HasSubstr("2 differences, 0 breaking\n"), EndsWith("c.bin: 1 findings (table-crc)\n")},
+      {"export a.bin", 2, "", HasSubstr("--json or --redfish")},
+      {"export --json a.bin", 0, StartsWith("{\n \"format\": \"corvane-capture\",\n \"version\": 1,\n")},
+      {"export --json a.bin -o " + folder_.string(), 2, "", HasSubstr(": cannot be written: ")},
+      {"export --redfish a.bin", 0, HasSubstr("\"what\": \"attribute\",\n      \"reason\": \"a boot order")},
+      {"import b.bin", 0, std::string(reinterpret_cast<const char*>(b_.data()), b_.size())},
+      {"report a.bin --since c.bin --json", 1, HasSubstr("\"older\": \"" + (folder_ / "c.bin").string())},
       {"diff-tables a.bin noise.bin", 2, "", HasSubstr("noise.bin: ")},
       {"diff-tables a.bin b.bin --only colours", 2, "", HasSubstr("colours")},
   };

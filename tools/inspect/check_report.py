@@ -26,7 +26,7 @@ addEventListener('error', (event) => problems.push(String(event.message)), true)
 addEventListener('securitypolicyviolation', (event) => problems.push('asks for ' + event.blockedURI));
 </script>"""
 
-# Runs after it, and leaves what it saw where the dumped document has it.
+# Runs after it, and says what it saw to the page around it.
 PROBE = """<script>
 addEventListener('load', () => {
   const all = (selector) => document.querySelectorAll(selector).length;
@@ -44,17 +44,24 @@ addEventListener('load', () => {
   seen.open = all('details[open] dl');
   seen.resources = performance.getEntriesByType('resource').length;
   seen.problems = problems;
-  document.body.dataset.seen = JSON.stringify(seen);
+  parent.postMessage(JSON.stringify(seen), '*');
 });
+</script>"""
+
+# Windows have a least width; frames do not.
+FRAME = """<!DOCTYPE html><iframe src="report.html" width="WIDTH" height="900" style="border: 0"></iframe><script>
+addEventListener('message', (event) => { document.body.dataset.seen = event.data; });
 </script>"""
 
 
 def look(browser, page, width):
     """What the probe saw at a width of the window, and what the console said."""
+    frame = page.with_name("frame.html")
+    frame.write_text(FRAME.replace("WIDTH", str(width)), encoding="utf-8")
     with tempfile.TemporaryDirectory() as home:
         result = subprocess.run(
             [browser, "--headless", "--no-sandbox", "--disable-gpu", f"--user-data-dir={home}", "--enable-logging=stderr",
-             f"--window-size={width},900", "--virtual-time-budget=3000", "--dump-dom", page.as_uri()],
+             "--window-size=1400,1000", "--virtual-time-budget=3000", "--dump-dom", frame.as_uri()],
             capture_output=True, text=True, timeout=120, check=False)  # fmt: skip
     seen = re.search(r'data-seen="([^"]*)"', result.stdout)
     if seen is None:
@@ -93,7 +100,7 @@ def main():
             seen, console = look(browser, page, width)
             errors += [f"{width}: {key} is {seen[key]}, not {value}" for key, value in expected.items() if seen[key] != value]
             errors += [f"{width}: {line}" for line in console]
-            if seen["overflow"] > 0 or seen["width"] > width:
+            if seen["overflow"] > 0 or seen["width"] != width:
                 errors.append(f"{width}: the page is {seen['overflow']} wider than its window of {seen['width']}")
             if not 0 < seen["found"] < len(members):
                 errors.append(f"{width}: a search for {word} shows {seen['found']} attributes")

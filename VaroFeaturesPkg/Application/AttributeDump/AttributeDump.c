@@ -4,6 +4,7 @@
     AttributeDump      one line for each attribute, as the host's `inspect show --no-tables` prints them
     AttributeDump -c   one line for each of the driver's variables, "NAME SIZE LENGTH CRC32 ok" or "NAME STATUS"; LENGTH
                        is what the firmware's own decompressor makes of a compressed one
+    AttributeDump -i   where the driver's image lies: "CorvaneDxe BASE SIZE", in hexadecimal
 
   Lines are long; redirect them with `>a FILE` to have them as ASCII.
 
@@ -15,6 +16,8 @@
 #include <Library/BaseLib.h>
 #include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
+#include <Protocol/AttributeAccess.h>
+#include <Protocol/LoadedImage.h>
 #include <Protocol/PublishedTables.h>
 #include <Protocol/ShellParameters.h>
 #include <TableReader.h>
@@ -332,6 +335,33 @@ PutCurrent (
 }
 
 /**
+  Prints where the driver's image lies, for whoever has an address out of it: "CorvaneDxe BASE SIZE", in hexadecimal.
+**/
+STATIC
+EFI_STATUS
+PutDriverImage (
+  VOID
+  )
+{
+  EFI_LOADED_IMAGE_PROTOCOL  *Image;
+  EFI_HANDLE                 Handle;
+  UINTN                      Size;
+  EFI_STATUS                 Status;
+
+  Size   = sizeof (Handle);
+  Status = gBS->LocateHandle (ByProtocol, &gVaroAttributeAccessProtocolGuid, NULL, &Size, &Handle);
+  if (!EFI_ERROR (Status)) {
+    Status = gBS->HandleProtocol (Handle, &gEfiLoadedImageProtocolGuid, (VOID **)&Image);
+  }
+
+  if (!EFI_ERROR (Status)) {
+    PutFormat ("CorvaneDxe %lx %lx\n", (UINT64)(UINTN)Image->ImageBase, Image->ImageSize);
+  }
+
+  return Status;
+}
+
+/**
   Prints the default and the domain, which lie behind one another in the attribute table.
 **/
 STATIC
@@ -433,7 +463,11 @@ AttributeDumpEntryPoint (
 
   Status = gBS->HandleProtocol (ImageHandle, &gEfiShellParametersProtocolGuid, (VOID **)&Parameters);
   if (!EFI_ERROR (Status) && (Parameters->Argc > 1)) {
-    Status = (StrCmp (Parameters->Argv[1], L"-c") == 0) ? CheckCache () : EFI_INVALID_PARAMETER;
+    if (StrCmp (Parameters->Argv[1], L"-c") == 0) {
+      Status = CheckCache ();
+    } else {
+      Status = (StrCmp (Parameters->Argv[1], L"-i") == 0) ? PutDriverImage () : EFI_INVALID_PARAMETER;
+    }
   } else {
     Status = gBS->LocateProtocol (&gVaroPublishedTablesProtocolGuid, NULL, (VOID **)&Tables);
     if (!EFI_ERROR (Status)) {

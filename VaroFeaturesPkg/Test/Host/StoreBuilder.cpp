@@ -85,7 +85,7 @@ AttributeRecord* Put(AttributeDatabase& database, const RecordSpec& spec) {
 }
 
 StringHandle PutText(AttributeDatabase& database, StringArray array, std::u16string_view text) {
-  return database.AddString(array, CopyOf(text));
+  return database.AddString(array, CopyOf(text), TextKey(Ucs2(text).c_str()).Hash);
 }
 
 void PutHelp(AttributeDatabase& database, UINT16 displayHandle, std::u16string_view text) {

@@ -17,7 +17,7 @@
 
   function showHead() {
     const head = data.older === null ? data.input : `${data.input}, compared with ${data.older}`;
-    byId('inputs').append(head, make('br'), `${data.attributes.length} attributes, ${data.findings.length} findings`);
+    byId('inputs').append(head, make('br'), `${data.attributes.length} attributes, ${data.findings.length} finding${data.findings.length === 1 ? '' : 's'}`);
     for (const section of document.querySelectorAll('main > section:not([hidden])')) {
       byId('sections').append(make('a', {href: '#' + section.id}, section.querySelector('h2').textContent));
     }
@@ -159,14 +159,33 @@
     byId('shown').textContent = `${shown} of ${rows.length}`;
   }
 
-  // Columns: an attribute stands to the right of all that force it, except along a cycle.
+  // Those that close a cycle when the graph is walked from its beginnings.
+  function findBackEdges(edges) {
+    const leaving = new Map(), state = new Map(), back = new Set();
+    for (const edge of edges) leaving.set(edge.from, [...(leaving.get(edge.from) || []), edge]);
+    const visit = (name) => {
+      if (state.has(name)) return;
+      state.set(name, 'open');
+      for (const edge of leaving.get(name) || []) {
+        if (state.get(edge.to) === 'open') back.add(edge);
+        else visit(edge.to);
+      }
+      state.set(name, 'done');
+    };
+    const forced = new Set(edges.map((edge) => edge.to));
+    for (const edge of edges) if (!forced.has(edge.from)) visit(edge.from);
+    for (const edge of edges) visit(edge.from);
+    return back;
+  }
+
+  // An attribute stands to the right of all that force it, except along a cycle.
   function findColumns(edges) {
-    const column = new Map();
+    const column = new Map(), back = findBackEdges(edges);
     for (const edge of edges) column.set(edge.from, 0).set(edge.to, 0);
-    for (let round = 0, moved = true; moved && round < column.size; ++round) {
+    for (let moved = true; moved;) {
       moved = false;
       for (const edge of edges) {
-        if (edge.from !== edge.to && column.get(edge.to) <= column.get(edge.from) && column.get(edge.from) < 8) {
+        if (!back.has(edge) && column.get(edge.to) <= column.get(edge.from)) {
           column.set(edge.to, column.get(edge.from) + 1);
           moved = true;
         }
@@ -213,7 +232,8 @@
         const from = data.edges.filter((edge) => edge.to === name && place.has(edge.from)).map((edge) => place.get(edge.from).y);
         return from.length === 0 ? 0 : from.reduce((sum, y) => sum + y, 0) / from.length;
       };
-      for (let number = 0; number <= 8; ++number) {
+      const last = Math.max(...names.map((name) => column.get(name)));
+      for (let number = 0; number <= last; ++number) {
         const here = names.filter((name) => column.get(name) === number);
         here.sort((a, b) => center(a) - center(b));
         here.forEach((name, i) => place.set(name, {x: 4 + number * (kWidth + kGap), y: top + i * kRow}));
@@ -226,8 +246,10 @@
     const lines = data.edges.map((edge) => {
       const from = place.get(edge.from), to = place.get(edge.to);
       const x1 = from.x + kWidth, y1 = from.y + kHeight / 2, x2 = to.x, y2 = to.y + kHeight / 2, bend = kGap / 2;
-      const line = svg('path', {class: edge.not ? 'not' : '', 'marker-end': 'url(#tip)',
-        d: `M${x1},${y1} C${x1 + bend},${y1} ${x2 - bend},${y2} ${x2 - 3},${y2}`});
+      const middle = kWidth / 2, low = kHeight / 2 + 14;  // one that goes back passes below
+      const curve = x1 < x2 ? `M${x1},${y1} C${x1 + bend},${y1} ${x2 - bend},${y2} ${x2 - 3},${y2}` :
+        `M${x1 - middle},${y1 + kHeight / 2} C${x1 - middle},${y1 + low} ${x2 + middle},${y2 + low} ${x2 + middle},${y2 + kHeight / 2 + 3}`;
+      const line = svg('path', {class: edge.not ? 'not' : '', 'marker-end': 'url(#tip)', d: curve});
       line.append(svg('title', {}, edgeText(edge)));
       return line;
     });

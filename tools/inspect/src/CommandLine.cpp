@@ -255,7 +255,7 @@ void AddExport(CLI::App& app, Action& action) {
         return RunExportRedfish(options->Input, options->Output, options->Names, options->Json, out);
       }
       const Image image = LoadImage(options->Input);
-      WriteOutput(options->Output, ExportJson(image.Capture), out);
+      WriteOutput(options->Output, ExportJson(image.Capture, image.OfCache), out);
       return kClean;
     };
   });

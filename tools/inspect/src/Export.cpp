@@ -128,10 +128,14 @@ Json RecordAsJson(const CaptureRecord& record) {
 
 }  // namespace
 
-std::string ExportJson(Bytes capture) {
+std::string ExportJson(Bytes capture, bool ofCache) {
   Findings findings;
   const std::vector<CaptureRecord> records = ListRecords(capture, findings);
-  Json json{{"format", kExportFormat}, {"version", kExportVersion}, {"records", Json::array()}};
+  Json json{{"format", kExportFormat}, {"version", kExportVersion}};
+  if (ofCache) {
+    json["cache"] = true;
+  }
+  json["records"] = Json::array();
   std::size_t end = 0;
   for (const CaptureRecord& record : records) {
     json["records"].push_back(RecordAsJson(record));

@@ -25,12 +25,13 @@ inline constexpr const char* kExportRecords[] = {"directory", "descriptors", "st
                                                  "values",    "display",     "help",    "stream"};
 
 // Nothing is lost: a record whose bytes do not come out of its fields again is exported as its bytes.
-std::string ExportJson(Bytes capture);
+// `ofCache`: the capture was made of a cache, and is taken for one again.
+std::string ExportJson(Bytes capture, bool ofCache = false);
 
 bool LooksLikeExport(Bytes content);
 
 // The capture; throws UnusableInput with the place in the document that it cannot use.
-std::vector<std::uint8_t> ImportJson(Bytes document);
+std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache = nullptr);
 
 // The payload that one record of an export stands for. `where` begins the message of an UnusableInput.
 std::vector<std::uint8_t> ImportPayload(const nlohmann::ordered_json& record, const std::string& where);

@@ -129,15 +129,16 @@ Image DecodeImage(std::vector<std::uint8_t> capture, bool ofCache) {
 Image LoadImage(const std::filesystem::path& path) {
   std::vector<std::uint8_t> capture = ReadFile(path);
   try {
+    bool ofCache = false;
     if (LooksLikeExport(capture)) {
-      capture = ImportJson(capture);
+      capture = ImportJson(capture, &ofCache);
     } else if (LooksLikeFlash(capture)) {
       Findings findings;
       Image image = ImageOfCache(DecodeCache(ReadVariableStore(capture, findings)));
       image.Findings.Append(findings);
       return image;
     }
-    return DecodeImage(std::move(capture));
+    return DecodeImage(std::move(capture), ofCache);
   } catch (const UnusableInput& unusable) {
     throw UnusableInput(path.string() + ": " + unusable.what());
   }

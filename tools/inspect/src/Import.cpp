@@ -348,7 +348,7 @@ bool LooksLikeExport(Bytes content) {
   return first != content.end() && *first == '{';
 }
 
-std::vector<std::uint8_t> ImportJson(Bytes document) {
+std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache) {
   Json json;
   try {
     json = Json::parse(document.begin(), document.end());
@@ -358,6 +358,9 @@ std::vector<std::uint8_t> ImportJson(Bytes document) {
   const JsonReader reader(json, "the export");
   if (reader.String("format") != kExportFormat || reader.Get<std::uint32_t>("version") != kExportVersion) {
     Fail("the export", fmt::format("is not of the format {}, version {}", kExportFormat, kExportVersion));
+  }
+  if (ofCache != nullptr && reader.Has("cache")) {
+    reader.Flag("cache", *ofCache);
   }
   ByteWriter capture;
   std::size_t number = 0;

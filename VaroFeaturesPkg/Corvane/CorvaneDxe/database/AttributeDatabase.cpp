@@ -9,7 +9,6 @@
 namespace {
 
 constexpr UINT32 kReadOnlyToken = 0x955D;  // this setting may be seen but never changed by management software
-constexpr CHAR16 kEmptyText[] = {0};
 
 /// First handle after `count` live ones, never beyond `limit`: a restored counter proves nothing.
 constexpr UINT16 LimitOf(UINT64 count, UINT16 limit) {
@@ -23,13 +22,13 @@ EFI_STATUS AttributeDatabase::AllocateStore() {
   return store_ != nullptr ? EFI_SUCCESS : EFI_OUT_OF_RESOURCES;
 }
 
-void AttributeDatabase::PutRecord(OwnedRecord<AttributeRecord> record, UINT16 slot) {
+void AttributeDatabase::PutRecord(OwnedRecord<AttributeRecord>&& record, UINT16 slot) {
   VOID*& place = store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot];
   const OwnedRecord<AttributeRecord> replaced{static_cast<AttributeRecord*>(place)};
   place = record.release();  // to the store
 }
 
-AttributeHandle AttributeDatabase::AddAttribute(OwnedRecord<AttributeRecord> record) {
+AttributeHandle AttributeDatabase::AddAttribute(OwnedRecord<AttributeRecord>&& record) {
   const UINT16 handle = AttributeLimit();
   if (handle >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: the store is full\n",
@@ -45,14 +44,14 @@ AttributeHandle AttributeDatabase::AddAttribute(OwnedRecord<AttributeRecord> rec
   return AttributeHandle{handle};
 }
 
-void AttributeDatabase::PlaceAttribute(OwnedRecord<AttributeRecord> record, AttributeHandle handle) {
+void AttributeDatabase::PlaceAttribute(OwnedRecord<AttributeRecord>&& record, AttributeHandle handle) {
   if (record) {
     record->Handle = Raw(handle);
   }
   PutRecord(std::move(record), Raw(handle));
 }
 
-bool AttributeDatabase::RestoreAttribute(OwnedRecord<AttributeRecord> record, UINT16 slot, bool counted) {
+bool AttributeDatabase::RestoreAttribute(OwnedRecord<AttributeRecord>&& record, UINT16 slot, bool counted) {
   if (slot == 0 || slot >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
     return false;
   }
@@ -140,67 +139,55 @@ const CHAR16* AttributeDatabase::TextAt(StringArray array, StringHandle handle) 
   return text != nullptr ? text : kEmptyText;
 }
 
-DisplayText AttributeDatabase::GetDisplayString(StringHandle handle) const {
-  const CHAR16* const stored = TextAt(StringArray::Display, handle);
+const CHAR16* AttributeDatabase::WithoutStars(const CHAR16* stored) {
   const CHAR16* text = stored;
   while (*text == '*') {
     ++text;
   }
-  if (text == stored) {
-    return {stored, nullptr};
-  }
-  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(StringLength(text) + 1);
-  if (!cleaned) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" keeps its stars: out of memory\n", stored));
-    return {stored, nullptr};
-  }
-  CleanString(cleaned.get(), text);
-  const CHAR16* const shown = cleaned.get();
-  return {shown, std::move(cleaned)};
+  return text == stored ? stored : SkipBlanks(text);
 }
 
-StringHandle AttributeDatabase::FindString(StringArray array, Ucs2View text) {
+StringHandle AttributeDatabase::FindString(StringArray array, const TextKey& key) {
   VOID* const* const strings = StringsOf(array);
   StringIndex& index = array == StringArray::Names ? nameIndex_ : displayIndex_;
   if (index.Covers(CountOf(array))) {
-    return StringHandle{index.Find(text, strings)};
+    return StringHandle{index.Find(key, strings)};
   }
   for (UINT16 handle = kFirstHandle; handle < StringLimit(array); ++handle) {
-    if (Equal(ViewOf(TextAt(array, StringHandle{handle})), text)) {
+    if (key.Matches(TextAt(array, StringHandle{handle}))) {
       return StringHandle{handle};
     }
   }
   return {};
 }
 
-void AttributeDatabase::PutString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle) {
+void AttributeDatabase::PutString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle) {
   VOID*& place = StringsOf(array)[handle];
   const PoolPtr<CHAR16[]> replaced{static_cast<CHAR16*>(place)};
   place = text.release();  // to the store
 }
 
-StringHandle AttributeDatabase::AddString(StringArray array, PoolPtr<CHAR16[]> text) {
+StringHandle AttributeDatabase::AddString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT32 hash) {
   const UINT16 handle = StringLimit(array);
-  const Ucs2View view = ViewOf(text.get());
-  if (handle >= ATTRIBUTE_STORE_STRING_LIMIT || view.size() > kLongestString) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: text \"%s\" dropped: the store has no room for it\n", text.get()));
+  if (handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: text \"%s\" dropped: the store is full\n", text.get()));
     return {};
   }
   StringIndex& index = array == StringArray::Names ? nameIndex_ : displayIndex_;
   if (index.Covers(CountOf(array))) {
-    index.Add(view);
+    index.Add(hash);
   }
   PutString(array, std::move(text), handle);
   Count(array);
   return StringHandle{handle};
 }
 
-void AttributeDatabase::PlaceHelp(PoolPtr<CHAR16[]> text, StringHandle handle) {
+void AttributeDatabase::PlaceHelp(PoolPtr<CHAR16[]>&& text, StringHandle handle) {
   PutString(StringArray::Help, std::move(text), Raw(handle));
   Count(StringArray::Help);
 }
 
-bool AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle) {
+bool AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle) {
   if (handle < kFirstHandle || handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
     return false;
   }

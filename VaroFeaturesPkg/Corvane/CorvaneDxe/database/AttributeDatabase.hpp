@@ -17,12 +17,6 @@ static_assert(sizeof(AttributeStoreHeader) == 32);
 /// The three string arrays of the store. Help texts share the handles of the display texts.
 enum class StringArray : UINT8 { Names, Display, Help };
 
-/// A text of the display table. It stands in the store, or in a block of its own when stars had to be taken off.
-struct DisplayText {
-  const CHAR16* Text;
-  PoolPtr<CHAR16[]> Owned;
-};
-
 class AttributeDatabase {
  public:
   /// Most characters that a stored string may have, so that its byte size fits the 16 bits of the cache's lists.
@@ -35,13 +29,13 @@ class AttributeDatabase {
   // Records.
 
   /// Gives the record the next handle and keeps it. Beyond handle 271 it is freed instead and the handle is 0.
-  AttributeHandle AddAttribute(OwnedRecord<AttributeRecord> record);
+  AttributeHandle AddAttribute(OwnedRecord<AttributeRecord>&& record);
 
   /// Keeps the record at a reserved handle, in place of any record there; a null record empties the slot.
-  void PlaceAttribute(OwnedRecord<AttributeRecord> record, AttributeHandle handle);
+  void PlaceAttribute(OwnedRecord<AttributeRecord>&& record, AttributeHandle handle);
 
   /// Keeps a restored record at `slot`, counted or not. False, and the record freed, when `slot` is outside the store.
-  [[nodiscard]] bool RestoreAttribute(OwnedRecord<AttributeRecord> record, UINT16 slot, bool counted);
+  [[nodiscard]] bool RestoreAttribute(OwnedRecord<AttributeRecord>&& record, UINT16 slot, bool counted);
 
   [[nodiscard]] AttributeRecord* AttributeAt(UINT16 slot) const;
   [[nodiscard]] AttributeRecord* FindAttributeByToken(UINT32 token);
@@ -60,9 +54,25 @@ class AttributeDatabase {
   /// The text at a handle, empty for a handle that is not live.
   [[nodiscard]] const CHAR16* GetNameString(StringHandle handle) const { return TextAt(StringArray::Names, handle); }
   [[nodiscard]] const CHAR16* GetHelpString(StringHandle handle) const { return TextAt(StringArray::Help, handle); }
+  [[nodiscard]] const CHAR16* GetDisplayString(StringHandle handle) const {
+    return WithoutStars(TextAt(StringArray::Display, handle));
+  }
 
-  /// The display text at a handle as readers see it: without the stars that kept it apart from an equal one.
-  [[nodiscard]] DisplayText GetDisplayString(StringHandle handle) const;
+  /// A display text as readers see it: without the stars that kept it apart from an equal one.
+  [[nodiscard]] static const CHAR16* WithoutStars(const CHAR16* stored);
+
+  /// Calls `visit(handle, text)` for each live handle of an array until it gives false; an absent text is empty.
+  template <typename Visit>
+  void ForEachText(StringArray array, Visit visit) const {
+    const UINT16 limit = StringLimit(array);
+    const VOID* const* const texts = StringsOf(array);
+    for (UINT16 handle = kFirstHandle; handle < limit; ++handle) {
+      const auto* const text = static_cast<const CHAR16*>(texts[handle]);
+      if (!visit(handle, text != nullptr ? text : kEmptyText)) {
+        return;
+      }
+    }
+  }
 
   /// The text at a handle, or null when there is none.
   [[nodiscard]] const CHAR16* StoredText(StringArray array, StringHandle handle) const;
@@ -70,29 +80,32 @@ class AttributeDatabase {
   /// First handle of `array` that is not live; the help array goes by the display texts.
   [[nodiscard]] UINT16 StringLimit(StringArray array) const;
 
-  /// The lowest handle whose text equals `text`, or 0.
-  [[nodiscard]] StringHandle FindString(StringArray array, Ucs2View text);
+  /// The lowest handle whose text matches, or 0.
+  [[nodiscard]] StringHandle FindString(StringArray array, const TextKey& key);
 
-  /// Keeps a name or display text under the next handle. Without room it is freed and the handle is 0.
-  [[nodiscard]] StringHandle AddString(StringArray array, PoolPtr<CHAR16[]> text);
+  /// Keeps a name or display text of up to kLongestString characters under the next handle. Without room the handle is
+  /// 0. `hash` is that of the text's key.
+  [[nodiscard]] StringHandle AddString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT32 hash);
 
   /// Keeps a help text at a display text's handle and counts it.
-  void PlaceHelp(PoolPtr<CHAR16[]> text, StringHandle handle);
+  void PlaceHelp(PoolPtr<CHAR16[]>&& text, StringHandle handle);
 
   /// Keeps a restored string at `handle` and counts it; a null one is kept without being counted. False when `handle`
   /// is none of a string.
-  [[nodiscard]] bool RestoreString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle);
+  [[nodiscard]] bool RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle);
 
   /// Gives back what only made gathering fast.
   void ReleaseIndexes();
 
  private:
+  static constexpr CHAR16 kEmptyText[] = {0};
+
   [[nodiscard]] const CHAR16* TextAt(StringArray array, StringHandle handle) const;
   [[nodiscard]] VOID** StringsOf(StringArray array) const;
   [[nodiscard]] UINT64 CountOf(StringArray array) const;
   void Count(StringArray array);
-  void PutRecord(OwnedRecord<AttributeRecord> record, UINT16 slot);
-  void PutString(StringArray array, PoolPtr<CHAR16[]> text, UINT16 handle);
+  void PutRecord(OwnedRecord<AttributeRecord>&& record, UINT16 slot);
+  void PutString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle);
 
   AttributeStore* store_ = nullptr;  // kept until boot services end: the published interface leads to it
   StringIndex nameIndex_;

@@ -106,7 +106,7 @@ template <typename T>
 
 /// The record without its body's type, as stores take it.
 template <typename T>
-[[nodiscard]] OwnedRecord<AttributeRecord> AsAttribute(OwnedRecord<T> record) {
+[[nodiscard]] OwnedRecord<AttributeRecord> AsAttribute(OwnedRecord<T>&& record) {
   return OwnedRecord<AttributeRecord>{reinterpret_cast<AttributeRecord*>(record.release())};
 }
 

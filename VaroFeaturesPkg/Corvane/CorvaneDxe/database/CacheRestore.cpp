@@ -129,7 +129,7 @@ OwnedRecord<AttributeRecord> TakeRecord(ByteReader& reader) {
   return reader.Ok() ? std::move(record) : nullptr;
 }
 
-bool KeepRecord(AttributeDatabase& database, OwnedRecord<AttributeRecord> record) {
+bool KeepRecord(AttributeDatabase& database, OwnedRecord<AttributeRecord>&& record) {
   constexpr UINT16 kFirstCountedHandle = 15;  // one below the first that is handed out; tools know the counter so
   const UINT16 handle = record->Handle;
   switch (BaseType(*record)) {

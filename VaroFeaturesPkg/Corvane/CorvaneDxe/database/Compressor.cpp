@@ -1,6 +1,6 @@
 /** @file
-  Encoder of the UEFI compression format: hash chains over the last 8 KiB, the cheapest parse of each stretch by the
-  prices of the codes so far, and three prefix codes for each block.
+  Encoder of the UEFI compression format: hash chains over the last 8 KiB, matches put off while the next byte has a
+  better one, and three prefix codes for each block.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -10,6 +10,7 @@
 #include "database/Compressor.hpp"
 
 #include "database/CompressionFormat.hpp"
+#include "database/CrcTable.hpp"
 #include "uefi/Pool.hpp"
 
 namespace {
@@ -18,21 +19,14 @@ namespace {
 constexpr size_t kStagingSize = 16384;
 constexpr size_t kSmallestStagingSize = 4096;
 
-// The texts are UCS-2: shorter strings than these repeat everywhere, and are hardly worth a match.
+// The texts are UCS-2, so that every second byte is zero: shorter strings than these repeat everywhere.
 constexpr UINT32 kHashedBytes = 5;
 constexpr UINT32 kHashSize = 4096;
-constexpr UINT32 kLongestChain = 16;  // candidates tried at one position
-constexpr UINT32 kGoodMatch = 24;     // bytes; what lies inside such a match is not searched
-
-constexpr UINT32 kStretch = 2048;  // bytes parsed at once
-constexpr UINT32 kRehearsal = 1024;
-constexpr UINT32 kEnoughCodes = 128;  // in a block, before its counts are worth more than the prices of the last one
-
-// Prices are in sixteenths of a bit.
-constexpr UINT32 kPricePerBit = 16;
-constexpr UINT8 kFirstPrice = 90;
-static_assert(kRehearsal < kSmallestStagingSize / sizeof(UINT16) - 1, "a rehearsal writes no block");
-static_assert(std::bit_width(kStagingSize) * kPricePerBit < 256, "a price fits a byte");
+constexpr UINT32 kShortHashBits = 10;  // of kMinMatch bytes, one candidate each
+constexpr UINT32 kLongestChain = 56;   // candidates tried at one position
+constexpr UINT32 kGoodMatch = 24;      // bytes; no better one is looked for behind its first byte
+constexpr UINT32 kLeastWorth = 10;     // below, the bytes themselves take no more room
+constexpr UINT32 kHesitation = 6;      // what a later match must be worth more, as a byte goes before it
 
 /// The three alphabets lie one behind the other in every array over symbols.
 struct Alphabet {
@@ -46,11 +40,14 @@ constexpr Alphabet kDistances{kBytes.First + kBytes.Size, kDistanceCodes, kDista
 constexpr Alphabet kLengths{kDistances.First + kDistances.Size, kLengthCodes, kLengthCountBits, kGapAfter};
 constexpr UINT32 kSymbols = kLengths.First + kLengths.Size;
 
-/// The last code on the cheapest way to a position: a byte, or a match when the length is above 1.
-struct Step {
-  UINT32 Price;  // of the whole way
-  UINT16 Length;
-  UINT16 Distance;
+struct Match {
+  UINT32 Length;  // 0: none
+  UINT32 Distance;
+
+  /// Quarters of what a byte takes as itself, less what the distance takes.
+  [[nodiscard]] UINT32 Worth() const {
+    return Length == 0 ? 0 : Length * 4 - static_cast<UINT32>(std::bit_width(Distance));
+  }
 };
 
 struct Code {
@@ -74,13 +71,12 @@ struct LengthCode {
 };
 
 struct Workspace {
-  UINT8 Prices[kSymbols];
   Code Codes[kSymbols];
   UINT32 Counts[kSymbols];  // of the block so far
-  UINT16 Crc[256];
-  UINT16 Head[kHashSize];        // latest position with this hash, modulo 65536
-  UINT16 Previous[kWindowSize];  // the one before it
-  Step Steps[kStretch + 1];
+  UINT32 Crc[256];
+  UINT32 Head[kHashSize];                 // latest position with this hash; 0, which is never looked at: none
+  UINT32 Previous[kWindowSize];           // the one before it
+  UINT32 ShortHead[1 << kShortHashBits];  // latest position of kMinMatch bytes
   LengthCode Lengths[kByteCodes];
   Node Nodes[2 * kByteCodes];  // the leaves by weight, then the inner nodes in the order of their making
 };
@@ -102,21 +98,28 @@ class BitWriter {
   /// The low `count` bits, up to 32.
   void Put(UINT32 bits, UINT32 count) {
     pending_ = (pending_ << count) | bits;
-    for (pendingBits_ += count; pendingBits_ >= 8; pendingBits_ -= 8) {
-      PutByte(static_cast<UINT8>(pending_ >> (pendingBits_ - 8)));
+    pendingBits_ += count;
+    if (pendingBits_ >= 32) {
+      PutBytes();
     }
   }
 
-  void PutByte(UINT8 byte) {
-    if (size_ < room_.size()) {
-      room_[size_] = std::byte{byte};
-    }
-    ++size_;
+  /// Fills the last byte.
+  void Flush() {
+    Put(0, -pendingBits_ & 7);
+    PutBytes();
   }
-
-  void Flush() { Put(0, -pendingBits_ & 7); }
 
  private:
+  [[gnu::noinline]] void PutBytes() {
+    for (; pendingBits_ >= 8; ++size_) {
+      pendingBits_ -= 8;
+      if (size_ < room_.size()) {
+        room_[size_] = static_cast<std::byte>(pending_ >> pendingBits_);
+      }
+    }
+  }
+
   std::span<std::byte> room_;
   UINT32 size_ = 0;
   UINT64 pending_ = 0;
@@ -127,40 +130,41 @@ class Encoder {
  public:
   Encoder(std::span<const std::byte> source, std::span<UINT16> staging, Workspace& work, BitWriter& output)
       : source_(source), staging_(staging), work_(work), output_(output) {
-    BuildCrcTable();
+    FillCrcTable(work_.Crc, 0xA001);
   }
 
   void Run() {
-    // The beginning is parsed twice, the first time only to learn its prices.
-    SetMem(work_.Prices, sizeof(work_.Prices), kFirstPrice);
-    Parse(source_.first(std::min<size_t>(source_.size(), kRehearsal)), 0);
-    UpdatePrices(kBytes);
-    UpdatePrices(kDistances);
-    StartBlock();
-    ZeroMem(work_.Head, sizeof(work_.Head));
-
-    for (size_t start = 0; start < source_.size(); start += kStretch) {
-      Parse(source_.first(std::min<size_t>(source_.size(), start + kStretch)), start);
-      if (blockSize_ >= kEnoughCodes) {
-        UpdatePrices(kBytes);
-        UpdatePrices(kDistances);
+    const auto size = static_cast<UINT32>(source_.size());
+    const UINT32 lastHashed = size - std::min(size, kHashedBytes - 1);
+    for (UINT32 position = 0; position < size;) {
+      Match match = FindMatch(position);
+      while (match.Length != 0 && match.Length < kGoodMatch) {
+        const Match next = FindMatch(position + 1);
+        if (next.Worth() <= match.Worth() + kHesitation) {
+          break;
+        }
+        Stage(Byte(position++));
+        match = next;
       }
+      if (match.Length == 0) {
+        Stage(Byte(position++));
+        continue;
+      }
+      StageMatch(match);
+      const UINT32 end = position + match.Length;
+      // Of a good match, the byte behind the first one was not looked at; entered again, it would be its own
+      // forerunner.
+      for (position += match.Length < kGoodMatch ? 2 : 1; position < std::min(end, lastHashed); ++position) {
+        Insert(position);
+      }
+      position = end;
     }
     WriteBlock();
     output_.Flush();
   }
 
  private:
-  /// CRC-16, reflected polynomial 0xA001. It is linear: entry i + j is the sum of entries i and j if they share no bit.
-  void BuildCrcTable() {
-    UINT32 crc = 1;
-    for (UINT32 bit = 128; bit > 0; bit >>= 1) {
-      crc = (crc >> 1) ^ ((crc & 1) * 0xA001);
-      for (UINT32 other = 0; other < 256; other += 2 * bit) {
-        work_.Crc[bit + other] = static_cast<UINT16>(crc ^ work_.Crc[other]);
-      }
-    }
-  }
+  [[nodiscard]] UINT16 Byte(UINT32 position) const { return std::to_integer<UINT16>(source_[position]); }
 
   /// Of five bytes, in three steps: most of the bytes of a text are zero, so neighbours go in together.
   [[nodiscard]] UINT32 Hash(const std::byte* bytes) const {
@@ -168,18 +172,13 @@ class Encoder {
     pairs ^= pairs >> 8;
     UINT32 crc = work_.Crc[pairs & 0xFF];
     crc = (crc >> 8) ^ work_.Crc[(crc ^ (pairs >> 16)) & 0xFF];
-    crc = (crc >> 8) ^ work_.Crc[(crc ^ std::to_integer<UINT32>(bytes[4])) & 0xFF];
-    return crc % kHashSize;
+    return (crc ^ (std::to_integer<UINT32>(bytes[4]) << 4)) % kHashSize;
   }
 
-  /// Enters a position, and gives the one before it with the same hash. Positions are modulo 65536.
-  UINT16 Insert(size_t position) {
-    const UINT16 entry = static_cast<UINT16>(position);
-    if (source_.size() - position < kHashedBytes) {
-      return entry;  // no match begins here
-    }
-    const UINT16 before = std::exchange(work_.Head[Hash(&source_[position])], entry);
-    work_.Previous[entry % kWindowSize] = before;
+  /// Enters a position, behind which there are kHashedBytes bytes, and gives the one before it with the same hash.
+  UINT32 Insert(UINT32 position) {
+    const UINT32 before = std::exchange(work_.Head[Hash(&source_[position])], position);
+    work_.Previous[position % kWindowSize] = before;
     return before;
   }
 
@@ -197,105 +196,50 @@ class Encoder {
     return length;
   }
 
-  /// Finds the cheapest codes from `start` to the end of `text`, and stages them.
-  void Parse(std::span<const std::byte> text, size_t start) {
-    const std::span<Step> steps{work_.Steps, text.size() - start + 1};
-    for (Step& step : steps) {
-      step.Price = MAX_UINT32;
+  /// The longest match at a position, of several the nearest; enters the position.
+  Match FindMatch(UINT32 position) {
+    const std::byte* const text = source_.data();
+    const std::byte* const here = text + position;
+    const auto limit = static_cast<UINT32>(std::min<size_t>(source_.size() - position, kMaxMatch));
+    if (limit < kHashedBytes) {
+      return {};
     }
-    steps[0].Price = 0;
-    for (size_t at = 0; at < steps.size() - 1; ++at) {
-      const UINT32 price = steps[at].Price + work_.Prices[kBytes.First + std::to_integer<UINT32>(text[start + at])];
-      Offer(steps[at + 1], {price, 1, 0});
-      const UINT32 longest = OfferMatches(text, start + at, &steps[at]);
-      // Whatever starts inside a good match seldom does better.
-      for (UINT32 inside = 1; longest >= kGoodMatch && inside < longest; ++inside) {
-        Insert(start + ++at);
-      }
-    }
-
-    // Turn the steps of the best way round, so that each stands where it leaves.
-    Step leaving = steps.back();
-    for (size_t at = steps.size() - 1; at > 0;) {
-      at -= leaving.Length;
-      std::swap(leaving, steps[at]);
-    }
-    for (size_t at = 0; at < steps.size() - 1; at += steps[at].Length) {
-      if (steps[at].Length == 1) {
-        Stage(std::to_integer<UINT16>(text[start + at]));
-      } else {
-        StageMatch(steps[at]);
-      }
-    }
-  }
-
-  static void Offer(Step& best, const Step& step) {
-    if (step.Price < best.Price) {
-      best = step;
-    }
-  }
-
-  /// Offers the matches at `position` to the steps behind `from`; gives the longest one's length.
-  UINT32 OfferMatches(std::span<const std::byte> text, size_t position, Step* from) {
-    const std::byte* here = text.data() + position;
-    const UINT32 limit = static_cast<UINT32>(std::min<size_t>(text.size() - position, kMaxMatch));
-    const UINT32 reach = static_cast<UINT32>(std::min<size_t>(position, kWindowSize));
-    UINT32 longest = kMinMatch - 1;
-    UINT32 farthest = 0;
-    UINT16 candidate = Insert(position);
-    for (UINT32 tries = kLongestChain; tries > 0; --tries) {
-      // Stale entries are told from others by their bytes alone; a chain that turns back has come to its end.
-      const UINT32 distance = static_cast<UINT16>(position - candidate);
-      if (distance <= farthest || distance > reach) {
-        break;
-      }
-      farthest = distance;
+    Match best{kMinMatch - 1, 0};
+    const UINT32 lowest = position > kWindowSize ? position - kWindowSize : 1;
+    UINT32 candidate = Insert(position);
+    for (UINT32 tries = kLongestChain; tries > 0 && candidate >= lowest; --tries) {
       // Two bytes, as every other byte of a text is zero.
-      const std::byte* there = here - distance;
-      if (Load<UINT16>(there + longest - 1) == Load<UINT16>(here + longest - 1)) {
+      const std::byte* const there = text + candidate;
+      if (Load<UINT16>(there + best.Length - 1) == Load<UINT16>(here + best.Length - 1)) {
         const UINT32 length = MatchLength(here, there, limit);
-        const UINT32 width = BitWidth(distance - 1);
-        const UINT32 price =
-            from->Price + work_.Prices[kDistances.First + width] + kPricePerBit * (width - std::min(width, 1U));
-        while (longest < length) {
-          ++longest;
-          Offer(from[longest], {price + work_.Prices[kBytes.First + MatchCode(longest)], static_cast<UINT16>(longest),
-                                static_cast<UINT16>(distance)});
-        }
-        if (longest == limit) {
-          break;
+        if (length > best.Length) {
+          best = {length, position - candidate};
+          if (length >= limit) {
+            break;
+          }
         }
       }
       candidate = work_.Previous[candidate % kWindowSize];
     }
-    return longest;
-  }
-
-  /// Prices from the counts of the block so far, as if each symbol had come half a time more.
-  void UpdatePrices(const Alphabet& alphabet) {
-    const std::span<const UINT32> counts{&work_.Counts[alphabet.First], alphabet.Size};
-    UINT32 total = 0;
-    for (const UINT32 count : counts) {
-      total += count;
+    if (best.Length < kHashedBytes) {
+      constexpr UINT32 kSpread = 0x9E3779B1;
+      UINT32& head = work_.ShortHead[(Load<UINT32>(here) << 8) * kSpread >> (32 - kShortHashBits)];
+      candidate = std::exchange(head, position);
+      if (candidate >= lowest) {
+        const UINT32 length = MatchLength(here, text + candidate, limit);
+        if (length > best.Length) {
+          best = {length, position - candidate};
+        }
+      }
     }
-    const UINT32 whole = Log2(2 * total + 1);
-    UINT8* price = &work_.Prices[alphabet.First];
-    for (const UINT32 count : counts) {
-      *price++ = static_cast<UINT8>(whole - Log2(2 * count + 1));
-    }
-  }
-
-  /// In units of the prices, straight between powers of two.
-  static UINT32 Log2(UINT32 number) {
-    const UINT32 whole = BitWidth(number) - 1;
-    return (whole - 1) * kPricePerBit + (number * kPricePerBit >> whole);
+    return best.Worth() < kLeastWorth ? Match{} : best;
   }
 
   static UINT32 BitWidth(UINT32 number) { return static_cast<UINT32>(std::bit_width(number)); }
 
   static UINT32 MatchCode(UINT32 length) { return length - kMinMatch + kFirstMatchCode; }
 
-  void StageMatch(const Step& match) {
+  void StageMatch(const Match& match) {
     Stage(static_cast<UINT16>(MatchCode(match.Length)));
     const auto distance = static_cast<UINT16>(match.Distance - 1);
     staging_[staged_++] = distance;
@@ -435,12 +379,9 @@ class Encoder {
         continue;
       }
       used = symbol + 1;
-      Node* node = &work_.Nodes[leaves++];
-      for (; node > work_.Nodes && node[-1].Weight > count; --node) {
-        *node = node[-1];
-      }
-      *node = {count, symbol, 0, 0};
+      work_.Nodes[leaves++] = {count, symbol, 0, 0};
     }
+    SortByWeight({work_.Nodes, leaves});
     if (leaves < 2) {
       return 0;
     }
@@ -466,6 +407,20 @@ class Encoder {
       }
     }
     return used;
+  }
+
+  /// Shell's sort: next to nothing to carry, and good enough for a few hundred.
+  static void SortByWeight(std::span<Node> leaves) {
+    for (size_t gap = 364; gap > 0; gap /= 3) {
+      for (size_t i = gap; i < leaves.size(); ++i) {
+        const Node moved = leaves[i];
+        size_t place = i;
+        for (; place >= gap && leaves[place - gap].Weight > moved.Weight; place -= gap) {
+          leaves[place] = leaves[place - gap];
+        }
+        leaves[place] = moved;
+      }
+    }
   }
 
   /// Huffman's tree over leaves in the order of their weights; false when one is deeper than the format allows.

@@ -10,12 +10,13 @@
 
 class Crc32 {
  public:
-  /// Fills the lookup table. It lives with the writer of the tables, not in the image: 1 KiB there would be carried in
-  /// flash for five uses a boot.
+  /// Fills the lookup table, and looks for the processor's own instruction. The table lives with the writer of
+  /// the tables, not in the image: 1 KiB there would be carried in flash for five uses a boot.
   void Prepare();
 
   [[nodiscard]] UINT32 Of(std::span<const std::byte> bytes) const;
 
  private:
+  bool hasInstruction_ = false;
   std::array<UINT32, 256> table_{};
 };

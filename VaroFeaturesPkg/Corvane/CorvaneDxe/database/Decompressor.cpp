@@ -22,6 +22,7 @@ constexpr UINT32 kShortAlphabet = 31;
 constexpr UINT32 kByteTableBits = 12;
 constexpr UINT32 kShortTableBits = 8;
 constexpr UINT32 kNodes = 2 * kByteCodes - 1;
+constexpr UINT32 kBroken = MAX_UINT16 + 1;  // no symbol
 
 /// All that outlives a block. A table is indexed by the next bits of the stream; an entry below the alphabet's size is
 /// the symbol, any other is the node where the tree of the longer codes goes on.
@@ -34,41 +35,53 @@ struct DecoderTables {
 };
 static_assert(sizeof(DecoderTables) + alignof(DecoderTables) - 1 <= kScratchSize);
 
+/// The stream from its next bit on; behind the end there are zeros without end. A plain value, so that a loop can have
+/// it in registers.
 class BitReader {
  public:
-  explicit BitReader(std::span<const std::byte> bytes) : rest_(bytes) { Refill(); }
+  static constexpr UINT32 kLeastBits = 32;
 
-  /// The next 1 to 32 bits; behind the end there are zeros without end.
+  explicit BitReader(std::span<const std::byte> bytes) : next_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+
+  /// Sees to it that the next kLeastBits bits are at hand.
+  [[gnu::always_inline]] void Refill() {
+    if (valid_ >= kLeastBits) {
+      return;
+    }
+    if (end_ - next_ < static_cast<ptrdiff_t>(sizeof(UINT64))) [[unlikely]] {
+      *this = RefilledFromTail(*this);
+      return;
+    }
+    UINT64 bytes;
+    __builtin_memcpy(&bytes, next_, sizeof(bytes));
+    window_ |= __builtin_bswap64(bytes) >> valid_;
+    next_ += (63 - valid_) / 8;
+    valid_ |= 56;  // whole bytes: the bits below them are taken again
+  }
+
+  /// The next 1 to 32 bits, out of those at hand.
   [[nodiscard]] UINT32 Peek(UINT32 count) const { return static_cast<UINT32>(window_ >> (64 - count)); }
 
-  /// Passes over 0 to 32 bits.
+  /// Passes over bits at hand.
   void Skip(UINT32 count) {
     window_ <<= count;
     valid_ -= count;
-    if (valid_ < 32) {
-      Refill();
-    }
-  }
-
-  UINT32 Take(UINT32 count) {
-    const UINT32 bits = Peek(count);
-    Skip(count);
-    return bits;
   }
 
  private:
-  void Refill() {
-    for (; valid_ <= 56; valid_ += 8) {
-      if (!rest_.empty()) {
-        window_ |= UINT64{std::to_integer<UINT8>(rest_.front())} << (56 - valid_);
-        rest_ = rest_.subspan(1);
+  [[gnu::noinline]] static BitReader RefilledFromTail(BitReader reader) {
+    for (; reader.valid_ <= 56; reader.valid_ += 8) {
+      if (reader.next_ < reader.end_) {
+        reader.window_ |= UINT64{std::to_integer<UINT8>(*reader.next_++)} << (56 - reader.valid_);
       }
     }
+    return reader;
   }
 
-  std::span<const std::byte> rest_;
+  const std::byte* next_;
+  const std::byte* end_;
   UINT64 window_ = 0;  // left-aligned
-  UINT32 valid_ = 0;
+  UINT32 valid_ = 0;   // bits at hand
 };
 
 class Decoder {
@@ -76,91 +89,137 @@ class Decoder {
   Decoder(std::span<const std::byte> stream, DecoderTables& tables) : bits_(stream), tables_(tables) {}
 
   [[nodiscard]] bool Run(std::span<std::byte> output) {
-    size_t done = 0;
+    std::byte* to = output.data();
+    std::byte* const end = to + output.size();
+    const UINT16* const byteTable = tables_.ByteTable;
+    const UINT8* const byteLengths = tables_.ByteLengths;
+    BitReader bits = bits_;
     UINT16 left = 0;  // a block of size 0 has 65536 codes
-    while (done < output.size()) {
+    while (to < end) {
       if (left == 0) {
-        left = static_cast<UINT16>(bits_.Take(kBlockSizeBits));
-        ReadBlockHeader();
+        bits_ = bits;
+        left = static_cast<UINT16>(Take(kBlockSizeBits));
+        if (!ReadBlockHeader()) {
+          return false;
+        }
+        bits = bits_;
       }
       --left;
-      const UINT32 code = ReadSymbol(tables_.ByteTable, kByteTableBits, tables_.ByteLengths);
-      if (broken_) {
-        return false;
+      bits.Refill();
+      UINT32 code = byteTable[bits.Peek(kByteTableBits)];
+      if (code >= kByteCodes) {
+        code = FollowTree(code, bits.Peek(32) << kByteTableBits, kByteCodes);
+        if (code == kBroken) {
+          return false;
+        }
       }
+      bits.Skip(byteLengths[code]);
       if (code < kFirstMatchCode) {
-        output[done++] = std::byte(code);
+        *to++ = std::byte(code);
         continue;
       }
-      const size_t distance = ReadDistance();
-      if (broken_ || distance > done) {
+      UINT32 width = tables_.ShortTable[bits.Peek(kShortTableBits)];
+      if (width >= kShortAlphabet) {
+        width = FollowTree(width, bits.Peek(32) << kShortTableBits, kShortAlphabet);
+        if (width == kBroken) {
+          return false;
+        }
+      }
+      bits.Skip(tables_.ShortLengths[width]);
+      size_t distance = width + 1;
+      if (width >= 2) {
+        bits.Refill();
+        distance = (size_t{1} << (width - 1)) + bits.Peek(width - 1) + 1;
+        bits.Skip(width - 1);
+      }
+      if (distance > static_cast<size_t>(to - output.data())) {
         return false;
       }
-      const size_t end = std::min<size_t>(done + code - kFirstMatchCode + kMinMatch, output.size());
-      for (; done < end; ++done) {
-        output[done] = output[done - distance];
+      std::byte* const matchEnd = to + std::min<ptrdiff_t>(code - kFirstMatchCode + kMinMatch, end - to);
+      if (distance >= sizeof(UINT64) && end - matchEnd >= static_cast<ptrdiff_t>(sizeof(UINT64))) {
+        // Eight bytes at a time; what is too much is overwritten later.
+        for (std::byte* piece = to; piece < matchEnd; piece += sizeof(UINT64)) {
+          __builtin_memcpy(piece, piece - distance, sizeof(UINT64));
+        }
+        to = matchEnd;
+      }
+      for (; to < matchEnd; ++to) {
+        *to = *(to - distance);
       }
     }
     return true;
   }
 
  private:
-  void ReadBlockHeader() {
-    ReadShortLengths(kLengthCodes, kLengthCountBits, kGapAfter);
-    ReadByteLengths();
-    ReadShortLengths(kShortAlphabet, kDistanceCountBits, 0);
+  [[gnu::noinline]] bool ReadBlockHeader() {
+    return ReadShortLengths(kLengthCodes, kLengthCountBits, kGapAfter) && ReadByteLengths() &&
+           ReadShortLengths(kShortAlphabet, kDistanceCountBits, 0);
+  }
+
+  // Heads are read out of line, for their size; the loop over the codes has it all within.
+  [[gnu::noinline]] void Refill() { bits_.Refill(); }
+
+  /// Takes 0 to 32 bits.
+  [[gnu::noinline]] UINT32 Take(UINT32 count) {
+    Refill();
+    const auto bits = static_cast<UINT32>(UINT64{bits_.Peek(32)} << count >> 32);
+    bits_.Skip(count);
+    return bits;
   }
 
   /// The alphabet of code lengths or of distances; `gapAfter` is the number of lengths that a 2-bit gap follows, or 0.
-  void ReadShortLengths(UINT32 symbols, UINT32 countBits, UINT32 gapAfter) {
+  [[nodiscard]] bool ReadShortLengths(UINT32 symbols, UINT32 countBits, UINT32 gapAfter) {
     const std::span<UINT8> lengths = tables_.ShortLengths;
-    const UINT32 count = bits_.Take(countBits);
+    const UINT32 count = Take(countBits);
     if (count == 0) {
-      std::ranges::fill(tables_.ShortTable, static_cast<UINT16>(bits_.Take(countBits)));
+      std::ranges::fill(tables_.ShortTable, static_cast<UINT16>(Take(countBits)));
       std::ranges::fill(lengths.first(symbols), UINT8{0});
-      return;
+      return true;
     }
     UINT32 next = 0;
     while (next < std::min(count, kShortAlphabet)) {
-      UINT32 length = bits_.Take(3);
+      UINT32 length = Take(3);
       if (length == 7) {  // in unary from here on
+        Refill();
         const auto ones = static_cast<UINT32>(std::countl_one(bits_.Peek(29) << 3));
         bits_.Skip(ones + 1);
         length += ones;
       }
       lengths[next++] = static_cast<UINT8>(length);
       if (next == gapAfter) {
-        next = ClearLengths(lengths, next, bits_.Take(2));
+        next = ClearLengths(lengths, next, Take(2));
       }
     }
     ClearLengths(lengths, next, kShortAlphabet);
-    if (!BuildTable(lengths.first(symbols), kShortTableBits, tables_.ShortTable)) {
-      broken_ = true;
-    }
+    return BuildTable(lengths.first(symbols), kShortTableBits, tables_.ShortTable);
   }
 
-  void ReadByteLengths() {
+  [[nodiscard]] bool ReadByteLengths() {
     const std::span<UINT8> lengths = tables_.ByteLengths;
-    const UINT32 count = bits_.Take(kByteCountBits);
+    const UINT32 count = Take(kByteCountBits);
     if (count == 0) {
-      std::ranges::fill(tables_.ByteTable, static_cast<UINT16>(bits_.Take(kByteCountBits)));
+      std::ranges::fill(tables_.ByteTable, static_cast<UINT16>(Take(kByteCountBits)));
       ClearLengths(lengths, 0, kByteCodes);
-      return;
+      return true;
     }
     UINT32 next = 0;
-    while (next < std::min(count, kByteCodes) && !broken_) {
-      const UINT32 symbol = ReadSymbol(tables_.ShortTable, kShortTableBits, {tables_.ShortLengths, kLengthCodes});
+    while (next < std::min(count, kByteCodes)) {
+      const UINT32 symbol = ReadLengthSymbol();
+      if (symbol == kBroken) {
+        return false;
+      }
       if (symbol > 2) {
         lengths[next++] = static_cast<UINT8>(symbol - 2);
       } else {
         const UINT32 run = symbol == 0   ? 1
-                           : symbol == 1 ? bits_.Take(kShortRunBits) + kShortRunBase
-                                         : bits_.Take(kByteCountBits) + kLongRunBase;
+                           : symbol == 1 ? Take(kShortRunBits) + kShortRunBase
+                                         : Take(kByteCountBits) + kLongRunBase;
         next = ClearLengths(lengths, next, run);
       }
     }
     ClearLengths(lengths, next, kByteCodes);
-    BuildTable(lengths, kByteTableBits, tables_.ByteTable);
+    static_cast<void>(BuildTable(lengths, kByteTableBits, tables_.ByteTable));
+    return true;
   }
 
   static UINT32 ClearLengths(std::span<UINT8> lengths, UINT32 next, UINT32 count) {
@@ -223,36 +282,35 @@ class Decoder {
     return true;
   }
 
-  /// The next symbol of the alphabet that `lengths` spans.
-  UINT32 ReadSymbol(const UINT16* table, UINT32 tableBits, std::span<const UINT8> lengths) {
-    UINT32 symbol = table[bits_.Peek(tableBits)];
-    if (symbol >= lengths.size()) {
-      UINT32 path = bits_.Peek(32) << tableBits;
-      // What several damaged blocks left behind can form a ring.
-      for (UINT32 steps = 2 * kNodes; symbol >= lengths.size(); --steps) {
-        if (steps == 0) {
-          broken_ = true;
-          return 0;
-        }
-        symbol = tables_.Children[symbol][path >> 31];
-        path <<= 1;
+  /// The next symbol of the alphabet of code lengths, or kBroken.
+  UINT32 ReadLengthSymbol() {
+    Refill();
+    UINT32 symbol = tables_.ShortTable[bits_.Peek(kShortTableBits)];
+    if (symbol >= kLengthCodes) {
+      symbol = FollowTree(symbol, bits_.Peek(32) << kShortTableBits, kLengthCodes);
+      if (symbol == kBroken) {
+        return symbol;
       }
     }
-    bits_.Skip(lengths[symbol]);
+    bits_.Skip(tables_.ShortLengths[symbol]);
     return symbol;
   }
 
-  size_t ReadDistance() {
-    const UINT32 width = ReadSymbol(tables_.ShortTable, kShortTableBits, tables_.ShortLengths);
-    if (width < 2) {
-      return width + 1;
+  /// The symbol of a code longer than its table's index: `path` has the bits behind the index on top. kBroken where
+  /// what several damaged blocks left behind forms a ring.
+  [[gnu::noinline]] UINT32 FollowTree(UINT32 node, UINT32 path, UINT32 symbols) const {
+    for (UINT32 steps = 2 * kNodes; node >= symbols; --steps) {
+      if (steps == 0) {
+        return kBroken;
+      }
+      node = tables_.Children[node][path >> 31];
+      path <<= 1;
     }
-    return (size_t{1} << (width - 1)) + bits_.Take(width - 1) + 1;
+    return node;
   }
 
   BitReader bits_;
   DecoderTables& tables_;
-  bool broken_ = false;
 };
 
 }  // namespace

@@ -6,27 +6,19 @@
 **/
 #include "database/StringIndex.hpp"
 
-size_t StringIndex::BucketOf(Ucs2View text) {
-  UINT32 hash = 2166136261;  // FNV-1a, a character at a time
-  for (const CHAR16 character : text) {
-    hash = (hash ^ character) * 16777619;
-  }
-  return (hash >> 16 ^ hash) % kBucketCount;
-}
-
-bool StringIndex::Covers(UINT64 count) {
-  if (chains_ == nullptr && count == 0) {
+bool StringIndex::SetUp() {
+  if (chains_ == nullptr) {
     chains_ = AllocateZeroed<Chains>().release();
     covered_ = 0;
   }
-  return chains_ != nullptr && covered_ == count;
+  return chains_ != nullptr && covered_ == 0;
 }
 
-UINT16 StringIndex::Find(Ucs2View text, const VOID* const* strings) const {
+UINT16 StringIndex::Find(const TextKey& key, const VOID* const* strings) const {
   UINT16 found = 0;
   // A chain runs from the newest string to the oldest, so that the last match has the lowest handle.
-  for (UINT16 handle = chains_->First[BucketOf(text)]; handle != 0; handle = chains_->Next[handle]) {
-    if (Equal(ViewOf(static_cast<const CHAR16*>(strings[handle])), text)) {
+  for (UINT16 handle = chains_->First[BucketOf(key.Hash)]; handle != 0; handle = chains_->Next[handle]) {
+    if (key.Matches(static_cast<const CHAR16*>(strings[handle]))) {
       found = handle;
     }
   }
@@ -37,9 +29,9 @@ void StringIndex::Release() {
   const PoolPtr<Chains> released{std::exchange(chains_, nullptr)};
 }
 
-void StringIndex::Add(Ucs2View text) {
+void StringIndex::Add(UINT32 hash) {
   const auto handle = static_cast<UINT16>(covered_ + kFirstHandle);
-  UINT16& first = chains_->First[BucketOf(text)];
+  UINT16& first = chains_->First[BucketOf(hash)];
   chains_->Next[handle] = first;
   first = handle;
   ++covered_;

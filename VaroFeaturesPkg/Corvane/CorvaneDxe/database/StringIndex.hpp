@@ -16,26 +16,30 @@ class StringIndex {
  public:
   /// True while the index covers handles 16 to count + 15. An index of nothing is set up on the way; without memory
   /// there is none.
-  [[nodiscard]] bool Covers(UINT64 count);
+  [[nodiscard]] bool Covers(UINT64 count) {
+    return (chains_ != nullptr && covered_ == count) || (count == 0 && SetUp());
+  }
 
-  /// The lowest handle whose string equals `text`, or 0.
-  [[nodiscard]] UINT16 Find(Ucs2View text, const VOID* const* strings) const;
+  /// The lowest handle whose string matches, or 0.
+  [[nodiscard]] UINT16 Find(const TextKey& key, const VOID* const* strings) const;
 
-  /// Takes in the string that has just been stored at the handle after the last one covered.
-  void Add(Ucs2View text);
+  /// Takes in the string that is stored at the handle after the last one covered, by the hash of its key.
+  void Add(UINT32 hash);
 
   /// Frees the chains; the index then covers nothing until its array is empty again.
   void Release();
 
  private:
-  static constexpr size_t kBucketCount = 512;
+  [[nodiscard]] bool SetUp();
+
+  static constexpr size_t kBucketCount = 1024;
 
   struct Chains {
     UINT16 First[kBucketCount];
     UINT16 Next[ATTRIBUTE_STORE_STRING_LIMIT];
   };
 
-  [[nodiscard]] static size_t BucketOf(Ucs2View text);
+  [[nodiscard]] static size_t BucketOf(UINT32 hash) { return (hash >> 9 ^ hash) % kBucketCount; }
 
   Chains* chains_ = nullptr;  // freed by Release: the index is part of the module's state, which nothing destroys
   UINT64 covered_ = 0;

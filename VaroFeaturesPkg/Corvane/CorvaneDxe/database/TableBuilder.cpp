@@ -6,69 +6,57 @@
 **/
 #include "database/TableBuilder.hpp"
 
-#include "uefi/ByteWriter.hpp"
-
 namespace {
 
 constexpr UINT16 kMostAttributeEntries = 256;
 constexpr CHAR16 kTableLanguage[] = {'e', 'n', '-', 'U', 'S'};
 
-/// The part of an attribute-table entry that its type adds to the head.
-void PutAttributeBody(ByteWriter& entry, const AttributeRecord& record) {
+/// What an attribute's entry is made of: the head of every record, bytes of the record that its type adds, and the
+/// names that they count.
+struct AttributeEntry {
+  static constexpr size_t kHeadSize = sizeof(PLDM_BIOS_ATTRIBUTE_ENTRY);
+  static_assert(offsetof(AttributeRecord, ValueSize) == kHeadSize);
+
+  std::span<const std::byte> Bounds;
+  std::span<const std::byte> Names;
+};
+
+AttributeEntry EntryOf(const AttributeRecord& record) {
   switch (BaseType(record)) {
-    case AttributeType::Enumeration: {
-      constexpr UINT8 kDefaultCount = 1;
-      const auto& enumeration = As<EnumerationRecord>(record);
-      entry.PutValue(UINT8{enumeration.PossibleValueCount});
-      entry.Put(ArrayBytes(enumeration.PossibleValueNames, enumeration.PossibleValueCount));
-      entry.PutValue(kDefaultCount);
-      entry.PutValue(UINT8{enumeration.DefaultIndex});
-      break;
+    case AttributeType::Enumeration:
+    case AttributeType::BootConfiguration:
+    case AttributeType::ConfigurationSet: {
+      const RecordShape& shape = ShapeOf(record);
+      const auto count = std::to_integer<size_t>(*RecordBytes(record, shape.Count, shape.Size).data());
+      return {RecordBytes(record, sizeof(AttributeRecord), shape.FixedEnd),
+              ArrayBytes(PointerAt<UINT16>(record, shape.Handles), count)};
     }
     case AttributeType::String:
     case AttributeType::Password:
       // No default text follows its length: readers of this table count on twelve-byte entries.
-      entry.Put(RecordBytes(record, offsetof(StringRecord, StringType), offsetof(StringRecord, CurrentString)));
-      break;
+      return {RecordBytes(record, offsetof(StringRecord, StringType), offsetof(StringRecord, CurrentString)), {}};
     case AttributeType::Integer:
-      entry.Put(RecordBytes(record, offsetof(IntegerRecord, LowerBound), offsetof(IntegerRecord, CurrentValue)));
-      break;
-    case AttributeType::BootConfiguration: {
-      const auto& boot = As<BootConfigurationRecord>(record);
-      entry.Put(RecordBytes(record, offsetof(BootConfigurationRecord, BootConfigType),
-                            offsetof(BootConfigurationRecord, PossibleSourceNames)));
-      entry.Put(ArrayBytes(boot.PossibleSourceNames, boot.PossibleSourceCount));
-      break;
-    }
+      return {RecordBytes(record, offsetof(IntegerRecord, LowerBound), offsetof(IntegerRecord, CurrentValue)), {}};
     case AttributeType::Collection:
-      entry.Put(RecordBytes(record, offsetof(CollectionRecord, CollectionInfo), offsetof(CollectionRecord, ItemCount)));
-      break;
-    case AttributeType::ConfigurationSet: {
-      const auto& set = As<ConfigurationSetRecord>(record);
-      entry.PutValue(UINT8{set.ConfigCount});
-      entry.Put(ArrayBytes(set.ConfigNames, set.ConfigCount));
-      break;
-    }
+      return {RecordBytes(record, offsetof(CollectionRecord, CollectionInfo), offsetof(CollectionRecord, ItemCount)),
+              {}};
   }
+  return {};
 }
 
-/// The five bytes that every attribute-table entry begins with are those that every record begins with.
-constexpr size_t kAttributeHeadSize = offsetof(AttributeRecord, ValueSize);
-static_assert(kAttributeHeadSize == sizeof(PLDM_BIOS_ATTRIBUTE_ENTRY));
+/// What follows the names of an enumeration: one default.
+using EnumerationDefault = std::array<UINT8, 2>;
 
-void PutAttributeEntry(ByteWriter& entry, const AttributeRecord& record) {
-  entry.Put(RecordBytes(record, 0, kAttributeHeadSize));
-  PutAttributeBody(entry, record);
+size_t AttributeEntrySize(const AttributeRecord& record, const AttributeEntry& entry) {
+  const bool isEnumeration = BaseType(record) == AttributeType::Enumeration;
+  return AttributeEntry::kHeadSize + entry.Bounds.size() + entry.Names.size() +
+         (isEnumeration ? sizeof(EnumerationDefault) : 0);
 }
 
-size_t AttributeEntrySize(const AttributeRecord& record) {
-  ByteWriter counter;
-  PutAttributeEntry(counter, record);
-  return counter.Used();
+std::byte* Put(std::byte* place, std::span<const std::byte> bytes) {
+  CopyMem(place, bytes.data(), bytes.size());
+  return place + bytes.size();
 }
-
-/// Largest entry: an enumeration or configuration set of 255 names.
-constexpr size_t kLargestAttributeEntry = 2 * 255 + 10;
 
 }  // namespace
 
@@ -86,17 +74,7 @@ EFI_STATUS TableBuilder::BuildStringTable() {
   if (const EFI_STATUS status = writer_.AllocateTable(TABLE_STRINGS); EFI_ERROR(status)) {
     return status;
   }
-  for (UINT16 handle = kFirstHandle; handle < database_.StringLimit(StringArray::Names); ++handle) {
-    const Ucs2View name = ViewOf(database_.GetNameString(StringHandle{handle}));
-    if (name.size() + sizeof(PLDM_BIOS_STRING_ENTRY) > writer_.Room(TABLE_STRINGS)) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: string table cut before handle %d \"%s\"\n", handle, name.data()));
-      break;
-    }
-    const PLDM_BIOS_STRING_ENTRY entry{handle, static_cast<UINT16>(name.size())};
-    writer_.AppendValue(TABLE_STRINGS, entry);
-    writer_.AppendAsciiFromUcs2(TABLE_STRINGS, name);
-    writer_.CountTableEntry(TABLE_STRINGS);
-  }
+  AppendTexts(TABLE_STRINGS, StringArray::Names);
   return writer_.FinishTable(TABLE_STRINGS);
 }
 
@@ -104,15 +82,20 @@ EFI_STATUS TableBuilder::AppendAttributeEntry(const AttributeRecord& record) {
   if (writer_.EntryCount(TABLE_ATTRIBUTES) >= kMostAttributeEntries) {
     return EFI_BUFFER_TOO_SMALL;
   }
+  const AttributeEntry entry = EntryOf(record);
+  const size_t size = AttributeEntrySize(record, entry);
   // An exact fit is refused: readers of this table never met a full one.
-  if (writer_.Room(TABLE_ATTRIBUTES) <= AttributeEntrySize(record)) {
+  std::byte* place = writer_.Room(TABLE_ATTRIBUTES) == size ? nullptr : writer_.AddEntry(TABLE_ATTRIBUTES, size);
+  if (place == nullptr) {
     return EFI_BUFFER_TOO_SMALL;
   }
-  std::array<std::byte, kLargestAttributeEntry> bytes;
-  ByteWriter entry{bytes};
-  PutAttributeEntry(entry, record);
-  writer_.AppendTableBytes(TABLE_ATTRIBUTES, std::span(bytes).first(entry.Used()));
-  writer_.CountTableEntry(TABLE_ATTRIBUTES);
+  place = Put(place, RecordBytes(record, 0, AttributeEntry::kHeadSize));
+  place = Put(place, entry.Bounds);
+  place = Put(place, entry.Names);
+  if (BaseType(record) == AttributeType::Enumeration) {
+    const EnumerationDefault one{1, As<EnumerationRecord>(record).DefaultIndex};
+    __builtin_memcpy(place, &one, sizeof(one));
+  }
   return EFI_SUCCESS;
 }
 
@@ -154,29 +137,32 @@ EFI_STATUS TableBuilder::StartTextTable(UINT32 index) {
   return writer_.AppendTableBytes(index, std::as_bytes(std::span(kTableLanguage)));
 }
 
-bool TableBuilder::AppendText(UINT32 index, StringHandle handle, Ucs2View text) {
-  const size_t size = text.size() * sizeof(CHAR16);
-  const PLDM_BIOS_STRING_ENTRY entry{Raw(handle), static_cast<UINT16>(size)};
-  if (size + sizeof(entry) > writer_.Room(index)) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d\n", index, Raw(handle)));
-    return false;
-  }
-  writer_.AppendValue(index, entry);
-  writer_.AppendTableBytes(index, std::as_bytes(text));
-  writer_.CountTableEntry(index);
-  return true;
+void TableBuilder::AppendTexts(UINT32 index, StringArray array) {
+  database_.ForEachText(array, [this, index, array](UINT16 handle, const CHAR16* text) {
+    const bool narrow = array == StringArray::Names;
+    const Ucs2View shown = ViewOf(array == StringArray::Display ? AttributeDatabase::WithoutStars(text) : text);
+    const size_t size = narrow ? shown.size() : shown.size_bytes();
+    const PLDM_BIOS_STRING_ENTRY head{handle, static_cast<UINT16>(size)};
+    std::byte* const entry = writer_.AddEntry(index, sizeof(head) + size);
+    if (entry == nullptr) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d \"%s\"\n", index, handle, text));
+      return false;
+    }
+    __builtin_memcpy(entry, &head, sizeof(head));
+    if (narrow) {
+      TableWriter::AppendAsciiFromUcs2(entry + sizeof(head), shown);
+    } else {
+      CopyMem(entry + sizeof(head), shown.data(), size);
+    }
+    return true;
+  });
 }
 
 EFI_STATUS TableBuilder::BuildDisplayTable() {
   if (const EFI_STATUS status = StartTextTable(TABLE_DISPLAY); EFI_ERROR(status)) {
     return status;
   }
-  for (UINT16 handle = kFirstHandle; handle < database_.StringLimit(StringArray::Display); ++handle) {
-    const DisplayText text = database_.GetDisplayString(StringHandle{handle});
-    if (!AppendText(TABLE_DISPLAY, StringHandle{handle}, ViewOf(text.Text))) {
-      break;
-    }
-  }
+  AppendTexts(TABLE_DISPLAY, StringArray::Display);
   return writer_.FinishTable(TABLE_DISPLAY);
 }
 
@@ -184,11 +170,6 @@ EFI_STATUS TableBuilder::BuildHelpTable() {
   if (const EFI_STATUS status = StartTextTable(TABLE_HELP); EFI_ERROR(status)) {
     return status;
   }
-  // One entry for every display text, with or without help.
-  for (UINT16 handle = kFirstHandle; handle < database_.StringLimit(StringArray::Help); ++handle) {
-    if (!AppendText(TABLE_HELP, StringHandle{handle}, ViewOf(database_.GetHelpString(StringHandle{handle})))) {
-      break;
-    }
-  }
+  AppendTexts(TABLE_HELP, StringArray::Help);
   return writer_.FinishTable(TABLE_HELP);
 }

@@ -27,7 +27,8 @@ class TableBuilder {
 
   [[nodiscard]] EFI_STATUS AppendAttributeEntry(const AttributeRecord& record);
   [[nodiscard]] EFI_STATUS StartTextTable(UINT32 index);
-  [[nodiscard]] bool AppendText(UINT32 index, StringHandle handle, Ucs2View text);
+  /// One entry for every live handle, with or without a text; of names in eight bits a character, else in sixteen.
+  void AppendTexts(UINT32 index, StringArray array);
 
   AttributeDatabase& database_;
   TableWriter& writer_;

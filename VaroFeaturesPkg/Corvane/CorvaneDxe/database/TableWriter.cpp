@@ -58,13 +58,6 @@ void TableWriter::InitTableDescriptor(UINT32 index) {
   table.Limit = static_cast<UINT16>(table.Capacity - PLDM_BIOS_TABLE_CHECKSUM_SIZE);
 }
 
-TableDescriptor* TableWriter::Filling(UINT32 index) const {
-  if (descriptors_ == nullptr || descriptors_[index].Finished != 0 || descriptors_[index].Data == 0) {
-    return nullptr;
-  }
-  return &descriptors_[index];
-}
-
 size_t TableWriter::Room(UINT32 index) const {
   const TableDescriptor* const table = Filling(index);
   return table == nullptr || table->Used > table->Limit ? 0 : static_cast<size_t>(table->Limit - table->Used);
@@ -85,33 +78,54 @@ EFI_STATUS TableWriter::AllocateTable(UINT32 index) {
   return EFI_SUCCESS;
 }
 
-EFI_STATUS TableWriter::AppendTableBytes(UINT32 index, std::span<const std::byte> bytes) {
+std::byte* TableWriter::Extend(UINT32 index, size_t size) {
   TableDescriptor* const table = Filling(index);
-  if (table == nullptr) {
+  if (table == nullptr || size > static_cast<size_t>(table->Capacity - table->Used)) {
+    return nullptr;
+  }
+  return Extend(*table, size);
+}
+
+EFI_STATUS TableWriter::Refusal(UINT32 index) const {
+  if (Filling(index) == nullptr) {
     return EFI_INVALID_PARAMETER;
   }
-  if (bytes.size() > static_cast<size_t>(table->Capacity - table->Used)) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: table %d: %d bytes dropped: the table is full\n", index,
-           static_cast<int>(bytes.size())));
-    return EFI_OUT_OF_RESOURCES;
+  DEBUG((DEBUG_WARN, "CorvaneDxe: table %d: bytes dropped: the table is full\n", index));
+  return EFI_OUT_OF_RESOURCES;
+}
+
+EFI_STATUS TableWriter::AppendTableBytes(UINT32 index, std::span<const std::byte> bytes) {
+  std::byte* const place = Extend(index, bytes.size());
+  if (place == nullptr) {
+    return Refusal(index);
   }
-  CopyMem(DataOf(*table) + table->Used, bytes.data(), bytes.size());
-  table->Used = static_cast<UINT16>(table->Used + bytes.size());
+  CopyMem(place, bytes.data(), bytes.size());
   return EFI_SUCCESS;
 }
 
-EFI_STATUS TableWriter::AppendAsciiFromUcs2(UINT32 index, Ucs2View text) {
+void TableWriter::AppendAsciiFromUcs2(std::byte* place, Ucs2View text) {
+  const CHAR16* next = text.data();
+  const CHAR16* const end = next + text.size();
+  for (; end - next >= 4; next += 4, place += 4) {
+    UINT64 four;
+    __builtin_memcpy(&four, next, sizeof(four));
+    four &= 0x00FF00FF00FF00FF;
+    four = (four | four >> 8) & 0x0000FFFF0000FFFF;
+    const auto narrow = static_cast<UINT32>(four | four >> 16);
+    __builtin_memcpy(place, &narrow, sizeof(narrow));
+  }
+  while (next < end) {
+    *place++ = static_cast<std::byte>(*next++);
+  }
+}
+
+std::byte* TableWriter::AddEntry(UINT32 index, size_t size) {
   TableDescriptor* const table = Filling(index);
-  if (table == nullptr) {
-    return EFI_INVALID_PARAMETER;
+  if (table == nullptr || table->Used + size > table->Limit) {
+    return nullptr;
   }
-  if (text.size() > static_cast<size_t>(table->Capacity - table->Used)) {
-    return EFI_OUT_OF_RESOURCES;
-  }
-  std::transform(text.begin(), text.end(), DataOf(*table) + table->Used,
-                 [](CHAR16 character) { return static_cast<std::byte>(character); });
-  table->Used = static_cast<UINT16>(table->Used + text.size());
-  return EFI_SUCCESS;
+  ++table->EntryCount;
+  return Extend(*table, size);
 }
 
 EFI_STATUS TableWriter::CountTableEntry(UINT32 index) {

@@ -34,13 +34,21 @@ class TableWriter {
 
   template <typename T>
   requires std::is_trivially_copyable_v<T> EFI_STATUS AppendValue(UINT32 index, const T& value) {
-    return AppendTableBytes(index, std::as_bytes(std::span<const T, 1>(&value, 1)));
+    std::byte* const place = Extend(index, sizeof(value));
+    if (place == nullptr) {
+      return Refusal(index);
+    }
+    __builtin_memcpy(place, &value, sizeof(value));
+    return EFI_SUCCESS;
   }
 
-  /// Appends the low byte of each character, without terminator.
-  EFI_STATUS AppendAsciiFromUcs2(UINT32 index, Ucs2View text);
+  /// Writes the low byte of each character to the entry's place, without terminator.
+  static void AppendAsciiFromUcs2(std::byte* place, Ucs2View text);
 
   EFI_STATUS CountTableEntry(UINT32 index);
+
+  /// Counts an entry of `size` bytes and gives the place to write them, or null when they do not fit the room left.
+  [[nodiscard]] std::byte* AddEntry(UINT32 index, size_t size);
 
   /// Pads to four bytes, appends the CRC-32 and locks the table in a buffer of its exact length.
   EFI_STATUS FinishTable(UINT32 index);
@@ -54,7 +62,20 @@ class TableWriter {
   void InitTableDescriptor(UINT32 index);
 
   /// The descriptor of a table that is being filled, or null.
-  [[nodiscard]] TableDescriptor* Filling(UINT32 index) const;
+  [[nodiscard]] TableDescriptor* Filling(UINT32 index) const {
+    TableDescriptor* const table = descriptors_ + index;
+    return descriptors_ == nullptr || table->Finished != 0 || table->Data == 0 ? nullptr : table;
+  }
+
+  /// Takes bytes at the end of a table that has them, and gives their place.
+  static std::byte* Extend(TableDescriptor& table, size_t size) {
+    std::byte* const place = reinterpret_cast<std::byte*>(static_cast<UINTN>(table.Data)) + table.Used;
+    table.Used = static_cast<UINT16>(table.Used + size);
+    return place;
+  }
+  /// The same of a table that is being filled, or null when they do not fit.
+  [[nodiscard]] std::byte* Extend(UINT32 index, size_t size);
+  [[nodiscard]] EFI_STATUS Refusal(UINT32 index) const;
 
   TableDescriptor* descriptors_;
   Crc32 crc32_;

@@ -78,7 +78,7 @@ void Dependencies::Release() {
   candidates_.reset();
 }
 
-void Dependencies::RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]> keyword) {
+void Dependencies::RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]>&& keyword) {
   if (!candidates_) {
     candidates_ = AllocateZeroedArray<Candidate>(kCapacity);
   }

@@ -19,7 +19,7 @@ class Dependencies {
   ~Dependencies();
 
   /// Keeps a question and its keyword, which may be null. There is room for 257; more are dropped.
-  void RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]> keyword);
+  void RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]>&& keyword);
 
   /// Writes the identifiers of all questions that an annotation names, at most 50. Without any, nothing is written and
   /// an earlier list stays. An overlong name abandons the evaluation without writing: EFI_ABORTED. Releases the

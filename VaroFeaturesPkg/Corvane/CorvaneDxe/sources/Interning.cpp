@@ -34,38 +34,44 @@ PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
 }  // namespace
 
 InternedString InternAttributeName(AttributeDatabase& database, const CHAR16* name) {
-  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(StringLength(name) + 1);
+  const TextKey key(name);
+  if (const StringHandle known = database.FindString(StringArray::Names, key); Raw(known) != 0) {
+    return {known, true};
+  }
+  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(key.Length + 1);
   if (!cleaned) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: name \"%s\" dropped: out of memory\n", name));
     return {};
   }
-  CleanString(cleaned.get(), name);
-  if (const StringHandle known = database.FindString(StringArray::Names, ViewOf(cleaned.get())); Raw(known) != 0) {
-    return {known, true};
+  if (CleanString(cleaned.get(), name) > cleaned.get() + AttributeDatabase::kLongestString) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: name \"%s\" dropped: too long for the cache\n", name));
+    return {};
   }
-  return {database.AddString(StringArray::Names, std::move(cleaned)), false};
+  return {database.AddString(StringArray::Names, std::move(cleaned), key.Hash), false};
 }
 
 InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text, size_t byteLength) {
-  const size_t length = StringLength(text);
-  if (length > kLongestDisplayText) {
+  TextKey key(text);
+  if (key.Length > kLongestDisplayText) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: longer than %d characters\n", text,
            static_cast<int>(kLongestDisplayText)));
     return {};
   }
-  std::array<CHAR16, kLongestDisplayText + 1> cleaned{};
-  CleanString(cleaned.data(), text);
-  if (const StringHandle known = database.FindString(StringArray::Display, ViewOf(cleaned.data())); Raw(known) != 0) {
+  if (const StringHandle known = database.FindString(StringArray::Display, key); Raw(known) != 0) {
     return {known, true};
   }
-  // The kept length follows the text before cleaning; the zeroed buffer supplies the tail.
-  const size_t kept = std::min(byteLength == 0 ? length * sizeof(CHAR16) : byteLength, sizeof(cleaned));
-  PoolPtr<CHAR16[]> copy = CopyUcs2(cleaned.data(), kept);
-  if (!copy) {
+  PoolPtr<CHAR16[]> cleaned = AllocateZeroedArray<CHAR16>(key.Length + 1);
+  if (!cleaned) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: out of memory\n", text));
     return {};
   }
-  return {database.AddString(StringArray::Display, std::move(copy)), false};
+  CleanString(cleaned.get(), text);
+  const size_t length = key.Length * sizeof(CHAR16);
+  if (byteLength != 0 && byteLength < length) {
+    ZeroMem(reinterpret_cast<std::byte*>(cleaned.get()) + byteLength, length - byteLength);
+    key = TextKey(cleaned.get());
+  }
+  return {database.AddString(StringArray::Display, std::move(cleaned), key.Hash), false};
 }
 
 InternedString InternDistinctDisplayString(AttributeDatabase& database, const CHAR16* text) {

@@ -24,11 +24,10 @@ consteval const CHAR16* operator""_ucs2() {
 using Ucs2View = std::span<const CHAR16>;
 
 constexpr size_t StringLength(const CHAR16* text) {
-  size_t length = 0;
-  while (text[length] != 0) {
-    ++length;
+  const CHAR16* end = text;
+  while (*end++ != 0) {
   }
-  return length;
+  return static_cast<size_t>(end - 1 - text);
 }
 
 constexpr size_t AsciiLength(const CHAR8* text) {
@@ -93,21 +92,62 @@ class TextWriter {
   std::span<CHAR16> rest_;
 };
 
-/// Copies `source` without leading blanks and without every character whose bit 7 is set, and terminates the copy.
-/// Readers of the tables depend on exactly this test: U+00E9 goes, U+0142 stays. `destination` has room for `source`.
+/// What a stored text leaves out: leading blanks, and every character whose bit 7 is set. Readers of the tables depend
+/// on exactly this test: U+00E9 goes, U+0142 stays.
+constexpr const CHAR16* SkipBlanks(const CHAR16* text) {
+  while (*text == ' ') {
+    ++text;
+  }
+  return text;
+}
+constexpr bool IsKept(CHAR16 character) {
+  return (character & 0x80) == 0;
+}
+
+/// Copies `source` without what a stored text leaves out, and terminates the copy. `destination` has room for `source`.
 /// Returns the terminator of the copy; a null argument does nothing and gives null.
 constexpr CHAR16* CleanString(CHAR16* destination, const CHAR16* source) {
   if (destination == nullptr || source == nullptr) {
     return nullptr;
   }
-  while (*source == ' ') {
-    ++source;
-  }
-  for (; *source != 0; ++source) {
-    if ((*source & 0x80) == 0) {
+  for (source = SkipBlanks(source); *source != 0; ++source) {
+    if (IsKept(*source)) {
       *destination++ = *source;
     }
   }
   *destination = 0;
   return destination;
 }
+
+/// What a text is found by, its clean copy not made: equal copies have equal hashes.
+struct TextKey {
+  const CHAR16* Start;  // behind the leading blanks
+  size_t Length;        // characters of the text as it stands
+  UINT32 Hash = 0;
+
+  constexpr explicit TextKey(const CHAR16* text) : Start(SkipBlanks(text)) {
+    const CHAR16* next = Start;
+    while (const UINT32 character = *next++) {
+      if (IsKept(static_cast<CHAR16>(character))) {
+        Hash = Hash * 33 ^ character;
+      }
+    }
+    Length = static_cast<size_t>(next - 1 - text);
+  }
+
+  /// Whether CleanString makes `clean` of the text.
+  [[nodiscard]] constexpr bool Matches(const CHAR16* clean) const {
+    for (const CHAR16* next = Start;;) {
+      const CHAR16 character = *next++;
+      if (!IsKept(character)) {
+        continue;
+      }
+      if (*clean++ != character) {
+        return false;
+      }
+      if (character == 0) {
+        return true;
+      }
+    }
+  }
+};

@@ -64,7 +64,7 @@ TEST_F(InterningTest, StarsKeepDisplayTextsApart) {
   EXPECT_EQ(distinct(u"Mode"), Interned(17, true));
   EXPECT_EQ(distinct(u"Mode"), Interned(18, true));
   EXPECT_EQ(Stored(StringArray::Display, 18), Ucs2(u"**Mode"));
-  EXPECT_EQ(Ucs2String(database.GetDisplayString(StringHandle{18}).Text), Ucs2(u"Mode"));
+  EXPECT_EQ(Ucs2String(database.GetDisplayString(StringHandle{18})), Ucs2(u"Mode"));
   const std::u16string longest(174, u'x');
   EXPECT_EQ(distinct(longest), Interned(19, false));
   EXPECT_EQ(distinct(longest), Interned(0, true));  // there is no room for a star

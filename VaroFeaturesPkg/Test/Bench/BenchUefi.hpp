@@ -1,0 +1,48 @@
+/** @file
+  BenchUefi: as much of a UEFI as the database needs, with next to no cost of its own; and the marks of a stretch whose
+  instructions are counted.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "uefi/Edk2.hpp"
+
+using Bytes = std::vector<std::byte>;
+
+/// Pool that is never used again, so that it costs next to nothing; variables in memory, a firmware version.
+class BenchUefi {
+ public:
+  BenchUefi();
+
+  std::map<std::u16string, Bytes> Variables;
+  size_t PoolInUse = 0;  ///< bytes
+  size_t PoolPeak = 0;
+
+ private:
+  EFI_STATUS Allocate(size_t size, void** block);
+
+  std::byte* arena_ = nullptr;
+  size_t arenaUsed_ = 0;
+  EFI_BOOT_SERVICES bootServices_{};
+  EFI_RUNTIME_SERVICES runtimeServices_{};
+};
+
+/// Marks a stretch, and prints "label NUMBER WHAT": the counter gives its instructions by the number.
+void BeginCount(const std::string& what);
+void EndCount();
+
+template <typename Stretch>
+auto Count(const std::string& what, Stretch&& stretch) {
+  struct Marks {
+    explicit Marks(const std::string& label) { BeginCount(label); }
+    ~Marks() { EndCount(); }
+  };
+  const Marks marks(what);
+  return stretch();
+}

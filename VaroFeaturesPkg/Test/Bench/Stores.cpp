@@ -1,0 +1,140 @@
+/** @file
+  Generated stores.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+#include "Bench/Stores.hpp"
+
+#include <random>
+
+#include "sources/Interning.hpp"
+
+namespace {
+
+using Text = std::basic_string<CHAR16>;
+
+constexpr size_t kValuesPerEnumeration = 4;
+
+std::vector<Text> WordsOf(const AttributeDatabase& model, StringArray array) {
+  std::vector<Text> words;
+  for (UINT16 handle = kFirstHandle; handle < model.StringLimit(array); ++handle) {
+    const CHAR16* const text = model.StoredText(array, StringHandle{handle});
+    Text word;
+    for (const CHAR16 character : text != nullptr ? ViewOf(text) : Ucs2View{}) {
+      word += character;
+      if (character == ' ') {
+        words.push_back(std::exchange(word, {}));
+      }
+    }
+    if (!word.empty()) {
+      words.push_back(word += ' ');
+    }
+  }
+  return words;
+}
+
+class Writer {
+ public:
+  explicit Writer(const AttributeDatabase& model)
+      : displayWords_(WordsOf(model, StringArray::Display)), helpWords_(WordsOf(model, StringArray::Help)) {}
+
+  Text Prompt() { return Sentence(displayWords_, 2 + random_() % 3, 2); }
+  Text Help() { return Sentence(helpWords_, 6 + random_() % 24, 6); }
+  Text Name() {
+    Text name = Sentence(displayWords_, 2 + random_() % 2, 1);
+    std::erase(name, CHAR16{' '});
+    return name;
+  }
+
+  /// Interns texts until one is new, so that as many come together as are asked for.
+  template <typename Make, typename Intern>
+  StringHandle New(Make make, Intern intern) {
+    for (;;) {
+      if (const InternedString interned = intern(make().c_str()); !interned.AlreadyPresent) {
+        return interned.Handle;
+      }
+    }
+  }
+
+ private:
+  /// Runs of neighbouring words, as a language repeats its phrases.
+  Text Sentence(const std::vector<Text>& words, size_t length, size_t longestRun) {
+    Text sentence;
+    while (length > 0) {
+      const size_t run = std::min<size_t>(1 + random_() % longestRun, length);
+      const size_t start = random_() % (words.size() - run);
+      for (size_t i = 0; i < run; ++i) {
+        sentence += words[start + i];
+      }
+      length -= run;
+    }
+    sentence.pop_back();
+    return sentence;
+  }
+
+  std::vector<Text> displayWords_;
+  std::vector<Text> helpWords_;
+  std::mt19937 random_{20260101};
+};
+
+template <typename Record>
+void Add(AttributeDatabase& database, AttributeType type, size_t number, StringHandle name, const Record& filled) {
+  AttributeRecord head{};
+  head.Type = static_cast<UINT8>(type);
+  head.NameHandle = Raw(name);
+  head.ValueSize = 1;
+  head.Token = static_cast<UINT32>(0x1000 + number);
+  OwnedRecord<AttributeRecord> record = MakeAttribute(head);
+  CopyMem(record.get() + 1, reinterpret_cast<const std::byte*>(&filled) + sizeof(head), sizeof(Record) - sizeof(head));
+  database.AddAttribute(std::move(record));
+}
+
+}  // namespace
+
+void GenerateStore(AttributeDatabase& database, const AttributeDatabase& model, size_t attributes, size_t texts) {
+  Writer writer(model);
+  const auto newName = [&] {
+    return writer.New([&] { return writer.Name(); }, [&](const CHAR16* t) { return InternAttributeName(database, t); });
+  };
+  std::vector<StringHandle> names;
+  for (size_t i = 0; i < texts; ++i) {
+    names.push_back(newName());
+    const StringHandle display = writer.New([&] { return writer.Prompt(); },
+                                            [&](const CHAR16* text) { return InternDisplayString(database, text); });
+    SetHelpString(database, writer.Help().c_str(), display);
+  }
+  for (size_t i = 0; i < attributes; ++i) {
+    const StringHandle name = names[i * texts / attributes];
+    if (i % 4 == 3) {
+      IntegerRecord integer{};
+      integer.UpperBound = 100 + i;
+      integer.ScalarIncrement = 1;
+      integer.CurrentValue = i % 100;
+      Add(database, AttributeType::Integer, i, name, integer);
+      continue;
+    }
+    EnumerationRecord enumeration{};
+    enumeration.PossibleValueCount = kValuesPerEnumeration;
+    enumeration.PossibleValueNames = static_cast<UINT16*>(AllocateZeroedBytes(kValuesPerEnumeration, sizeof(UINT16)));
+    enumeration.PossibleValues = static_cast<UINT64*>(AllocateZeroedBytes(kValuesPerEnumeration, sizeof(UINT64)));
+    for (size_t value = 0; value < kValuesPerEnumeration; ++value) {
+      // Most have the values of many others, as "Disabled" and "Enabled" are.
+      const size_t first = i % 3 == 0 ? i * kValuesPerEnumeration : i % 5 * kValuesPerEnumeration;
+      enumeration.PossibleValueNames[value] = Raw(names[(first + value) % names.size()]);
+      enumeration.PossibleValues[value] = value;
+    }
+    enumeration.CurrentIndex = static_cast<UINT8>(i % kValuesPerEnumeration);
+    Add(database, AttributeType::Enumeration, i, name, enumeration);
+  }
+  database.ReleaseIndexes();
+}
+
+void FreeStore(const AttributeDatabase& database) {
+  AttributeStore* const store = database.Store();
+  for (size_t slot = 0; slot < ATTRIBUTE_STORE_SLOT_COUNT; ++slot) {
+    slot < ATTRIBUTE_STORE_HANDLE_LIMIT ? FreeRecord(static_cast<AttributeRecord*>(store->Slots[slot]))
+                                        : FreeBlock(store->Slots[slot]);
+  }
+  FreeBlock(store);
+}

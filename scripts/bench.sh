@@ -1,0 +1,73 @@
+# @file
+# Benchmarks: the database's routines against references out of EDK II, and the driver's own work in a boot. Instructions
+# are counted by QEMU, so that they repeat.
+#
+# Copyright (c) 2026, Corvane contributors
+# SPDX-License-Identifier: BSD-2-Clause-Patent
+# shellcheck shell=bash
+
+readonly BENCH="$BUILD/bench"
+readonly BENCH_COUNTER="$BENCH/host/libinstruction_counter.so"
+
+# The processor whose instructions are counted, in user mode and in the notebook.
+readonly BENCH_PROCESSOR=cortex-a57
+
+build_bench() {
+  local source="$ROOT/VaroFeaturesPkg/Test/Bench" name
+  local -a cross=(-DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR=aarch64
+    -DCMAKE_C_COMPILER=aarch64-linux-gnu-gcc -DCMAKE_CXX_COMPILER=aarch64-linux-gnu-g++)
+  for name in aarch64 host; do
+    [[ $name == aarch64 ]] || cross=()
+    if ! stamp_is "bench-$name" "$EDK2_DIR" || [[ ! -f $BENCH/$name/build.ninja ]]; then
+      run_logged "bench-cmake-$name" "Configuring the benchmarks ($name)" \
+        cmake -S "$source" -B "$BENCH/$name" -G Ninja -DEDK2_DIR="$EDK2_DIR" "${cross[@]}"
+      set_stamp "bench-$name" "$EDK2_DIR"
+    fi
+    run_logged "bench-$name" "Building the benchmarks ($name)" cmake --build "$BENCH/$name"
+  done
+}
+
+# measure_database VARS: on the lists of the cache that a boot left in its variable flash, and on generated stores.
+measure_database() {
+  python3 "$ROOT/scripts/bench.py" lists "$1" "$BENCH/lists" || die 'the boot left no attribute cache'
+  run_counted aarch64 qemu-aarch64 -cpu "$BENCH_PROCESSOR"
+  run_counted host qemu-x86_64
+}
+
+# Environment and folder would show in the stack's alignment.
+run_counted() {
+  local name=$1
+  shift
+  (cd "$BENCH/lists" && env -i PATH=/usr/bin:/bin "$@" -plugin "$BENCH_COUNTER,output=$BENCH/$name.counts" \
+    "../$name/corvane_bench" . >"$BENCH/$name.labels") || die "the benchmarks ($name) failed"
+}
+
+# measure_boots: instructions on each page of memory, from power-on to power-off.
+measure_boots() {
+  local boot=cold
+  local -a options=()
+  for boot in cold warm; do
+    boot "bench/$boot" RELEASE "${options[@]}" --file "$(firmware_output RELEASE)/AARCH64/AttributeDump.efi" \
+      --command 'AttributeDump -i >a driver.txt' --qemu -plugin --qemu "$BENCH_COUNTER,output=$BENCH/$boot.pages"
+    options=(--vars "$OUT/bench/cold/vars.fd")
+  done
+}
+
+# What repeats without firmware of its own: the bounds of the database and of the image's size.
+check_bench() {
+  say '==> Benchmarks: the bounds'
+  measure_database "$(vars_of cold)"
+  mkdir -p "$OUT/bench"
+  if report_bench --image "$(firmware_output RELEASE)/AARCH64/CorvaneDxe.debug"; then
+    count_results 1 0
+  else
+    complain 'a benchmark misses its bound'
+    count_results 0 1
+    return 1
+  fi
+}
+
+# report_bench [OPTION OF bench.py]...
+report_bench() {
+  python3 "$ROOT/scripts/bench.py" table "$BENCH" "$OUT/bench.json" "$@"
+}
