@@ -130,16 +130,17 @@ TEST(InspectTest, TheStreamIsFollowedUpToItsLastSlot) {
 std::optional<Image> Examine(const Out& capture, bool inFull) {
   try {
     Image image = DecodeImage(capture);
+    const Pairing pairing = PairTexts(image);
     std::ostringstream out;
     for (const AttributeEntry& attribute : image.Attributes.Entries) {
       if (inFull) {
-        ShowOne(image, attribute, out);
+        ShowOne(image, pairing, attribute, out);
       }
     }
     if (inFull) {
       ShowFill(image, Style(true), out);
       ShowTexts(image, Style(true), out);
-      EXPECT_TRUE(nlohmann::json::accept(ImageAsJson(image)));
+      EXPECT_TRUE(nlohmann::json::accept(ImageAsJson(image, pairing)));
     }
     return image;
   } catch (const UnusableInput& unusable) {
