@@ -84,6 +84,8 @@ void FakeUefi::Reboot() {
   Measurements.clear();
   calls_.clear();
   faults_.clear();
+  allCalls_ = 0;
+  failingCalls_.clear();
   LookupStatus.clear();
   SetConfigurationTable({});
   LoadedImage = {};
@@ -105,7 +107,19 @@ size_t FakeUefi::Calls(Service service) const {
   return found == calls_.end() ? 0 : found->second;
 }
 
+void FakeUefi::FailCalls(const std::set<size_t>& calls) {
+  failingCalls_.clear();
+  for (const size_t call : calls) {
+    failingCalls_.insert(allCalls_ + call);
+  }
+}
+
 EFI_STATUS FakeUefi::Enter(Service service) {
+  if (failingCalls_.contains(++allCalls_)) {
+    const bool wantsRoom =
+        service == Service::Allocation || service == Service::VariableWrite || service == Service::Registration;
+    return wantsRoom ? EFI_OUT_OF_RESOURCES : EFI_DEVICE_ERROR;
+  }
   const size_t call = ++calls_[service];
   const auto fault = faults_.find(service);
   const bool fails =

@@ -67,6 +67,9 @@ class FakeUefi {
   /// Makes the nth call from now of a kind, counted from 1, give `status`; with Later::Fail all after it, too.
   void Fail(Service service, size_t nth, EFI_STATUS status, Later later = Later::Succeed);
   [[nodiscard]] size_t Calls(Service service) const;
+  /// Makes these calls fail as their services usually do, counted from now over all kinds.
+  void FailCalls(const std::set<size_t>& calls);
+  [[nodiscard]] size_t AllCalls() const { return allCalls_; }
   /// Counts one call; the status that it fails with, or EFI_SUCCESS.
   [[nodiscard]] EFI_STATUS Enter(Service service);
 
@@ -178,6 +181,8 @@ class FakeUefi {
 
   std::map<Service, size_t> calls_;
   std::map<Service, Fault> faults_;
+  size_t allCalls_ = 0;
+  std::set<size_t> failingCalls_;
   std::map<const void*, size_t> pool_;
   std::set<void*> pages_;
 

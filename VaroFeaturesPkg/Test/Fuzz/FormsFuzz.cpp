@@ -66,7 +66,7 @@ void AddQuestion(std::uint8_t kind, FuzzInput& input, FakeNotebook& notebook) {
     const auto highest = input.Take<std::uint32_t>();
     question.Bounds(lowest, highest, input.Take());
   }
-  for (auto options = opcode == EFI_IFR_ONE_OF_OP ? input.Take() : 0; options > 0; --options) {
+  for (auto options = opcode == EFI_IFR_ONE_OF_OP ? input.Take() << (kind >> 5 & 1) : 0; options > 0; --options) {
     const auto value = input.Take<std::uint16_t>();
     const std::u16string name = input.Text();
     question.Option(value, name, input.Text());

@@ -121,6 +121,13 @@ Bytes FormsOf(const Bytes& table, std::map<UINT16, std::string>& names, UINT16 q
   return forms;
 }
 
+/// One numeric question 251 times, with a help text that soon fills the table.
+Bytes FullForms() {
+  const std::string help(120, 'h');
+  return Join(UINT8{0}, UINT8{0}, UINT16{0}, UINT8{2 | 0x10}, UINT16{400}, Text("Volume"), Text("Volume"), UINT8{0xE8},
+              Text(help), UINT8{1}, UINT32{0}, UINT16{0}, UINT32{100}, UINT8{1}, UINT8{250});
+}
+
 Bytes BootOptions() {
   const Bytes path = FakeBootOption::Bbs(2);
   return Join(UINT32{2}, UINT16{1}, UINT16{0}, UINT32{1}, U16(path.size()), u"Disk", UINT16{0}, path, UINT32{0},
@@ -201,6 +208,7 @@ int main(int count, char** arguments) {
   seeds.Write("AccessFuzz", "chunked", Join(tables, UINT8{40}, Block(Cut(help, 2000)), display, AccessOperations()));
 
   seeds.Write("FormsFuzz", "setup", FormsOf(records[TRANSPORT_RECORD_ATTRIBUTES], names, 20));
+  seeds.Write("FormsFuzz", "full", FullForms());
   seeds.Write("PlatformFuzz", "plain",
               Join(UINT8{0}, Block(Join("en-US", UINT8{0})), Text("1.2.3"), Block(BootOptions()), UINT8{2},
                    Text("CAM-A"), Text("CAM-B"), Bytes(200, 0x10)));

@@ -10,7 +10,7 @@ AccessFixture* AccessFixture::current_ = nullptr;
 
 AccessFixture::AccessFixture() {
   current_ = this;
-  uefi.Install(gVaroRequestDispatchProtocolGuid, &dispatch_);
+  uefi.Install(gVaroRequestDispatchProtocolGuid, &dispatch);
   tables[0] = {0, 0, Join(Entry(16, std::string_view("Fan")), Entry(17, std::string_view("Asset[RegEx:^x$]")))};
   tables[1] = {1, 0, {}};
   tables[2] = {2, 0, {}};
@@ -27,6 +27,17 @@ void AccessFixture::Forget() {
   }
   sent_.clear();
   announced_.clear();
+  replaced.clear();
+  seen_ = {};
+}
+
+void AccessFixture::NoteReplaced() {
+  for (size_t i = 0; i < kServiceTables; ++i) {
+    const std::byte* const before = std::exchange(seen_[i], mAccess.Tables[i].Block);
+    if (before != nullptr && before != seen_[i]) {
+      replaced.insert(before);
+    }
+  }
 }
 
 std::vector<Bytes> AccessFixture::Sent(UINT16 requestClass, UINT16 select) const {
@@ -50,6 +61,10 @@ EFI_STATUS EFIAPI AccessFixture::Dispatch(DispatchDescriptor* descriptor) {
   EXPECT_EQ(BytesAt(request.Results, 16), Join(U32(0xFFFFFFFD), Bytes(12)));
   AccessFixture& self = *current_;
   self.sent_.push_back(Buffer());
+  self.NoteReplaced();
+  if (const EFI_STATUS status = self.uefi.Enter(Service::PlatformCall); status != EFI_SUCCESS) {
+    return status;
+  }
   request.Results[0] = 0;
   if (request.Class != REQUEST_CLASS_ATTRIBUTES) {
     self.AnswerPassword(request);

@@ -60,6 +60,7 @@ class AccessFixture : public testing::Test {
 
   FakeUefi uefi;
   AttributeAccessProtocol* protocol = nullptr;
+  RequestDispatchProtocol dispatch{Dispatch};
 
   // The service.
 
@@ -76,6 +77,8 @@ class AccessFixture : public testing::Test {
   std::map<UINT16, std::string> passwords;         ///< of class 9 and 10; its key is 0xC0DE0000 + class
   size_t chunkSize = kSize - kPayload;             ///< of chunked tables
   std::function<EFI_STATUS(RequestBlock&)> after;  ///< may change the answer, and says the dispatch's status
+  std::set<const void*> replaced;  ///< blocks that a later fetch took the place of, which by rule are not freed
+  void NoteReplaced();
 
  private:
   static EFI_STATUS EFIAPI Dispatch(DispatchDescriptor* descriptor);
@@ -85,7 +88,8 @@ class AccessFixture : public testing::Test {
   void AnswerPassword(RequestBlock& request);
 
   static AccessFixture* current_;
-  RequestDispatchProtocol dispatch_{Dispatch};
+
   std::vector<Bytes> sent_;
   std::set<UINT8> announced_;
+  std::array<const std::byte*, kServiceTables> seen_{};
 };
