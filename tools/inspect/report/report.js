@@ -17,7 +17,9 @@
 
   function showHead() {
     const head = data.older === null ? data.input : `${data.input}, compared with ${data.older}`;
-    byId('inputs').append(head, make('br'), `${data.attributes.length} attributes, ${data.findings.length} finding${data.findings.length === 1 ? '' : 's'}`);
+    const notes = data.findings.filter((finding) => finding.note).length;
+    byId('inputs').append(head, make('br'),
+      `${data.attributes.length} attributes · findings: ${data.findings.length - notes} · notes: ${notes}`);
     for (const section of document.querySelectorAll('main > section:not([hidden])')) {
       byId('sections').append(make('a', {href: '#' + section.id}, section.querySelector('h2').textContent));
     }

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -56,8 +57,9 @@ class ByteWriter {
 
   template <typename T>
   void Put(const T& value) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&value);
-    Content.insert(Content.end(), bytes, bytes + sizeof(T));
+    const std::size_t at = Content.size();
+    Content.resize(at + sizeof(T));
+    std::memcpy(Content.data() + at, &value, sizeof(T));
   }
 
   std::vector<std::uint8_t> Content;

@@ -245,7 +245,8 @@ class Exporter {
   }
 
   // One entry for each attribute whose change can turn it, all with the whole expression: any of the conditions holds.
-  void AddDependency(const CatalogAttribute& attribute, const CatalogName& name, const char* property, const Json& target) {
+  void AddDependency(const CatalogAttribute& attribute, const CatalogName& name, const char* property,
+                     const Json& target) {
     Json from = Json::array();
     std::vector<std::string> triggers;
     for (const Annotation& annotation : name.Annotations) {
