@@ -23,7 +23,8 @@ scenario_inspect_lint() {
   check 'there is nothing to complain of in the default notebook' lint_says cold 0 '^0 findings'
   check 'nor in a store that is full to the brim' lint_says brim 0 '^0 findings'
   for table in strings attributes values display help; do
-    check "of the overfull $table table, the capture tells how many entries are lost, and from which on" cut_is_told "$table"
+    check "of the overfull $table table, the capture tells how many entries are lost, and from which on" \
+      cut_is_told "$table"
     check "with the flash image, what they are and how many bytes too many" cut_is_named "$table"
   done
   check 'questions past the limit are told' lint_says crowd 1 '^finding: attribute-limit: '

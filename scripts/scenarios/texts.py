@@ -3,10 +3,10 @@
 #
 #   texts.py FORMS LANGUAGE < ATTRIBUTES
 #
-# FORMS is the folder with the VFR and UNI sources, ATTRIBUTES what `inspect show --json` printed. The sources say what a
-# question's texts are; the driver's rules, gone through here in the order of the attributes, what becomes of them: blanks
-# and characters with bit 7 dropped, the suffix of switches, over-long texts left out, texts that are there already told
-# apart by stars, which readers do not see, and then without their help.
+# FORMS is the folder with the VFR and UNI sources, ATTRIBUTES what `inspect show --json` printed. The sources say what
+# a question's texts are; the driver's rules, gone through here in the order of the attributes, what becomes of them:
+# blanks and characters with bit 7 dropped, the suffix of switches, over-long texts left out, texts that are there
+# already told apart by stars, which readers do not see, and then without their help.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -53,7 +53,8 @@ def read_strings(path):
     """{token: {language: text}}"""
     strings = {}
     token = language = None
-    for word in re.finditer(r'//[^\n]*|#string\s+(\w+)|#language\s+([\w-]+)|"((?:[^"\\]|\\.)*)"', path.read_text("utf-8")):
+    words = r'//[^\n]*|#string\s+(\w+)|#language\s+([\w-]+)|"((?:[^"\\]|\\.)*)"'
+    for word in re.finditer(words, path.read_text("utf-8")):
         if word[1]:
             token = word[1]
         elif word[2]:
@@ -73,7 +74,8 @@ class FormSet:
         self.questions = {}  # identifier: kind, prompt, help, options
         kinds = "CHECKBOX|NUMERIC|STEPPED_NUMERIC|TEXT|ONE_OF"
         macro = rf"\b({kinds})\s*\(\s*(\d+)\s*,\s*[^,]+,\s*{TOKEN}\s*,\s*{TOKEN}"
-        plain = rf"\b(oneof|checkbox|numeric|string)\b[^;]*?questionid\s*=\s*(\d+)\s*,[^;]*?prompt\s*=\s*{TOKEN}\s*,\s*help\s*=\s*{TOKEN}"
+        plain = r"\b(oneof|checkbox|numeric|string)\b[^;]*?questionid\s*=\s*(\d+)\s*,[^;]*?"
+        plain += rf"prompt\s*=\s*{TOKEN}\s*,\s*help\s*=\s*{TOKEN}"
         for found in [*re.finditer(macro, text), *re.finditer(plain, text)]:
             kind, identifier, prompt, _, help_token, _ = found.groups()
             listed = kind in ("ONE_OF", "oneof")
@@ -150,7 +152,8 @@ def main(folder, language):
         title = form_set.text(form_set.title, language, language)
         titles[clean(title.replace(" ", ""))] = form_set
     attributes = json.load(sys.stdin)["attributes"]
-    members = {handle: titles[a["name"]] for a in attributes if a["type"] == "collection" for handle in a["current"]["members"]}
+    collections = [attribute for attribute in attributes if attribute["type"] == "collection"]
+    members = {handle: titles[a["name"]] for a in collections for handle in a["current"]["members"]}
 
     store = Store()
     wrong = helped = starred = 0
@@ -159,7 +162,8 @@ def main(folder, language):
         handle = attribute["handle"]
         if handle in members:
             form_set = members[handle]
-            expected = expected_of_question(store, form_set, form_set.questions[attribute["token"]], attribute, language)
+            question = form_set.questions[attribute["token"]]
+            expected = expected_of_question(store, form_set, question, attribute, language)
         elif attribute["type"] == "collection":
             title = titles[attribute["name"]]
             stored, _ = store.enter(title.text(title.title, language, language), False)
@@ -176,7 +180,8 @@ def main(folder, language):
         starred += sum(1 for other in attributes if other["display"] == attribute["display"]) > 1
         if (attribute["display"], attribute["help"]) != expected[:2] or not same:
             wrong += 1
-            print(f"{handle} {attribute['name']}: {attribute['display']!r} {attribute['help']!r} {values}, not {expected}")
+            print(f"{handle} {attribute['name']}: {attribute['display']!r} {attribute['help']!r} {values},")
+            print(f"    not {expected}")
     print(f"{len(attributes)} attributes, {helped} with help, {starred} sharing a text; {wrong} wrong")
     return 0 if wrong == 0 and attributes else 1
 
