@@ -81,8 +81,11 @@ scenario_inspect_cache() {
   check 'a store without help texts is partial' verdict_is no-help partial
   check 'a limit below the help texts makes it partial' verdict_is cold partial --limit 4200
   check 'a store that took nothing has no cache' verdict_is full absent
-  for variable in PldmString DispString HelpString; do
+  # A flipped bit in the names can give other names, which nobody can tell.
+  for variable in DispString HelpString; do
     check "a flipped bit in $variable is corrupt" verdict_is "$variable-flip" corrupt
+  done
+  for variable in PldmString DispString HelpString; do
     check "a truncated $variable is corrupt" verdict_is "$variable-truncate" corrupt
   done
   check 'the padded image that QEMU takes reads alike' padded_alike cold
