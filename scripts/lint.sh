@@ -37,7 +37,7 @@ lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-f
 lint_licence() {
   local unmarked
   unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \) -prune -o -type f \
-    ! -name '*.md' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' ! -name .clang-format \
+    ! -name '*.md' ! -name '*.png' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' ! -name .clang-format \
     ! -name .clang-tidy -print0 |
     xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
   [[ -z $unmarked ]] || { say "without a licence line:" "$unmarked"; return 1; }

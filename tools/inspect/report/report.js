@@ -1,4 +1,8 @@
-// Puts the page of `inspect report` together from its data. Text of a capture enters as text alone, never as markup.
+/* @file
+   Puts the page of `inspect report` together from its data. Text of a capture enters as text alone, never as markup.
+
+   Copyright (c) 2026, Corvane contributors
+   SPDX-License-Identifier: BSD-2-Clause-Patent */
 'use strict';
 (() => {
   const data = JSON.parse(document.getElementById('data').textContent);
