@@ -37,15 +37,15 @@ lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-f
 lint_licence() {
   local unmarked
   unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \) -prune -o -type f \
-    ! -name '*.md' ! -name '*.png' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' ! -name .clang-format \
-    ! -name .clang-tidy -print0 |
+    ! -name '*.md' ! -name '*.png' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' \
+    ! -name .clang-format ! -name .clang-tidy -print0 |
     xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
   [[ -z $unmarked ]] || { say "without a licence line:" "$unmarked"; return 1; }
 }
 
-# Each due source and its stamp. What only tests is left out: its frameworks take the linter longer than
-# all else together, and the compilers' warnings are errors there. A source is looked at again when it, a header or the configuration has changed since it
-# was found clean. Sources outside the host build have no compile command and are left to the firmware's compiler.
+# Each due source and its stamp. What only tests is left out: its frameworks take the linter longer than all else together,
+# and the compilers' warnings are errors there. A source is looked at again when it, a header or the configuration has
+# changed since it was found clean. Sources outside the host build have no compile command and are left to the firmware's compiler.
 sources_to_tidy() {
   local newest source stamp
   newest=$({ cxx_sources '*.h*'; echo "$ROOT/.clang-tidy"; } | xargs ls -t 2>/dev/null | head -n 1)
