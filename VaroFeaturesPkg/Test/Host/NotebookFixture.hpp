@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeUefi/FakeNotebook.hpp"
+#include "FakeUefi/KeptBlocks.hpp"
 #include "Host/StoreBuilder.hpp"
 #include "Host/TestBytes.hpp"
 #include "lifecycle/DriverState.hpp"

@@ -5,7 +5,6 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include "FakeUefi/KeptBlocks.hpp"
 #include "Host/NotebookFixture.hpp"
 
 namespace {
