@@ -356,6 +356,7 @@ class CatalogDiff {
 
   void CompareOrder(const std::vector<std::pair<std::size_t, std::size_t>>& members) {
     std::vector<std::size_t> order;
+    order.reserve(members.size());
     std::vector<std::size_t> sorted;
     for (const auto& [before, after] : members) {  // in the newer order
       order.push_back(before);
