@@ -53,7 +53,11 @@ class ByteWriter {
     }
   }
   void Reserved(std::size_t count) { Content.resize(Content.size() + count); }
-  void Append(const auto& bytes) { Content.insert(Content.end(), bytes.begin(), bytes.end()); }
+  void Append(const auto& bytes) {
+    for (const auto element : bytes) {
+      Content.push_back(static_cast<std::uint8_t>(element));
+    }
+  }
 
   template <typename T>
   void Put(const T& value) {
