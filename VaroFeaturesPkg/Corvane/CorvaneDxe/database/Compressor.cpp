@@ -166,7 +166,7 @@ class Encoder {
  private:
   [[nodiscard]] UINT16 Byte(UINT32 position) const { return std::to_integer<UINT16>(source_[position]); }
 
-  /// Of five bytes, in three steps: most of the bytes of a text are zero, so neighbours go in together.
+  /// Of five bytes: most of the bytes of a text are zero, so neighbours go through the CRC together.
   [[nodiscard]] UINT32 Hash(const std::byte* bytes) const {
     UINT32 pairs = Load<UINT32>(bytes);
     pairs ^= pairs >> 8;
