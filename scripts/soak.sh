@@ -14,7 +14,7 @@ run_soak() {
   SCENARIO_GROUP=soak INSPECT="$OUT/inspect"
   soak_boot fresh || return
   soak_boot fresh-warm --vars "$(vars_of fresh)" || return
-  run_side_by_side cuts_in_cold_boot cuts_in_rebuild cuts_in_change life
+  run_side_by_side cuts_in_cold_boot cuts_in_rebuild cuts_in_change cuts_in_later_change life
   say "    all in $(seconds_since "$start") s"
   ((FAILED == 0))
 }
@@ -43,6 +43,14 @@ scenario_cuts_in_rebuild() {
 scenario_cuts_in_change() {
   soak_boot cut-change --vars "$(vars_of fresh-warm)" --flash-log yes --command "$CHANGE" || return
   cut_power cut-change "$(vars_of fresh-warm)" AttCacheStatus 20
+}
+
+# A change of a notebook whose cache was written over: what lies where in the store is not what it is after a first boot.
+scenario_cuts_in_later_change() {
+  soak_boot changed-once --vars "$(vars_of fresh-warm)" --command "$CHANGE" || return
+  soak_boot rebuilt --vars "$(vars_of changed-once)" || return
+  soak_boot cut-later --vars "$(vars_of rebuilt)" --flash-log yes --command 'attr set ChargeStart 50' || return
+  cut_power cut-later "$(vars_of rebuilt)" AttCacheStatus 20
 }
 
 # cut_power BOOT FLASH VARIABLE COUNT: lets the power fail at that many moments of the boot, which began with this

@@ -99,12 +99,13 @@ EFI_STATUS WriteVersion() {
 }  // namespace
 
 EFI_STATUS WriteCache(const AttributeDatabase& database) {
+  // No list of an earlier version may stand under the new one. And the version, which is written last, has to lie last
+  // as well: a flash driver that rewrites its block loses the end of the store when the power fails.
+  IgnoreStatus(DeleteCache());
   for (const CachedStrings& kind : kCachedStrings) {
     if (const EFI_STATUS status = WriteStringVariable(database, kind); EFI_ERROR(status)) {
       DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r: the next boot gathers anew\n",
              kind.Variable, status));
-      // No list of an earlier version may stand under the new one; the next restore finds it missing.
-      IgnoreStatus(WriteVariable(kind.Variable, gVaroAttributeVariableGuid, kNonVolatile, {}));
     }
   }
   bool written = !EFI_ERROR(WriteAttributeData(database));

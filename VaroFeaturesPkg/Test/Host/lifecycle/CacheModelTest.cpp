@@ -52,12 +52,12 @@ std::vector<Event> Events() {
       {.Name = "boot, nothing written from the data on",
        .Pass = 2,
        .Kind = Service::VariableWrite,
-       .Nth = 4,
+       .Nth = 10,
        .Later = kLater},
       {.Name = "marked bad", .Changed = kStatus, .Content = '1'},
       {.Name = "marked good", .Changed = kStatus, .Content = '0'},
   };
-  for (const size_t write : {1, 4, 5, 6, 7}) {
+  for (const size_t write : {1, 4, 7, 10, 11, 12, 13}) {
     events.push_back({.Name = "boot, write " + std::to_string(write) + " fails", .Pass = 2, .Nth = write});
   }
   for (const Piece piece : {kVersion, kData, kCounters, kNames}) {
@@ -124,12 +124,12 @@ struct Model {
       Write(piece, kNone);
     }
   }
-  /// A list that cannot be written goes, and the next boot misses it; any other failure takes the whole cache along.
+  /// What was there goes first. The next boot misses a list that cannot be written; any other failure takes the whole
+  /// cache along.
   void WriteAll() {
+    Delete();
     for (const Piece list : {kNames, kDisplay, kHelp}) {
-      if (!Write(list, Running)) {
-        Write(list, kNone);
-      }
+      Write(list, Running);
     }
     bool whole = Write(kData, Running);
     whole = Write(kCounters, Running) && whole;
