@@ -18,8 +18,7 @@ extern "C" {
 
 namespace {
 
-constexpr size_t kLargestTable = 1024;  // sorting the tokens of a larger one takes its time
-constexpr size_t kMostTokens = 41;      // of one structure
+constexpr size_t kLargestTable = 0xFFFF;
 
 /// Pages below 4 GiB, where an entry point's 32-bit address reaches, and one that cannot be read behind them.
 std::uint8_t* EndOfPages() {
@@ -54,8 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
     Require(i == 0 || structure.size() < StructureAt(*info->Walker, i - 1).size(), "structures out of order");
   }
   const std::span tokens(info->Tokens, info->TokenCount);
-  Require(tokens.size() <= kMostTokens * StructureCount(*info->Walker),
-          "more tokens than the structures have room for");
+  Require(tokens.size_bytes() <= entryPoint.TableLength, "more tokens than the table has room for");
   for (size_t i = 0; i < tokens.size(); ++i) {
     const UINT16 id = tokens[i].TokenId;
     Require(id != CALLING_INTERFACE_TOKEN_NONE && id != CALLING_INTERFACE_TOKEN_END, "a token that is none");

@@ -33,7 +33,8 @@ void InsertToken(CallingInterfaceInfo& info, const CallingInterfaceToken& token)
   info.Tokens[place] = token;
 }
 
-/// Goes through the tokens of all structures. Gives their number, and keeps them where there is room for them.
+/// Goes through the tokens of all structures. Gives their number, and keeps them where there is room for them. Ends at
+/// as many as the table has room for: structures that lie in each other would name theirs again and again.
 UINT32 TakeTokens(CallingInterfaceInfo& info) {
   UINT32 count = 0;
   UINT32 cursor = 0;
@@ -51,7 +52,9 @@ UINT32 TakeTokens(CallingInterfaceInfo& info) {
       if (token.TokenId == CALLING_INTERFACE_TOKEN_NONE) {
         continue;
       }
-      ++count;
+      if (++count * sizeof(token) > info.Walker->Table.size()) {
+        return count - 1;
+      }
       if (info.Tokens != nullptr) {
         InsertToken(info, token);
       }

@@ -156,6 +156,14 @@ TEST_F(SmbiosTest, NothingIsReadBeyondTheTable) {
   EXPECT_THAT(Read(Join(ragged, Structure(127, {}))).Tokens, ElementsAre(0x300, 0x501));
 }
 
+TEST_F(SmbiosTest, StructuresInEachOtherHaveNoMoreTokensThanTheTableHasRoomFor) {
+  Bytes table = Structure(1, Bytes(240, 1), "and a string, so that 254 bytes are not more than any structure");
+  while (table.size() < 60000) {
+    table = Join(table, U8(218), U8(254), U16(0));
+  }
+  EXPECT_EQ(Read(table).Tokens.size(), table.size() / 6);
+}
+
 TEST_F(SmbiosTest, WithoutATableOrMemoryThereIsNoAddress) {
   uefi.SetConfigurationTable({});
   for (size_t nth = 1; nth <= 5; ++nth) {
