@@ -8,6 +8,9 @@
 
 #include "FakeUefi/FakeNotebook.hpp"
 
+/// Whether the driver gave a warning that starts like this. Further behind it may quote what it was given.
+[[nodiscard]] bool Warned(const FakeUefi& uefi, std::string_view start);
+
 /// Insists that every table parses to its end and is sealed with its CRC-32, that the directory and the records are of
 /// these tables, and that the stream is the store. A value table that a collection or a fetched string overran is only
 /// looked at from outside, and so is a help table full to its last bytes.
