@@ -4,7 +4,8 @@
 #
 #   used FLASH                 prints how many variables there are, and the bytes that they take
 #   cuts FLASH LOG FROM COUNT  prints "WRITES STAGE" for so many moments at which the power may fail, from the write
-#                              of the variable FROM on: half of them at the edges of stages, the others evenly between
+#                              of the variable FROM on, or from the first write for "-": half of them at the edges of
+#                              stages, the others evenly between
 #   cut FLASH LOG WRITES OUT   makes the flash as it was after so many writes
 #
 # A stage is told by what is in the flash: the driver's variables and the attribute service's, "erased" when there is no
@@ -93,16 +94,21 @@ def spread(numbers, count):
     return {numbers[index * len(numbers) // count] for index in range(count)} if count < len(numbers) else set(numbers)
 
 
-def cuts(flash, log, first, count):
-    moments = list(stages(flash, log))
-    rewriting = ("erased", "rewritten")
+def begin_of(variable, moments):
+    """After how many writes that of the variable begins."""
     begin = next(at for at, (stage, shown) in enumerate(moments)
-                 if stage not in rewriting and shown.get(first) != moments[0][1].get(first))
+                 if stage not in ("erased", "rewritten") and shown.get(variable) != moments[0][1].get(variable))
     # The write that makes a variable valid comes after those of its content.
-    large = len(moments[begin][1][first]) > 256
+    large = len(moments[begin][1][variable]) > 256
     begin -= 2
     while large and begin > 0 and moments[begin][0] != "erased":
         begin -= 1
+    return begin
+
+
+def cuts(flash, log, first, count):
+    moments = list(stages(flash, log))
+    begin = 0 if first == "-" else begin_of(first, moments)
     end = len(moments) - 1
     edges = [at for at in range(begin, end) if moments[at][0] != moments[at + 1][0]]
     edges = sorted({at for edge in edges for at in (edge, edge + 1)})
