@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # @file
 # same-bytes.sh REVISION: boots every scenario with the driver as it is and as it was at a revision, and tells which
-# boots published or cached other bytes. For changes that are to be faster or smaller and nothing else. Not part of
-# ./corvane test: it takes a quarter of an hour.
+# boots published or cached other bytes. For changes that are to be faster or smaller and nothing else. Where the encoder
+# has changed, boots named *-flip differ: their one wrong bit hits another code. Not part of ./corvane test: it takes a
+# quarter of an hour.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -27,9 +28,8 @@ boot_in() {
     prepare_edk2
     build_firmware DEBUG
     rm -rf "$OUT/debug"/*/
-    run_side_by_side cold
     mapfile -t names < <(printf "%s\n" "${SCENARIOS[@]}" | grep -vx access_secrets)
-    run_side_by_side "${names[@]}"
+    { run_side_by_side cold; run_side_by_side "${names[@]}"; } 2>/dev/null | grep "boot '"
   )
 }
 

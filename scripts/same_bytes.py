@@ -16,6 +16,7 @@ import flash
 
 RECORD = struct.Struct("<16sQB")
 DIRECTORY, DESCRIPTORS = 0, 1
+DESCRIPTOR_SIZE = 28
 COMPRESSED = ("PldmString", "DispString", "HelpString", "AttributesData")
 CACHE = (*COMPRESSED, "AttributesCount", "AttCacheStatus", "BiosVersion")
 
@@ -27,7 +28,7 @@ def without_addresses(kind, payload):
         for entry in range(24, len(payload) - 15, 16):
             payload[entry + 12:entry + 16] = bytes(4)
     elif kind == DESCRIPTORS:
-        for descriptor in range(0, len(payload), 27):
+        for descriptor in range(0, len(payload), DESCRIPTOR_SIZE):
             payload[descriptor:descriptor + 8] = bytes(8)
     return bytes(payload)
 
