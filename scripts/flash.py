@@ -4,13 +4,14 @@
 #
 #   used FLASH                 prints how many variables there are, and the bytes that they take
 #   cuts FLASH LOG FROM COUNT  prints "WRITES STAGE" for so many moments at which the power may fail, from the write
-#                              of the variable FROM on, or from the first write for "-": half of them at the edges of
-#                              stages, the others evenly between
+#                              of the variable FROM on, or from the first write for "-": half of them where a stage
+#                              begins, the others evenly between
 #   cut FLASH LOG WRITES OUT   makes the flash as it was after so many writes
 #
 # A stage is told by what is in the flash: the driver's variables and the attribute service's, "erased" when there is no
-# store, and "rewritten" when others are gone that were there before and will be again. EDK II's flash driver erases and
-# rewrites the whole block for a write of more than 256 bytes.
+# store, and "rewritten" when others are gone that were there before and will be again, "rewritten up to BiosVersion" when
+# that is among those that are there. EDK II's flash driver erases and rewrites the whole block for a write of more than
+# 256 bytes.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -26,6 +27,7 @@ HEADER = struct.Struct("<HBxI8x16x4xII16s")
 START = 0x55AA
 STATES = {0x3F: True, 0x3E: True}  # in use, in use until its successor is
 
+REWRITING = ("erased", "rewritten", "rewritten up to BiosVersion")
 SHOWN = ("PldmString", "DispString", "HelpString", "AttributesData", "AttributesCount", "AttCacheStatus", "BiosVersion",
          "PendingValues")
 
@@ -86,7 +88,10 @@ def stages(flash, log):
         seen |= names
         shown = {name: data for name, data, _ in now if name in SHOWN}
         present = [f"{name}={shown[name][0]}" if name == "AttCacheStatus" else name for name in SHOWN if name in shown]
-        yield ("rewritten" if missing else "+".join(present) or "nothing"), shown
+        if missing:
+            yield "rewritten up to BiosVersion" if "BiosVersion" in shown else "rewritten", shown
+        else:
+            yield "+".join(present) or "nothing", shown
 
 
 def spread(numbers, count):
@@ -97,7 +102,7 @@ def spread(numbers, count):
 def begin_of(variable, moments):
     """After how many writes that of the variable begins."""
     begin = next(at for at, (stage, shown) in enumerate(moments)
-                 if stage not in ("erased", "rewritten") and shown.get(variable) != moments[0][1].get(variable))
+                 if stage not in REWRITING and shown.get(variable) != moments[0][1].get(variable))
     # The write that makes a variable valid comes after those of its content.
     large = len(moments[begin][1][variable]) > 256
     begin -= 2
@@ -110,9 +115,8 @@ def cuts(flash, log, first, count):
     moments = list(stages(flash, log))
     begin = 0 if first == "-" else begin_of(first, moments)
     end = len(moments) - 1
-    edges = [at for at in range(begin, end) if moments[at][0] != moments[at + 1][0]]
-    edges = sorted({at for edge in edges for at in (edge, edge + 1)})
-    chosen = spread(edges, count // 2) | {begin, end}
+    beginnings = [at for at in range(begin + 1, end + 1) if moments[at][0] != moments[at - 1][0]]
+    chosen = spread(beginnings, count // 2) | {begin, end}
     chosen |= spread(sorted(set(range(begin, end + 1)) - chosen), count - len(chosen))
     for at in sorted(chosen):
         print(at, moments[at][0])
