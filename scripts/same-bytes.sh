@@ -16,7 +16,11 @@ for part in common results packages edk2 firmware; do
 done
 
 readonly COPY="$BUILD/before"
-(($# == 1)) || { complain 'usage: same-bytes.sh REVISION'; exit 2; }
+readonly USAGE='Usage: scripts/same-bytes.sh REVISION
+  boots every scenario with the driver as it is and as it was, and tells which published or cached other bytes
+Exit code: 0 none did, 1 some did or a build failed, 2 wrong usage'
+if [[ ${1:-} == @(-h|--help) ]]; then say "$USAGE"; exit; fi
+(($# == 1)) || { complain "$USAGE"; exit 2; }
 git -C "$ROOT" cat-file -e "$1:VaroFeaturesPkg/Corvane" 2>/dev/null || die "same-bytes: $1 is no revision with a driver"
 
 # Builds and boots in a checkout: boot_in FOLDER. What the scenarios check is for ./corvane test, and the search for
