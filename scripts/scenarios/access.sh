@@ -91,5 +91,5 @@ scenario_access_secrets() {
 
 # The memory is as large as all else together and of use only where something was found in it.
 no_secrets() {
-  "$ROOT/scripts/find-secrets.py" "$1" "$MEMORY_START" "$PASSWORD" "$WRONG_PASSWORD" && rm -f "$1/memory.bin"
+  "$ROOT/scripts/python/find_secrets.py" "$1" "$MEMORY_START" "$PASSWORD" "$WRONG_PASSWORD" && rm -f "$1/memory.bin"
 }

@@ -15,7 +15,7 @@ scenario_inspect_texts() {
 # texts_are BOOT LANGUAGE: every attribute has the texts that the driver's rules make of its question's.
 texts_are() {
   "$INSPECT" show --json "$(records_of "$1")" |
-    python3 "$ROOT/scripts/scenarios/texts.py" "$ROOT/VaroFeaturesPkg/VirtualNotebook/SetupForms" "$2"
+    python3 "$ROOT/scripts/python/texts.py" "$ROOT/VaroFeaturesPkg/VirtualNotebook/SetupForms" "$2"
 }
 
 scenario_inspect_lint() {

@@ -9,14 +9,14 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 set -euo pipefail
 
-SCRIPTS=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+SCRIPTS=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 for part in common results packages edk2 firmware; do
   # shellcheck source=/dev/null
   source "$SCRIPTS/$part.sh"
 done
 
 readonly COPY="$BUILD/before"
-readonly USAGE='Usage: scripts/same-bytes.sh REVISION
+readonly USAGE='Usage: scripts/commands/same-bytes.sh REVISION
   boots every scenario with the driver as it is and as it was, and tells which published or cached other bytes
 Exit code: 0 none did, 1 some did or a build failed, 2 wrong usage'
 if [[ ${1:-} == @(-h|--help) ]]; then say "$USAGE"; exit; fi
@@ -52,4 +52,4 @@ for folder in "$ROOT" "$COPY"; do
   bash -c "set -euo pipefail; $(declare -f boot_in); boot_in \"\$1\"" same-bytes "$folder"
 done
 say '==> What differs'
-"$SCRIPTS/same_bytes.py" "$EDK2_DIR/BaseTools/Source/C/bin/TianoCompress" "$COPY/out/debug" "$OUT/debug"
+"$SCRIPTS/python/same_bytes.py" "$EDK2_DIR/BaseTools/Source/C/bin/TianoCompress" "$COPY/out/debug" "$OUT/debug"

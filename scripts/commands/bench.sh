@@ -29,7 +29,7 @@ build_bench() {
 
 # measure_database VARS: on the lists of the cache that a boot left in its variable flash, and on generated stores.
 measure_database() {
-  python3 "$ROOT/scripts/bench.py" lists "$1" "$BENCH/lists" || die 'the boot left no attribute cache'
+  python3 "$ROOT/scripts/python/bench.py" lists "$1" "$BENCH/lists" || die 'the boot left no attribute cache'
   run_counted aarch64 qemu-aarch64 -cpu "$BENCH_PROCESSOR"
   run_counted host qemu-x86_64
 }
@@ -69,5 +69,5 @@ check_bench() {
 
 # report_bench [OPTION OF bench.py]...
 report_bench() {
-  python3 "$ROOT/scripts/bench.py" table "$BENCH" "$OUT/bench.json" "$@"
+  python3 "$ROOT/scripts/python/bench.py" table "$BENCH" "$OUT/bench.json" "$@"
 }

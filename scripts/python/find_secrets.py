@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # @file
-# find-secrets.py FOLDER START PASSWORD OLDER...: looks for passwords that were typed, and for the keys that the
+# find_secrets.py FOLDER START PASSWORD OLDER...: looks for passwords that were typed, and for the keys that the
 # attribute service gave for them, in what a boot left: its memory, saved in the middle of it, and all other files.
 #
 # A password is looked for as ASCII, UCS-2 and key strokes. In memory the terminal driver may keep one in its rings of

@@ -64,9 +64,9 @@ cut_power() {
   log=$folder/flash.log
   while read -r at stage; do
     hits[$stage]=$((${hits[$stage]:-0} + 1))
-    "$ROOT/scripts/flash.py" cut "$flash" "$log" "$at" "$folder/cut.fd"
+    "$ROOT/scripts/python/flash.py" cut "$flash" "$log" "$at" "$folder/cut.fd"
     if boot_after_cut "$boot-$at" "$folder/cut.fd"; then whole[$stage]=$((${whole[$stage]:-0} + 1)); fi
-  done < <("$ROOT/scripts/flash.py" cuts "$flash" "$log" "$variable" "$count")
+  done < <("$ROOT/scripts/python/flash.py" cuts "$flash" "$log" "$variable" "$count")
   for stage in "${!hits[@]}"; do
     check "$stage: ${hits[$stage]} moments, complete tables after each" \
       test "${hits[$stage]}" -eq "${whole[$stage]:-0}"
@@ -173,7 +173,7 @@ live_once() {
   ((next_marked)) && marked=1
   percent=$next_percent
   if [[ $action == nothing ]]; then
-    last=$("$ROOT/scripts/flash.py" used "$OUT/soak/life.fd")
+    last=$("$ROOT/scripts/python/flash.py" used "$OUT/soak/life.fd")
     if [[ -z $first ]] && ((number >= LIFE_BOOTS / 20)); then first=$last; fi
   fi
   return 0

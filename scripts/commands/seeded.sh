@@ -7,7 +7,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 set -euo pipefail
 
-SCRIPTS=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+SCRIPTS=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 for part in common results packages edk2 firmware host boot; do
   # shellcheck source=/dev/null
   source "$SCRIPTS/$part.sh"

@@ -21,5 +21,5 @@ measure_coverage() {
   llvm-profdata merge -o "$COVERAGE/tests.profdata" "$COVERAGE/tests.profraw" || die 'the counters cannot be read'
   llvm-cov export -instr-profile "$COVERAGE/tests.profdata" "$COVERAGE/corvane_tests" >"$COVERAGE/export.json" ||
     die 'the counters do not fit the tests'
-  python3 "$ROOT/scripts/coverage.py" "$COVERAGE/export.json" "$OUT/coverage.json"
+  python3 "$ROOT/scripts/python/coverage.py" "$COVERAGE/export.json" "$OUT/coverage.json"
 }
