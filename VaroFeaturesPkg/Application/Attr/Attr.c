@@ -16,6 +16,7 @@
 #include "AttrNames.h"
 #include "AttrSet.h"
 #include "AttrShow.h"
+#include "AttrValue.h"
 
 typedef
 SHELL_STATUS
@@ -38,6 +39,15 @@ STATIC CONST Subcommand  mSubcommands[] = {
   { L"set",    SetAttribute,      L"pn", 2, 2 },
   { L"export", ExportAttributes,  L"b",  0, 0 }
 };
+
+///
+/// How the name of the command fits an attribute, from worst to best.
+///
+typedef enum {
+  FitsNothing,
+  FitsHandle,
+  FitsName
+} NameFit;
 
 ///
 /// A status of the protocol, what the Shell gets for it, and what it means.
@@ -124,34 +134,82 @@ IsInterrupted (
 }
 
 /**
-  Says that there is no attribute of this name, and which names are near.
+  Prints that no attribute has the name, and which names are near.
 **/
 STATIC
 VOID
 ReportUnknownName (
-  IN CONST AttrCommand  *Command
+  IN CONST CHAR8           *Name,
+  IN CONST AttributeEntry  *Entries,
+  IN UINTN                 Count
   )
 {
-  AttributeEntry   *Entries;
   NameSuggestions  Near;
-  UINTN            Count;
   UINTN            Index;
 
   ZeroMem (&Near, sizeof (Near));
-  ReadEntries (Command->Access, &Entries, &Count);   // without them nothing is suggested
   for (Index = 0; Index < Count; Index++) {
-    SuggestName (Entries[Index].Name, Command->Name, &Near);
+    SuggestName (Entries[Index].Name, Name, &Near);
   }
 
   PutText ("attr: no attribute ");
-  PutEscaped (Command->Name, AsciiStrLen (Command->Name), "");
+  PutEscaped (Name, AsciiStrLen (Name), "");
   for (Index = 0; Index < Near.Count; Index++) {
     PutText ((Index == 0) ? "; did you mean " : ", ");
     PutEscaped (Near.Names[Index], BareLength (Near.Names[Index]), "");
   }
 
   PutText ((Near.Count == 0) ? "\n" : "?\n");
-  FreeEntries (Entries, Count);
+}
+
+/**
+  Tells how the name of the command fits an attribute. A handle in place of the name fits less well than a name.
+**/
+STATIC
+NameFit
+FitOf (
+  IN CONST AttrCommand     *Command,
+  IN CONST AttributeEntry  *Entry
+  )
+{
+  UINT64  Number;
+
+  if (NameIs (Entry->Name, Command->Name)) {
+    return FitsName;
+  }
+
+  // With -n the service looks the attribute up, and it knows names only.
+  return (!Command->ByName && ReadNumber (Command->Name, &Number) && (Number == Entry->Attribute.Handle)) ? FitsHandle :
+         FitsNothing;
+}
+
+/**
+  Prints that several attributes have the name, and how to tell them apart.
+**/
+STATIC
+VOID
+ReportSharedName (
+  IN CONST AttrCommand     *Command,
+  IN CONST AttributeEntry  *Entries,
+  IN UINTN                 Count,
+  IN NameFit               Fit
+  )
+{
+  CONST CHAR8  *Between;
+  UINTN        Index;
+
+  PutText ("attr: several attributes are named ");
+  PutEscaped (Command->Name, AsciiStrLen (Command->Name), "");
+  Between = ": ";
+  for (Index = 0; Index < Count; Index++) {
+    if (FitOf (Command, &Entries[Index]) == Fit) {
+      PutFormat ("%a%u ", Between, Entries[Index].Attribute.Handle);
+      PutEscaped (Entries[Index].Name, AsciiStrLen (Entries[Index].Name), "");
+      Between = ", ";
+    }
+  }
+
+  PutText ("; give the number in place of the name\n");
 }
 
 SHELL_STATUS
@@ -160,35 +218,47 @@ ReadNamedEntry (
   OUT AttributeEntry     *Entry
   )
 {
-  CHAR8       *Bare;
-  UINT16      Handle;
-  EFI_STATUS  Status;
+  AttributeEntry  *Entries;
+  UINTN           Count;
+  UINTN           Index;
+  UINTN           Found;
+  UINT16          Handle;
+  NameFit         Fit;
+  NameFit         BestFit;
+  EFI_STATUS      Status;
+  SHELL_STATUS    Result;
 
   ZeroMem (Entry, sizeof (*Entry));
-  Bare = AllocateCopyPool (AsciiStrSize (Command->Name), Command->Name);
-  if (Bare == NULL) {
-    return ReportNoTables (EFI_OUT_OF_RESOURCES);
+  Status = ReadEntries (Command->Access, ReadHead, &Entries, &Count);
+  if (Entries == NULL) {
+    return ReportNoTables (Status);
   }
 
-  Bare[BareLength (Bare)] = '\0';
-  Status                  = Command->Access->FindAttributeHandle (Command->Access, Bare, &Handle);
-  FreePool (Bare);
-  if (!EFI_ERROR (Status)) {
-    Status = ReadEntry (Command->Access, Handle, Entry);
-    if (!EFI_ERROR (Status) && NameIs (Entry->Name, Command->Name)) {
-      return SHELL_SUCCESS;
+  Handle  = 0;
+  Found   = 0;
+  BestFit = FitsNothing;
+  for (Index = 0; Index < Count; Index++) {
+    Fit = FitOf (Command, &Entries[Index]);
+    if ((Fit > BestFit) || ((Fit == BestFit) && (Fit != FitsNothing))) {
+      Found   = (Fit > BestFit) ? 1 : Found + 1;
+      BestFit = Fit;
+      Handle  = Entries[Index].Attribute.Handle;
     }
-
-    Status = EFI_ERROR (Status) ? Status : EFI_INVALID_PARAMETER;   // its suffix is another one
   }
 
-  // An attribute of unknown type hides all behind it.
-  if ((Status == EFI_INVALID_PARAMETER) || (Status == EFI_UNSUPPORTED)) {
-    ReportUnknownName (Command);
-    return SHELL_NOT_FOUND;
+  if (Found == 0) {
+    ReportUnknownName (Command->Name, Entries, Count);
+    Result = SHELL_NOT_FOUND;
+  } else if (Found > 1) {
+    ReportSharedName (Command, Entries, Count, BestFit);
+    Result = SHELL_INVALID_PARAMETER;
+  } else {
+    Status = ReadEntry (Command->Access, Handle, Entry);
+    Result = EFI_ERROR (Status) ? ReportNoTables (Status) : SHELL_SUCCESS;
   }
 
-  return ReportNoTables (Status);
+  FreeEntries (Entries, Count);
+  return Result;
 }
 
 STATIC

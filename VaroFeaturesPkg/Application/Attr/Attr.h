@@ -78,9 +78,9 @@ ReportRefusal (
   );
 
 /**
-  Finds and reads the attribute of the command; says so, and which names are near, when there is none.
+  Finds and reads the attribute that the command names. Prints why when no attribute, or more than one, has the name.
 
-  @param[out]  Entry  To be released with FreeEntry, whatever the status.
+  @param[out]  Entry  The caller releases it with FreeEntry, whatever the status is.
 **/
 SHELL_STATUS
 ReadNamedEntry (

@@ -588,7 +588,7 @@ DescribeAttribute (
 
   PutExpressions (Entry.Name);
   PutDependencies (Command->Access, &Entry, NULL);
-  ReadEntries (Command->Access, &Entries, &Count);   // without the others, what depends on them is not printed
+  ReadEntries (Command->Access, ReadEntry, &Entries, &Count);   // without the others, what depends on them is not printed
   for (Index = 0; Index < Count; Index++) {
     PutDependencies (Command->Access, &Entries[Index], Entry.Name);
   }

@@ -152,19 +152,20 @@ ReadText (
 }
 
 /**
-  Reads the record with both parts.
+  Reads the record with both parts, of the size that ReadHead found.
 **/
 STATIC
 EFI_STATUS
 ReadRecord (
-  IN  AttributeAccessProtocol  *Access,
-  IN  UINT16                   Handle,
-  IN  UINT32                   Needed,
-  OUT AttributeEntry           *Entry
+  IN     AttributeAccessProtocol  *Access,
+  IN     UINT16                   Handle,
+  IN OUT AttributeEntry           *Entry
   )
 {
+  UINT32      Needed;
   EFI_STATUS  Status;
 
+  Needed = Entry->RecordSize;
   if (Needed > ANSWER_LIMIT) {
     return EFI_DEVICE_ERROR;
   }
@@ -175,7 +176,6 @@ ReadRecord (
   }
 
   Entry->Record->Handle = Handle;
-  Entry->RecordSize     = Needed;
   Status                = Access->GetAttributeInfo (Access, Entry->Record, &Entry->RecordSize);
   if (!EFI_ERROR (Status)) {
     Entry->RecordSize = Needed;
@@ -193,24 +193,21 @@ ReadRecord (
 }
 
 EFI_STATUS
-ReadEntry (
+ReadHead (
   IN  AttributeAccessProtocol  *Access,
   IN  UINT16                   Handle,
   OUT AttributeEntry           *Entry
   )
 {
   AttributeInfo  Head;
-  UINT32         Size;
-  EFI_STATUS     Status;
 
   ZeroMem (Entry, sizeof (*Entry));
   Head.Type       = NO_TYPE;
   Head.Handle     = Handle;
   Head.NameHandle = 0;
-  Size            = 0;
-  Status          = Access->GetAttributeInfo (Access, &Head, &Size);
+  Entry->Status   = Access->GetAttributeInfo (Access, &Head, &Entry->RecordSize);
   if (Head.Type == NO_TYPE) {
-    return EFI_ERROR (Status) ? Status : EFI_NOT_FOUND;
+    return EFI_ERROR (Entry->Status) ? Entry->Status : EFI_NOT_FOUND;
   }
 
   ParseAttribute (&Head, 0, &Entry->Attribute);
@@ -219,12 +216,24 @@ ReadEntry (
     Entry->Name = AllocateZeroPool (sizeof (CHAR8));   // nameless: nobody can ask for it, a list shows it
   }
 
-  if (Entry->Name == NULL) {
-    return EFI_OUT_OF_RESOURCES;
+  return (Entry->Name == NULL) ? EFI_OUT_OF_RESOURCES : EFI_SUCCESS;
+}
+
+EFI_STATUS
+ReadEntry (
+  IN  AttributeAccessProtocol  *Access,
+  IN  UINT16                   Handle,
+  OUT AttributeEntry           *Entry
+  )
+{
+  EFI_STATUS  Status;
+
+  Status = ReadHead (Access, Handle, Entry);
+  if (!EFI_ERROR (Status) && (Entry->Status == EFI_BUFFER_TOO_SMALL)) {
+    Entry->Status = ReadRecord (Access, Handle, Entry);
   }
 
-  Entry->Status = (Status == EFI_BUFFER_TOO_SMALL) ? ReadRecord (Access, Handle, Size, Entry) : Status;
-  return EFI_SUCCESS;
+  return Status;
 }
 
 VOID
@@ -246,6 +255,7 @@ FreeEntry (
 EFI_STATUS
 ReadEntries (
   IN  AttributeAccessProtocol  *Access,
+  IN  ATTRIBUTE_READ           Read,
   OUT AttributeEntry           **Entries,
   OUT UINTN                    *Count
   )
@@ -264,7 +274,7 @@ ReadEntries (
 
   *Entries = AllocateZeroPool ((HandleCount + 1) * sizeof (**Entries));
   for (Index = 0; (*Entries != NULL) && (Index < HandleCount); Index++) {
-    if (EFI_ERROR (ReadEntry (Access, Handles[Index], &(*Entries)[*Count]))) {
+    if (EFI_ERROR (Read (Access, Handles[Index], &(*Entries)[*Count]))) {
       FreeEntry (&(*Entries)[*Count]);
     } else {
       (*Count)++;

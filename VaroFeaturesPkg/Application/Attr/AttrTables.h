@@ -52,13 +52,34 @@ ReadHandles (
   );
 
 /**
-  Reads an attribute.
+  Reads one attribute.
 
-  @param[out]  Entry  To be released with FreeEntry, whatever the status.
+  @param[out]  Entry  The caller releases it with FreeEntry, whatever the status is.
 
-  @retval EFI_SUCCESS    Name and head are there; Entry->Status tells about the rest.
+  @retval EFI_SUCCESS    Entry holds the attribute.
   @retval EFI_NOT_FOUND  There is no such attribute.
-  @retval others         The tables could not be had.
+  @retval others         The tables could not be read.
+**/
+typedef
+EFI_STATUS
+(*ATTRIBUTE_READ)(
+  IN  AttributeAccessProtocol  *Access,
+  IN  UINT16                   Handle,
+  OUT AttributeEntry           *Entry
+  );
+
+/**
+  Reads name and type of an attribute, no value. An ATTRIBUTE_READ.
+**/
+EFI_STATUS
+ReadHead (
+  IN  AttributeAccessProtocol  *Access,
+  IN  UINT16                   Handle,
+  OUT AttributeEntry           *Entry
+  );
+
+/**
+  Reads an attribute with its value. An ATTRIBUTE_READ. Entry->Status tells whether there is a value.
 **/
 EFI_STATUS
 ReadEntry (
@@ -73,15 +94,17 @@ FreeEntry (
   );
 
 /**
-  Reads all attributes; those that cannot be read are left out.
+  Reads all attributes. Those that cannot be read are left out.
 
-  @param[out]  Entries  To be released with FreeEntries.
+  @param[in]   Read     ReadHead or ReadEntry.
+  @param[out]  Entries  The caller releases them with FreeEntries.
 
   @return  As ReadHandles.
 **/
 EFI_STATUS
 ReadEntries (
   IN  AttributeAccessProtocol  *Access,
+  IN  ATTRIBUTE_READ           Read,
   OUT AttributeEntry           **Entries,
   OUT UINTN                    *Count
   );

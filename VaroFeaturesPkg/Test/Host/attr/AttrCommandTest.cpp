@@ -118,6 +118,42 @@ TEST_F(AttrCommandTest, ChangesWhatPassesTheChecks) {
   EXPECT_EQ(values[17], Join(U16(2), "-b"));
 }
 
+TEST_F(AttrCommandTest, WhereSeveralAttributesHaveTheName_AsksWhichOne) {
+  const Bytes bounds = Join(U64(0), U64(9), U32(0), U64(0));
+  Add(21, 3, "Fan", bounds, Join(U64(1)));
+  Add(22, 3, "Fan[Note]", bounds, Join(U64(2)));
+  Add(23, 3, "24", bounds, Join(U64(3)));
+  Add(24, 3, "Last", bounds, Join(U64(4)));
+  const std::string several =
+      "2 attr: several attributes are named Fan: 16 Fan, 21 Fan, 22 Fan[Note]; give the number in place of the name\n";
+  const struct {
+    Words Line;
+    std::string Result;
+    size_t Sets;
+  } rows[] = {
+      {{u"get", u"Fan"}, several, 0},
+      {{u"get", u"-n", u"Fan"}, several, 0},
+      {{u"info", u"Fan"}, several, 0},
+      {{u"set", u"Fan", u"5"}, several, 0},
+      {{u"set", u"-n", u"Fan", u"5"}, several, 0},
+      {{u"get", u"Fan[Note]"}, "0 2\n", 0},
+      {{u"get", u"16"}, "0 60\n", 0},
+      {{u"set", u"0x15", u"5"}, "0 Fan: 1 -> 5\n", 1},
+      {{u"set", u"-n", u"21", u"6"},
+       "14 attr: no attribute 21; did you mean 24?\n",
+       0},                            // the service would find another one of the name
+      {{u"get", u"24"}, "0 3\n", 0},  // a name goes before a handle
+      {{u"get", u"25"}, "14 attr: no attribute 25; did you mean 24?\n", 0},
+  };
+  for (const auto& row : rows) {
+    const size_t before = Sets();
+    EXPECT_EQ(Run(row.Line), row.Result);
+    EXPECT_EQ(Sets() - before, row.Sets) << row.Result;
+  }
+  EXPECT_EQ(values[16], Join(U64(60)));
+  EXPECT_EQ(values[21], Join(U64(5)));
+}
+
 TEST_F(AttrCommandTest, SendsByNameWhatTheServiceIsToLookUp) {
   const struct {
     Words Line;
