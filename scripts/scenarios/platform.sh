@@ -60,6 +60,23 @@ misses_only() {
   [[ $said == "CorvaneDxe: $2" ]] || { say "${said:-nothing is said}"; return 1; }
 }
 
+# EDK II's DriverSampleDxe keeps values in every kind of store, and in bit fields of them.
+scenario_foreign_forms() {
+  scenario_boot foreign --set foreign=1 || return
+  check 'the tables are published' published foreign
+  check 'a question in an EFI variable is an attribute' has foreign 'How tall are you? (Hex) integer = 18 (default 18)'
+  check 'a bit field is no attribute, and the platform says so' left_out foreign 0x6666 'its value is a bit field' 'BIT numeric'
+  check 'neither is a question in another store' left_out foreign 0x1239 'its store is no EFI variable' NameValueVar
+}
+
+# left_out BOOT QUESTION REASON NAME: the form data names the question once, and no attribute's name begins like that.
+left_out() {
+  local line
+  line="FormDataDxe: question $(($2)) of form set .* is not eligible: $3"
+  (($(grep -cE "$line" <<<"$(text_of "$1" serial.log)") == 1)) || { say "not said once: $line"; return 1; }
+  lacks "$1" "$4"
+}
+
 # A platform that provides only what the driver cannot do without.
 scenario_bare_platform() {
   local parts="${!MISSING_OPTIONAL[*]}"

@@ -2,8 +2,7 @@
   FormDataDxe: FormBrowserDataProtocol on the HII database: form packages of any driver, values from the variables that
   their EFI variable stores name.
 
-  A form set belongs to the setup when gVaroSetupFormSetsGuid is among its class GUIDs; EDK II's own maintenance forms
-  do not carry it.
+  A form set belongs to the setup when one of its class GUIDs is in PcdVaroSetupFormSets.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -13,6 +12,7 @@
 #include <Library/BaseMemoryLib.h>
 #include <Library/DebugLib.h>
 #include <Library/MemoryAllocationLib.h>
+#include <Library/PcdLib.h>
 #include <Library/ScenarioLib.h>
 #include <Library/UefiBootServicesTableLib.h>
 #include <Library/UefiHiiServicesLib.h>
@@ -69,6 +69,28 @@ ListFormPackages (
 }
 
 /**
+  Tells whether a form set belongs to the setup.
+**/
+STATIC
+BOOLEAN
+IsSetup (
+  IN CONST EFI_IFR_FORM_SET  *FormSet
+  )
+{
+  CONST EFI_GUID  *Classes;
+  UINTN           Index;
+
+  Classes = PcdGetPtr (PcdVaroSetupFormSets);
+  for (Index = 0; Index < PcdGetSize (PcdVaroSetupFormSets) / sizeof (*Classes); Index++) {
+    if (FormSetHasClass (FormSet, &Classes[Index])) {
+      return TRUE;
+    }
+  }
+
+  return FALSE;
+}
+
+/**
   Adds the form sets of one package list.
 
   @return  How many form sets the list has then.
@@ -78,8 +100,7 @@ UINTN
 AddFormSets (
   IN OUT FormSetList     *List,
   IN     UINTN           Count,
-  IN     EFI_HII_HANDLE  HiiHandle,
-  IN     CONST EFI_GUID  *Class
+  IN     EFI_HII_HANDLE  HiiHandle
   )
 {
   EFI_HII_PACKAGE_LIST_HEADER  *PackageList;
@@ -94,7 +115,7 @@ AddFormSets (
 
   Position = 0;
   while ((FormSet = NextFormSet (PackageList, Size, &Position, &Length)) != NULL) {
-    if (!FormSetHasClass (FormSet, Class)) {
+    if (!IsSetup (FormSet)) {
       continue;
     }
 
@@ -116,7 +137,6 @@ AddFormSets (
 
 EFI_STATUS
 FindFormSets (
-  IN  CONST EFI_GUID        *Class,
   OUT CONST FormSetRecord   ***FormSets
   )
 {
@@ -140,7 +160,7 @@ FindFormSets (
   }
 
   for (Count = 0, Index = 0; Index < HandleCount; Index++) {
-    Count = AddFormSets (List, Count, Handles[Index], Class);
+    Count = AddFormSets (List, Count, Handles[Index]);
   }
 
   FreePool (Handles);
@@ -163,7 +183,12 @@ ListFormSets (
   )
 {
   mSetupValues.FormSetsListed++;
-  return FindFormSets (Kind, FormSets);
+  if (!CompareGuid (Kind, &gVaroSetupFormSetsGuid)) {
+    *FormSets = NULL;
+    return EFI_SUCCESS;
+  }
+
+  return FindFormSets (FormSets);
 }
 
 STATIC
@@ -175,14 +200,28 @@ ParseFormSet (
   OUT QuestionRecord            **Questions
   )
 {
-  FormModel   *Model;
-  EFI_STATUS  Status;
+  FormModel           *Model;
+  CONST FormQuestion  *Question;
+  EFI_STATUS          Status;
 
   mSetupValues.FormSetsParsed++;
   *Questions = NULL;
   Status     = ReadFormModel (FormSet, &Model);
   if (EFI_ERROR (Status)) {
     return Status;
+  }
+
+  for (Question = Model->First; Question != NULL; Question = (CONST FormQuestion *)Question->Record.Next) {
+    if (Question->Unreadable != NULL) {
+      DEBUG ((
+        DEBUG_WARN,
+        "%a: question %u of form set %g is not eligible: %a\n",
+        gEfiCallerBaseName,
+        Question->Record.Identifier,
+        &FormSet->Guid,
+        Question->Unreadable
+        ));
+    }
   }
 
   if (Model->First == NULL) {

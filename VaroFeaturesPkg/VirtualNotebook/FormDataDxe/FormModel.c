@@ -6,6 +6,7 @@
 **/
 
 #include <Uefi.h>
+#include <Guid/MdeModuleHii.h>
 #include <Library/BaseLib.h>
 #include <Library/BaseMemoryLib.h>
 #include <Library/HiiLib.h>
@@ -31,6 +32,7 @@ typedef enum {
 ///
 typedef struct {
   BOOLEAN         Hidden;     ///< by a condition further out
+  BOOLEAN         BitFields;  ///< offsets and widths of the questions inside count bits
   FormQuestion    *Question;  ///< that the scope belongs to; NULL = none
 } Scope;
 
@@ -444,12 +446,15 @@ IsQuestion (
 
 /**
   Adds a question at the end of the list.
+
+  @param[in]  BitField  The question's offset and width count bits.
 **/
 STATIC
 EFI_STATUS
 AddQuestion (
   IN OUT FormModel                *Model,
-  IN     CONST EFI_IFR_OP_HEADER  *Opcode
+  IN     CONST EFI_IFR_OP_HEADER  *Opcode,
+  IN     BOOLEAN                  BitField
   )
 {
   CONST EFI_IFR_QUESTION_HEADER  *Head;
@@ -486,17 +491,31 @@ AddQuestion (
     return EFI_SUCCESS;
   }
 
-  if ((Opcode->Length < sizeof (*Opcode) + sizeof (*Head)) || !ReadKind (Question, Opcode)) {
+  if (Opcode->Length < sizeof (*Opcode) + sizeof (*Head)) {
     return EFI_COMPROMISED_DATA;
   }
 
   Question->Record.Identifier = Head->QuestionId;
-  Question->Offset            = Head->VarStoreInfo.VarOffset;
+  if (BitField) {
+    Question->Unreadable = "its value is a bit field";
+    return EFI_SUCCESS;
+  }
+
+  if (!ReadKind (Question, Opcode)) {
+    return EFI_COMPROMISED_DATA;
+  }
+
+  Question->Offset = Head->VarStoreInfo.VarOffset;
   for (Store = Model->Stores; (Store != NULL) && (Head->VarStoreId != 0); Store = Store->Next) {
     if (Store->Id == Head->VarStoreId) {
       Question->Store = Store;
       break;
     }
+  }
+
+  if ((Question->Store == NULL) && (Head->VarStoreId != 0)) {
+    Question->Unreadable = "its store is no EFI variable";
+    return EFI_SUCCESS;
   }
 
   if (!CurrentNumber (Question, &Question->Record.CurrentValue) && (Opcode->OpCode == EFI_IFR_STRING_OP)) {
@@ -642,11 +661,16 @@ TakeOpcode (
   *Inner = Walk->Scopes[Walk->Depth - 1];
   if (IsQuestion (Opcode->OpCode)) {
     if (Walk->Purpose == CollectQuestions) {
-      Walk->Status = AddQuestion (Walk->Model, Opcode);
+      Walk->Status = AddQuestion (Walk->Model, Opcode, Inner->BitFields);
     } else {
-      Inner->Question                  = Walk->Upcoming;
-      Inner->Question->Record.Eligible = Inner->Hidden ? 0 : 1;
-      Walk->Upcoming                   = (FormQuestion *)Walk->Upcoming->Record.Next;
+      Inner->Question = Walk->Upcoming;
+      if (Inner->Hidden) {
+        Inner->Question->Unreadable = NULL;
+      } else if (Inner->Question->Unreadable == NULL) {
+        Inner->Question->Record.Eligible = 1;
+      }
+
+      Walk->Upcoming = (FormQuestion *)Walk->Upcoming->Record.Next;
     }
 
     return TRUE;
@@ -656,6 +680,15 @@ TakeOpcode (
     case EFI_IFR_VARSTORE_EFI_OP:
       if ((Walk->Purpose == CollectQuestions) && (Opcode->Length >= OFFSET_OF (EFI_IFR_VARSTORE_EFI, Size))) {
         Walk->Status = AddStore (Walk->Model, (CONST EFI_IFR_VARSTORE_EFI *)Opcode);
+      }
+
+      return TRUE;
+
+    case EFI_IFR_GUID_OP:
+      if ((Opcode->Length >= sizeof (EFI_IFR_GUID)) &&
+          CompareGuid (&((CONST EFI_IFR_GUID *)Opcode)->Guid, &gEdkiiIfrBitVarstoreGuid))
+      {
+        Inner->BitFields = TRUE;
       }
 
       return TRUE;

@@ -43,6 +43,7 @@ struct _FormQuestion {
   BOOLEAN            HasDefault;
   UINT64             Default;
   EFI_STRING_ID      DefaultText;  ///< of a string question; 0 = none
+  CONST CHAR8        *Unreadable;  ///< why the value cannot be read; NULL = it can, or nobody sees the question
   UINT32             OptionRoom;
 };
 

@@ -190,7 +190,7 @@ RefreshValues (
   EFI_STATUS           Status;
 
   ForgetValues ();
-  Status = FindFormSets (&gVaroSetupFormSetsGuid, &FormSets);
+  Status = FindFormSets (&FormSets);
   if (EFI_ERROR (Status) || (FormSets == NULL)) {
     return Status;
   }

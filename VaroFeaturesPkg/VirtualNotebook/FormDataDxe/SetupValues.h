@@ -18,7 +18,6 @@ extern SetupValuesProtocol  mSetupValues;
 **/
 EFI_STATUS
 FindFormSets (
-  IN  CONST EFI_GUID        *Class,
   OUT CONST FormSetRecord   ***FormSets
   );
 

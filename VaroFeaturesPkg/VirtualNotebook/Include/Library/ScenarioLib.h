@@ -6,10 +6,11 @@
     NAME              value
     cameras           number of cameras, 0 to 6
     damage            NAME:HOW;NAME:HOW;...: variables of the attribute cache damaged before CorvaneDxe first reads
-                      them; HOW is truncate, flip, garbage or delete
+                      them; BootPhasesDxe/CacheDamage.h says how
     factory-mode      non-zero: the notebook is in a factory mode
     failing-settings  NUMBER,NUMBER,...: settings that cannot be read
     firmware-version  text that stands in for the version of the build
+    foreign           non-zero: form sets of EDK II's own drivers are part of the setup
     language          platform language, such as fr-FR
     owner-password    non-zero: the platform knows an owner password
     password-admin    text of the admin password, for the attribute service; matters while it is set
