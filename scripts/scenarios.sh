@@ -11,6 +11,9 @@ for part in checks life modes damage platform stress access inspect export; do
   source "$ROOT/scripts/scenarios/$part.sh"
 done
 
+# Boots without a cache that the other scenarios start from.
+readonly COLD_SCENARIOS=(cold)
+
 # Each is a function scenario_NAME of the part that the comment names. They run side by side and share nothing but the
 # flash of the cold boot.
 readonly SCENARIOS=(
@@ -22,12 +25,12 @@ readonly SCENARIOS=(
   damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts
   store_full_from_the_start store_full_before_attributes store_full_before_help
   # platform.sh: parts of the platform that are missing, foreign firmware
-  stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals
+  foreign_forms stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals
   # stress.sh: more setup than tables and store take, and less than a notebook has
   full_strings full_attributes full_values full_display_texts full_help_texts
   too_many_questions full_store bad_form_set no_form_sets
   # access.sh: sessions at the Shell
-  access access_unserved access_loaded_again access_long_help access_secrets
+  access access_unkept access_unserved access_loaded_again access_long_help access_secrets
 )
 
 # inspect.sh, export.sh: what the inspector makes of the boots of the others
@@ -62,7 +65,7 @@ run_scenarios() {
   local before=$FAILED start
   start=$(now_ms)
   say '==> Firmware scenarios (DEBUG firmware in QEMU)'
-  run_side_by_side cold
+  run_side_by_side "${COLD_SCENARIOS[@]}"
   if ((FAILED == before)); then
     run_side_by_side "${SCENARIOS[@]}"
     run_side_by_side "${INSPECTIONS[@]}"

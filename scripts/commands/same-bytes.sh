@@ -33,7 +33,7 @@ boot_in() {
     build_firmware DEBUG
     rm -rf "$OUT/debug"/*/
     mapfile -t names < <(printf "%s\n" "${SCENARIOS[@]}" | grep -vx access_secrets)
-    { run_side_by_side cold; run_side_by_side "${names[@]}"; } 2>/dev/null | grep --line-buffered "boot '"
+    { run_side_by_side "${COLD_SCENARIOS[@]}"; run_side_by_side "${names[@]}"; } 2>/dev/null | grep --line-buffered "boot '"
   )
 }
 

@@ -43,6 +43,13 @@ scenario_access() {
   check 'so has its attribute service' prints access-kept kept
 }
 
+# A platform may publish an attribute whose setting it does not have (ChargePowerLimitFactoryFlag, in factory mode).
+scenario_access_unkept() {
+  session cold access-unkept unkept --vars '' --set factory-mode=1 || return
+  check 'the session goes as expected' prints access-unkept unkept
+  check 'the next boot need not gather again' no_variables access-unkept AttCacheStatus
+}
+
 lists_alike() {
   diff <(attributes "$1" | sed -E 's/^(.* password = )[a-z ]*( \()/\1hidden\2/') <(text_of "$1" list.txt)
 }

@@ -171,6 +171,52 @@ KeepPendingValue (
   return EFI_SUCCESS;
 }
 
+/**
+  Gives a text with the terminator that SettingWriterProtocol wants.
+
+  @return  The text in pool, owned by the caller, or NULL.
+**/
+STATIC
+CHAR8 *
+CopyText (
+  IN ByteReader  Text
+  )
+{
+  CHAR8  *Copy;
+
+  Copy = AllocateZeroPool (Text.Left + sizeof (CHAR8));
+  if (Copy != NULL) {
+    CopyMem (Copy, Text.Next, Text.Left);
+  }
+
+  return Copy;
+}
+
+EFI_STATUS
+CheckPendingValue (
+  IN UINT32      Setting,
+  IN ByteReader  Text
+  )
+{
+  SettingWriterProtocol  *Writer;
+  CHAR8                  *Copy;
+  EFI_STATUS             Status;
+
+  Status = gBS->LocateProtocol (&gNotebookSettingWriterProtocolGuid, NULL, (VOID **)&Writer);
+  if (EFI_ERROR (Status)) {
+    return Status;
+  }
+
+  Copy = CopyText (Text);
+  if (Copy == NULL) {
+    return EFI_OUT_OF_RESOURCES;
+  }
+
+  Status = Writer->Check (Writer, Setting, Copy);
+  FreePool (Copy);
+  return Status;
+}
+
 STATIC
 VOID
 ApplyValue (
@@ -183,9 +229,8 @@ ApplyValue (
   EFI_STATUS  Status;
 
   Status = EFI_OUT_OF_RESOURCES;
-  Copy   = AllocateZeroPool (Text.Left + sizeof (CHAR8));
+  Copy   = CopyText (Text);
   if (Copy != NULL) {
-    CopyMem (Copy, Text.Next, Text.Left);
     Status = Writer->Write (Writer, Setting, Copy);
     FreePool (Copy);
   }

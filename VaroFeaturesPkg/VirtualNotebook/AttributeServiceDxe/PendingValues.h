@@ -27,6 +27,20 @@ KeepPendingValue (
   );
 
 /**
+  Tells whether a value can be stored in the next boot.
+
+  @param[in]  Setting  Number of the setting or identifier of the question.
+  @param[in]  Text     Value, as SettingWriterProtocol takes it; unterminated.
+
+  @retval EFI_SUCCESS  It can.
+**/
+EFI_STATUS
+CheckPendingValue (
+  IN UINT32      Setting,
+  IN ByteReader  Text
+  );
+
+/**
   Finds the value that was kept for a setting in this boot.
 
   @param[out]  Text  As it was given to KeepPendingValue.

@@ -274,6 +274,9 @@ CheckAccess (
   return ATTRIBUTE_STATUS_SUCCESS;
 }
 
+/**
+  Keeps a value for the next boot. A value that nothing could store then is refused.
+**/
 STATIC
 UINT8
 KeepText (
@@ -281,6 +284,10 @@ KeepText (
   IN ByteReader              Text
   )
 {
+  if (EFI_ERROR (CheckPendingValue (Attribute->Token, Text))) {
+    return ATTRIBUTE_STATUS_INVALID_PARAMETER;
+  }
+
   return EFI_ERROR (KeepPendingValue (Attribute->Token, Text)) ? SERVICE_STATUS_FAILED : ATTRIBUTE_STATUS_SUCCESS;
 }
 

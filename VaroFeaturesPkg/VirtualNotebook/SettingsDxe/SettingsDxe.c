@@ -244,6 +244,74 @@ WriteQuestion (
   return Status;
 }
 
+/**
+  Finds what is changed for a number. The asset tag is a setting as well as a question: the question's text is changed.
+
+  @param[out]  Platform  The platform's own setting; NULL when it is a question.
+  @param[out]  Question  The question; NULL when it is one of the platform's own.
+
+  @retval FALSE  There is no such setting.
+**/
+STATIC
+BOOLEAN
+FindTarget (
+  IN  UINT32            Setting,
+  OUT PlatformSetting   **Platform,
+  OUT CONST SetupValue  **Question
+  )
+{
+  *Platform = FindSetting (Setting);
+  *Question = mSetupValues->Find (mSetupValues, Setting);
+  if ((*Question != NULL) && ((*Platform == NULL) || ((*Question)->Opcode == EFI_IFR_STRING_OP))) {
+    *Platform = NULL;
+  } else {
+    *Question = NULL;
+  }
+
+  return (BOOLEAN)((*Platform != NULL) || (*Question != NULL));
+}
+
+STATIC
+EFI_STATUS
+EFIAPI
+CheckSetting (
+  IN SettingWriterProtocol  *This,
+  IN UINT32                 Setting,
+  IN CONST CHAR8            *Text
+  )
+{
+  PlatformSetting   *Platform;
+  CONST SetupValue  *Question;
+  UINT8             *Value;
+  UINTN             Width;
+  EFI_STATUS        Status;
+
+  if (!FindTarget (Setting, &Platform, &Question)) {
+    return EFI_NOT_FOUND;
+  }
+
+  Width = (Platform != NULL) ? Platform->Width : Question->Width;
+  if (Question != NULL) {
+    Value = AllocatePool (Width);
+    if (Value == NULL) {
+      return EFI_OUT_OF_RESOURCES;
+    }
+
+    Status = mSetupValues->Read (mSetupValues, Question, Value);
+    FreePool (Value);
+    if (EFI_ERROR (Status)) {
+      return Status;
+    }
+
+    if (Question->Opcode == EFI_IFR_STRING_OP) {
+      return (AsciiStrLen (Text) <= Width / sizeof (CHAR16)) ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
+    }
+  }
+
+  return ((Width >= sizeof (UINT64)) || (RShiftU64 (ReadScenarioNumber (Text), 8 * Width) == 0)) ? EFI_SUCCESS :
+         EFI_INVALID_PARAMETER;
+}
+
 STATIC
 EFI_STATUS
 EFIAPI
@@ -256,17 +324,12 @@ WriteSetting (
   PlatformSetting   *Platform;
   CONST SetupValue  *Question;
 
-  //
-  // The asset tag is both: what somebody changes is the text.
-  //
-  Platform = FindSetting (Setting);
-  Question = mSetupValues->Find (mSetupValues, Setting);
-  if ((Question != NULL) && ((Platform == NULL) || (Question->Opcode == EFI_IFR_STRING_OP))) {
-    return WriteQuestion (Question, Text);
+  if (!FindTarget (Setting, &Platform, &Question)) {
+    return EFI_NOT_FOUND;
   }
 
-  if (Platform == NULL) {
-    return EFI_NOT_FOUND;
+  if (Question != NULL) {
+    return WriteQuestion (Question, Text);
   }
 
   Platform->Value = (UINT16)ReadScenarioNumber (Text);
@@ -330,7 +393,7 @@ LoadFailing (
 
 STATIC SettingsProtocol         mSettingsProtocol = { ReadSetting };
 STATIC SettingDefaultsProtocol  mSettingDefaults  = { .GetDefault = GetDefault };
-STATIC SettingWriterProtocol    mSettingWriter    = { WriteSetting };
+STATIC SettingWriterProtocol    mSettingWriter    = { WriteSetting, CheckSetting };
 
 EFI_STATUS
 EFIAPI
