@@ -62,7 +62,7 @@ scenario_exports() {
     'PrimaryBattChargeCfg (2001) current: Adaptive -> Express' 'IdleMinutes (2002) current: 720 -> 208' \
     'BlockSleep (2003) current: Disabled -> Enabled'
   check_or_skip 'the Redfish documents hold every attribute and fit their schemas' \
-    "$ROOT/tools/inspect/check_redfish.py" "$INSPECT" "$(records_of cold)" "$(records_of factory)"
+    "$ROOT/tools/inspect/test/export/check_redfish.py" "$INSPECT" "$(records_of cold)" "$(records_of factory)"
   check_or_skip 'the report shows everything in a browser, wide and narrow, without an error' \
-    "$ROOT/tools/inspect/check_report.py" "$INSPECT" "$(records_of factory)" "$(records_of changed)"
+    "$ROOT/tools/inspect/test/export/check_report.py" "$INSPECT" "$(records_of factory)" "$(records_of changed)"
 }

@@ -8,8 +8,8 @@
 
 #include <sstream>
 
-#include "Image.hpp"
-#include "Show.hpp"
+#include "capture/Image.hpp"
+#include "command/Show.hpp"
 
 namespace {
 

@@ -9,12 +9,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Explain.hpp"
-#include "Export.hpp"
-#include "Lint.hpp"
+#include "judge/Explain.hpp"
+#include "export/Export.hpp"
+#include "judge/Lint.hpp"
 #include "Require.hpp"
-#include "Show.hpp"
-#include "Validate.hpp"
+#include "command/Show.hpp"
+#include "judge/Validate.hpp"
 
 using namespace corvane::inspect;
 

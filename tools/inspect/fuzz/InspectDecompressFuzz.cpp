@@ -5,7 +5,7 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "Decompress.hpp"
+#include "cache/Decompress.hpp"
 #include "Require.hpp"
 
 using namespace corvane::inspect;

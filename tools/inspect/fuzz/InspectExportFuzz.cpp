@@ -5,8 +5,8 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "Export.hpp"
-#include "Findings.hpp"
+#include "export/Export.hpp"
+#include "bytes/Findings.hpp"
 #include "Require.hpp"
 
 using namespace corvane::inspect;

@@ -7,10 +7,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "CacheVerdict.hpp"
-#include "Lint.hpp"
+#include "cache/CacheVerdict.hpp"
+#include "judge/Lint.hpp"
 #include "Require.hpp"
-#include "Validate.hpp"
+#include "judge/Validate.hpp"
 
 using namespace corvane::inspect;
 

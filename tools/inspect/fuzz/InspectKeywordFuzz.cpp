@@ -5,8 +5,8 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "Expression.hpp"
-#include "Keywords.hpp"
+#include "judge/Expression.hpp"
+#include "capture/Keywords.hpp"
 #include "Require.hpp"
 
 using namespace corvane::inspect;

@@ -1,0 +1,283 @@
+/** @file
+  `inspect cache`: what a variable store holds of the attribute cache, and what the next boot makes of it.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include "cache/CacheVerdict.hpp"
+
+#include <functional>
+
+#include <nlohmann/json.hpp>
+
+#include "bytes/Text.hpp"
+
+namespace corvane::inspect {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kGather = "gathers all attributes from the setup's form sets and ";
+
+// What a boot without a variable lacks.
+const char* LossOf(CacheId id) {
+  switch (id) {
+    case CacheId::Attributes:
+      return "the attributes";
+    case CacheId::Counters:
+      return "everything but passwords and boot configuration";
+    case CacheId::Names:
+      return "the names";
+    case CacheId::Display:
+      return "the display texts";
+    case CacheId::Help:
+      return "the help texts";
+    default:
+      return "nothing";
+  }
+}
+
+std::string Join(const std::vector<std::string>& parts) {
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  }
+  return text;
+}
+
+// Of the variables that match.
+std::string List(const CacheContent& cache, const std::function<bool(const CacheVariable&)>& matches,
+                 const std::function<std::string(const CacheVariable&)>& describe) {
+  std::vector<std::string> parts;
+  for (const CacheVariable& variable : cache.Variables) {
+    if (matches(variable)) {
+      parts.push_back(describe(variable));
+    }
+  }
+  return Join(parts);
+}
+
+bool IsNeeded(const CacheVariable& variable) {
+  return variable.Id != CacheId::Status;
+}
+bool IsMissing(const CacheVariable& variable) {
+  return IsNeeded(variable) && !variable.Present;
+}
+bool IsBroken(const CacheVariable& variable) {
+  return !variable.Problem.empty();
+}
+bool IsHarmed(const CacheVariable& variable) {
+  return IsMissing(variable) || IsBroken(variable);
+}
+std::string NameOfVariable(const CacheVariable& variable) {
+  return fmt::format("\"{}\"", variable.Name);
+}
+
+bool IsTextList(CacheId id) {
+  return id == CacheId::Names || id == CacheId::Display || id == CacheId::Help;
+}
+
+// A boot that takes the version for its own restores, whatever it finds.
+std::string DescribeRestore(const CacheContent& cache) {
+  const auto loses =
+      List(cache, IsHarmed, [](const CacheVariable& variable) -> std::string { return LossOf(variable.Id); });
+  const bool recorded = std::any_of(cache.Variables.begin(), cache.Variables.end(), [](const CacheVariable& variable) {
+    return variable.Outcome == Restore::Recorded;
+  });
+  std::string text =
+      fmt::format("It trusts the version and restores what it can: {} are lost or wrong, in whole or in part. ", loses);
+  if (!recorded) {
+    return text +
+           "It does not notice, keeps the cache and publishes the same in every boot, until the firmware version "
+           "changes or a byte other than 0 is written to \"AttCacheStatus\".";
+  }
+  text += fmt::format(
+      "It notices, publishes what there is and deletes the cache; the boot after it {}writes the cache.", kGather);
+  if (std::any_of(cache.Variables.begin(), cache.Variables.end(),
+                  [](const CacheVariable& variable) { return IsMissing(variable) && IsTextList(variable.Id); })) {
+    text +=
+        " Where the variable is missing because the store did not take it, this goes on for ever: boots that gather "
+        "and boots that publish without these texts take turns.";
+  }
+  return text;
+}
+
+std::string DescribeTooLarge(const CacheContent& cache, std::size_t limit) {
+  const auto isOver = [limit](const CacheVariable& variable) { return variable.Footprint > limit; };
+  const bool texts = std::all_of(cache.Variables.begin(), cache.Variables.end(), [&](const CacheVariable& variable) {
+    return !isOver(variable) || IsTextList(variable.Id);
+  });
+  if (!texts) {
+    return fmt::format("It {}cannot write the cache, which it deletes. So does every boot after it.", kGather);
+  }
+  const auto lost =
+      List(cache, isOver, [](const CacheVariable& variable) -> std::string { return LossOf(variable.Id); });
+  return fmt::format(
+      "It {0}writes a cache without {1}. The boot after it publishes without {1}, deletes the cache, and "
+      "the next one gathers again: so for ever, in turns.",
+      kGather, lost);
+}
+
+Json ContentAsJson(const CacheContent& cache) {
+  Json variables = Json::array();
+  for (const CacheVariable& variable : cache.Variables) {
+    variables.push_back({{"name", variable.Name},
+                         {"present", variable.Present},
+                         {"size", variable.Size},
+                         {"footprint", variable.Footprint},
+                         {"content", variable.Content ? Json(*variable.Content) : Json()},
+                         {"entries", variable.Entries},
+                         {"problem", variable.Problem.empty() ? Json() : Json(variable.Problem)}});
+  }
+  return variables;
+}
+
+}  // namespace
+
+const char* NameOf(CacheState state) {
+  switch (state) {
+    case CacheState::Absent:
+      return "absent";
+    case CacheState::Valid:
+      return "valid";
+    case CacheState::Stale:
+      return "stale";
+    case CacheState::MarkedBad:
+      return "marked bad";
+    case CacheState::Partial:
+      return "partial";
+    case CacheState::Corrupt:
+      return "corrupt";
+  }
+  return "";
+}
+
+CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) {
+  const std::string rebuild = std::string("It ") + kGather + "writes the cache anew.";
+  const CacheVariable& version = cache.Of(CacheId::Version);
+  const std::string shown = Quote(cache.Version);
+  if (cache.IsAbsent()) {
+    return {CacheState::Absent, "None of its variables is there.", rebuild};
+  }
+  const std::string missing = List(cache, IsMissing, NameOfVariable);
+  if (!version.Present) {
+    return {CacheState::Partial, fmt::format("There is no {}.", missing),
+            "Without a version nothing is restored. " + rebuild};
+  }
+  if (IsBroken(version)) {
+    return {CacheState::Corrupt, fmt::format("\"{}\": {}.", version.Name, version.Problem),
+            "The version is no firmware's, so nothing is restored. " + rebuild};
+  }
+  if (options.Firmware && *options.Firmware != cache.Version) {
+    return {CacheState::Stale,
+            fmt::format("It is of the firmware version {}, not {}.", shown, Quote(*options.Firmware)), rebuild};
+  }
+  if (cache.Status != 0) {
+    return {CacheState::MarkedBad, fmt::format("\"AttCacheStatus\" is {}, not 0.", cache.Status),
+            rebuild + " That clears the mark."};
+  }
+  const std::string broken = List(cache, IsBroken, [](const CacheVariable& variable) {
+    return fmt::format("\"{}\": {}", variable.Name, variable.Problem);
+  });
+  if (!missing.empty()) {
+    return {CacheState::Partial, fmt::format("There is no {}.{}", missing, broken.empty() ? "" : " " + broken + "."),
+            DescribeRestore(cache)};
+  }
+  if (!broken.empty()) {
+    return {CacheState::Corrupt, broken + ".", DescribeRestore(cache)};
+  }
+  const auto isOver = [&options](const CacheVariable& variable) {
+    return options.Limit && variable.Footprint > *options.Limit;
+  };
+  const std::string over = List(cache, isOver, [&](const CacheVariable& variable) {
+    return fmt::format("\"{}\" ({} bytes, {} over)", variable.Name, variable.Footprint,
+                       variable.Footprint - *options.Limit);
+  });
+  if (!over.empty()) {
+    return {CacheState::Partial,
+            fmt::format("A store that takes {} bytes for a variable does not take {}.", *options.Limit, over),
+            DescribeTooLarge(cache, *options.Limit)};
+  }
+  return {CacheState::Valid,
+          fmt::format("All its variables are there and whole, with {} attributes for the firmware version {}.",
+                      cache.Counters ? cache.Counters->Attributes : 0, shown),
+          fmt::format("{} restores the attributes without a look at the setup, and reads the current values anew; any "
+                      "other version gathers them.",
+                      options.Firmware ? "It" : "A firmware of that version")};
+}
+
+CacheReport ReportCache(Bytes flash, const CacheOptions& options) {
+  CacheReport report;
+  report.Store = ReadVariableStore(flash, report.Findings);
+  report.Content = DecodeCache(report.Store);
+  report.Verdict = JudgeCache(report.Content, options);
+  return report;
+}
+
+std::string CacheAsText(const CacheReport& report, const CacheOptions& options, const Style& style) {
+  const CacheVerdict& verdict = report.Verdict;
+  const std::string name = NameOf(verdict.State);
+  std::string out =
+      fmt::format("verdict: {}\n  {}\nnext boot:\n  {}\n\n", verdict.IsFine() ? style.Strong(name) : style.Bad(name),
+                  verdict.Reason, verdict.NextBoot);
+  out += style.Strong(fmt::format("{:<16}{:>8}{:>12}{:>10}{:>9}  {}", "variable", "data", "with header", "content",
+                                  "entries", "state")) +
+         '\n';
+  for (const CacheVariable& variable : report.Content.Variables) {
+    if (!variable.Present) {
+      out += fmt::format("{:<16}{:>8}{:>12}{:>10}{:>9}  {}\n", variable.Name, "-", "-", "-", "-",
+                         IsNeeded(variable) ? style.Bad("missing") : "missing: as good as 0");
+      continue;
+    }
+    std::string state = variable.Problem.empty() ? "ok" : style.Bad(variable.Problem);
+    if (options.Limit && variable.Footprint > *options.Limit) {
+      state += style.Bad(fmt::format(", {} bytes over the limit", variable.Footprint - *options.Limit));
+    }
+    out += fmt::format("{:<16}{:>8}{:>12}{:>10}{:>9}  {}\n", variable.Name, variable.Size, variable.Footprint,
+                       variable.Content ? fmt::to_string(*variable.Content) : "-",
+                       variable.Entries > 0 ? fmt::to_string(variable.Entries) : "-", state);
+  }
+  if (report.Content.Counters) {
+    const CacheCounters& counters = *report.Content.Counters;
+    out += fmt::format("\ncounted: {} attributes, {} names, {} display texts, {} help texts\n", counters.Attributes,
+                       counters.Names, counters.Display, counters.Help);
+  }
+  const VariableStore& store = report.Store;
+  out += fmt::format("store: {} bytes, {} variables; {} in use, {} deleted, {} free\n", store.Size,
+                     store.Authenticated ? "authenticated" : "plain", store.Live, store.Used - store.Live,
+                     store.Size - store.Used);
+  return out;
+}
+
+std::string CacheAsJson(const CacheReport& report, const CacheOptions& options) {
+  const CacheCounters counters = report.Content.Counters.value_or(CacheCounters{});
+  Json findings = Json::array();
+  for (const Finding& finding : report.Findings.List()) {
+    findings.push_back({{"code", finding.Code}, {"text", finding.Text}});
+  }
+  const Json json = {{"verdict", NameOf(report.Verdict.State)},
+                     {"reason", report.Verdict.Reason},
+                     {"nextBoot", report.Verdict.NextBoot},
+                     {"firmware", options.Firmware ? Json(Utf8FromLatin1(*options.Firmware)) : Json()},
+                     {"limit", options.Limit ? Json(*options.Limit) : Json()},
+                     {"version", Utf8FromLatin1(report.Content.Version)},
+                     {"status", report.Content.Status},
+                     {"counters",
+                      {{"attributes", counters.Attributes},
+                       {"names", counters.Names},
+                       {"display", counters.Display},
+                       {"help", counters.Help}}},
+                     {"variables", ContentAsJson(report.Content)},
+                     {"dependencyList", report.Content.DependencyList ? Json(*report.Content.DependencyList) : Json()},
+                     {"store",
+                      {{"size", report.Store.Size},
+                       {"authenticated", report.Store.Authenticated},
+                       {"live", report.Store.Live},
+                       {"deleted", report.Store.Used - report.Store.Live},
+                       {"free", report.Store.Size - report.Store.Used}}},
+                     {"findings", std::move(findings)}};
+  return json.dump(2) + '\n';
+}
+
+}  // namespace corvane::inspect

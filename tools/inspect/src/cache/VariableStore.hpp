@@ -1,0 +1,43 @@
+/** @file
+  VariableStore: the variables of a flash image, as EDK II keeps them (firmware volume, variable store, variables).
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bytes/ByteReader.hpp"
+#include "bytes/Findings.hpp"
+
+namespace corvane::inspect {
+
+struct Variable {
+  std::u16string Name;
+  std::uint32_t Attributes = 0;
+  Bytes Data;  // leads into the flash image
+};
+
+struct VariableStore {
+  bool Authenticated = false;       // variables carry time stamps and counters
+  std::size_t HeaderSize = 0;       // of each variable
+  std::size_t Size = 0;             // bytes, its own header included
+  std::size_t Used = 0;             // up to the end of the last variable, deleted ones included
+  std::size_t Live = 0;             // of these, what a reclaim keeps
+  std::vector<Variable> Variables;  // the driver's own that are not deleted
+
+  const Variable* Find(std::u16string_view name) const;
+  // What a variable takes of the store's limit for one: its header, its name and its data.
+  std::size_t Footprint(std::u16string_view name, std::size_t dataSize) const;
+};
+
+bool LooksLikeFlash(Bytes content);
+
+// Throws UnusableInput when there is no variable store in it.
+VariableStore ReadVariableStore(Bytes flash, Findings& findings);
+
+}  // namespace corvane::inspect

@@ -1,0 +1,247 @@
+/** @file
+  The five published tables, entry by entry, as the packed structures say (DSP0247, and the display and help tables).
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include "capture/Tables.hpp"
+
+#include "bytes/Text.hpp"
+#include "bytes/Wire.hpp"
+
+namespace corvane::inspect {
+namespace {
+
+static_assert(PLDM_BIOS_ATTRIBUTE_ENUMERATION == static_cast<int>(BaseType::Enumeration));
+static_assert(PLDM_BIOS_ATTRIBUTE_CONFIG_SET == static_cast<int>(BaseType::ConfigurationSet));
+static_assert(PLDM_BIOS_ATTRIBUTE_READ_ONLY == kReadOnly);
+
+constexpr std::size_t kAlignment = 4;
+
+// An entry is longer than any pad, except one of an unknown type in the value table, whose head is not all zero.
+bool IsPad(Bytes rest) {
+  return rest.size() < kAlignment && std::all_of(rest.begin(), rest.end(), [](std::uint8_t byte) { return byte == 0; });
+}
+
+// Splits off and judges the checksum; what comes back are entries and pad.
+Bytes OpenFrame(TableId id, Bytes content, TableFrame& frame, Findings& findings) {
+  const char* name = KindOf(id).Name;
+  frame.Content = content;
+  if (content.size() < PLDM_BIOS_TABLE_CHECKSUM_SIZE) {
+    frame.Sound = false;
+    findings.Add("table-length", "the {} table has {} bytes, too few for its checksum", name, content.size());
+    return {};
+  }
+  if (content.size() % kAlignment != 0) {
+    findings.Add("table-length", "the {} table has {} bytes, which is no multiple of 4", name, content.size());
+  }
+  const Bytes body = content.first(content.size() - PLDM_BIOS_TABLE_CHECKSUM_SIZE);
+  frame.StoredCrc = ByteReader(content.last(PLDM_BIOS_TABLE_CHECKSUM_SIZE)).Read<std::uint32_t>();
+  frame.ComputedCrc = Crc32(body);
+  if (!frame.CrcOk()) {
+    findings.Add("table-crc", "the {} table has the CRC {:08X}, its bytes give {:08X}", name, frame.StoredCrc,
+                 frame.ComputedCrc);
+  }
+  return body;
+}
+
+template <typename Entry, typename ReadEntry>
+void ReadEntries(TableId id, ByteReader& reader, Table<Entry>& table, ReadEntry readEntry, Findings& findings) {
+  const char* name = KindOf(id).Name;
+  while (!IsPad(reader.Rest())) {
+    const std::size_t offset = reader.Offset();
+    const std::size_t before = reader.Left();
+    Entry entry = readEntry(reader);
+    if (!reader.Ok()) {
+      table.Frame.Sound = false;
+      findings.Add("table-malformed", "the {} table breaks off within entry {} at offset {}", name,
+                   table.Entries.size(), offset);
+      return;
+    }
+    table.Frame.LargestEntry = std::max(table.Frame.LargestEntry, before - reader.Left());
+    if (!table.Entries.empty() && entry.Handle <= table.Entries.back().Handle) {
+      findings.Add("handle-order", "the {} table has the handle {} after {}", name, entry.Handle,
+                   table.Entries.back().Handle);
+    }
+    table.ByHandle.try_emplace(entry.Handle, table.Entries.size());
+    table.Entries.push_back(std::move(entry));
+  }
+  table.Frame.Pad = reader.Left();
+}
+
+StringEntry ReadStringEntry(ByteReader& reader) {
+  const auto head = reader.Read<PLDM_BIOS_STRING_ENTRY>();
+  const std::uint16_t length = head.StringLength;
+  return {head.StringHandle, ReadText(reader, length)};
+}
+
+TextEntry ReadTextEntry(ByteReader& reader) {
+  const auto handle = reader.Read<std::uint16_t>();
+  const auto length = reader.Read<std::uint16_t>();
+  return {handle, Ucs2FromBytes(reader.Take(length))};
+}
+
+Bounds ReadBounds(ByteReader& reader, std::uint8_t type) {
+  switch (BaseType{BaseTypeOf(type)}) {
+    case BaseType::Enumeration: {
+      EnumerationBounds bounds;
+      bounds.Names = ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>());
+      bounds.Defaults = ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>());
+      return bounds;
+    }
+    case BaseType::String:
+    case BaseType::Password:
+      return ReadLengthBounds(reader);
+    case BaseType::Integer:
+      return ReadIntegerBounds(reader);
+    case BaseType::BootConfiguration:
+      return ReadBootBounds(reader);
+    case BaseType::Collection:
+      return CollectionBounds{reader.Read<std::array<std::uint8_t, 4>>()};
+    case BaseType::ConfigurationSet:
+      return ConfigurationSetBounds{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
+  }
+  return std::monostate{};  // nothing follows the head of an unknown type
+}
+
+AttributeEntry ReadAttributeEntry(ByteReader& reader) {
+  const auto head = reader.Read<PLDM_BIOS_ATTRIBUTE_ENTRY>();
+  return {head.AttributeHandle, head.AttributeType, head.AttributeNameHandle, ReadBounds(reader, head.AttributeType)};
+}
+
+Value ReadValue(ByteReader& reader, std::uint8_t type) {
+  switch (BaseType{BaseTypeOf(type)}) {
+    case BaseType::Enumeration:
+      return EnumerationValue{ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>())};
+    case BaseType::String:
+      return StringValue{ReadText(reader, reader.Read<std::uint16_t>())};
+    case BaseType::Password:
+      return PasswordValue{ReadText(reader, reader.Read<std::uint16_t>())};
+    case BaseType::Integer:
+      return IntegerValue{reader.Read<std::uint64_t>()};
+    case BaseType::BootConfiguration: {
+      BootValue value;
+      value.ConfigType = reader.Read<std::uint8_t>();
+      value.Mode = reader.Read<std::uint8_t>();
+      value.Order = ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>());
+      return value;
+    }
+    case BaseType::Collection:
+      return CollectionValue{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
+    case BaseType::ConfigurationSet:
+      return ConfigurationSetValue{reader.Read<std::uint8_t>()};
+  }
+  return std::monostate{};
+}
+
+ValueEntry ReadValueEntry(ByteReader& reader) {
+  const auto head = reader.Read<PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY>();
+  return {head.AttributeHandle, head.AttributeType, ReadValue(reader, head.AttributeType)};
+}
+
+template <typename Entry, typename ReadEntry>
+Table<Entry> DecodeTable(TableId id, Bytes content, ReadEntry readEntry, Findings& findings) {
+  Table<Entry> table;
+  ByteReader reader(OpenFrame(id, content, table.Frame, findings));
+  ReadEntries(id, reader, table, readEntry, findings);
+  return table;
+}
+
+constexpr std::array<std::uint32_t, 256> MakeCrcTable() {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t i = 0; i < table.size(); ++i) {
+    std::uint32_t crc = i;
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc & 1) != 0 ? (crc >> 1) ^ 0xEDB88320U : crc >> 1;
+    }
+    table[i] = crc;
+  }
+  return table;
+}
+
+}  // namespace
+
+const std::array<TableKind, 5> kTableKinds = {{
+    {TableId::Strings, "strings", TABLE_STRINGS, TRANSPORT_RECORD_STRINGS, 7680},
+    {TableId::Attributes, "attributes", TABLE_ATTRIBUTES, TRANSPORT_RECORD_ATTRIBUTES, 3072},
+    {TableId::Values, "values", TABLE_VALUES, TRANSPORT_RECORD_VALUES, 2048},
+    {TableId::Display, "display", TABLE_DISPLAY, TRANSPORT_RECORD_DISPLAY, 10240},
+    {TableId::Help, "help", TABLE_HELP, TRANSPORT_RECORD_HELP, 65535},
+}};
+
+std::string TypeName(std::uint8_t type) {
+  static constexpr const char* kNames[] = {"enumeration",        "string",     "password",         "integer",
+                                           "boot-configuration", "collection", "configuration-set"};
+  const std::uint8_t base = BaseTypeOf(type);
+  return base < std::size(kNames) ? kNames[base] : fmt::format("type-{}", base);
+}
+
+std::uint32_t Crc32(Bytes bytes) {
+  static constexpr std::array<std::uint32_t, 256> kTable = MakeCrcTable();
+  std::uint32_t crc = 0xFFFFFFFFU;
+  for (const std::uint8_t byte : bytes) {
+    crc = kTable[(crc ^ byte) & 0xFF] ^ (crc >> 8);
+  }
+  return ~crc;
+}
+
+LengthBounds ReadLengthBounds(ByteReader& reader) {
+  LengthBounds bounds;
+  bounds.Subtype = reader.Read<std::uint8_t>();
+  bounds.Minimum = reader.Read<std::uint16_t>();
+  bounds.Maximum = reader.Read<std::uint16_t>();
+  bounds.DefaultLength = reader.Read<std::uint16_t>();
+  return bounds;
+}
+
+IntegerBounds ReadIntegerBounds(ByteReader& reader) {
+  IntegerBounds bounds;
+  bounds.Lower = reader.Read<std::uint64_t>();
+  bounds.Upper = reader.Read<std::uint64_t>();
+  bounds.Step = reader.Read<std::uint32_t>();
+  bounds.Default = reader.Read<std::uint64_t>();
+  return bounds;
+}
+
+BootBounds ReadBootBounds(ByteReader& reader) {
+  BootBounds bounds;
+  bounds.ConfigType = reader.Read<std::uint8_t>();
+  bounds.Modes = reader.Read<std::uint8_t>();
+  bounds.MinimumSources = reader.Read<std::uint8_t>();
+  bounds.MaximumSources = reader.Read<std::uint8_t>();
+  bounds.Sources = ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>());
+  return bounds;
+}
+
+Table<StringEntry> DecodeStringTable(Bytes content, Findings& findings) {
+  return DecodeTable<StringEntry>(TableId::Strings, content, ReadStringEntry, findings);
+}
+
+Table<AttributeEntry> DecodeAttributeTable(Bytes content, Findings& findings) {
+  return DecodeTable<AttributeEntry>(TableId::Attributes, content, ReadAttributeEntry, findings);
+}
+
+Table<ValueEntry> DecodeValueTable(Bytes content, Findings& findings) {
+  return DecodeTable<ValueEntry>(TableId::Values, content, ReadValueEntry, findings);
+}
+
+TextTable DecodeTextTable(TableId id, Bytes content, Findings& findings) {
+  TextTable table;
+  ByteReader reader(OpenFrame(id, content, table.Frame, findings));
+  const auto length = reader.Read<std::uint16_t>();
+  table.Language = Ucs2FromBytes(reader.Take(length));
+  if (!reader.Ok()) {
+    table.Frame.Sound = false;
+    findings.Add("table-malformed", "the {} table breaks off within its language tag", KindOf(id).Name);
+    return table;
+  }
+  if (table.Language != u"en-US") {
+    findings.Add("table-language", "the {} table is tagged {}", KindOf(id).Name,
+                 QuoteUtf8(Utf8FromUcs2(table.Language)));
+  }
+  ReadEntries(id, reader, table, ReadTextEntry, findings);
+  return table;
+}
+
+}  // namespace corvane::inspect

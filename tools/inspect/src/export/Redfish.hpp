@@ -1,0 +1,43 @@
+/** @file
+  `inspect export --redfish`: the attributes as an AttributeRegistry and a Bios resource (DMTF DSP0268, DSP8010).
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "capture/Catalog.hpp"
+
+namespace corvane::inspect {
+
+// What a capture does not tell of the registry that describes it.
+struct RedfishNames {
+  std::string Id = "BiosAttributeRegistry.v1_0_0";
+  std::string Version = "1.0.0";  // of the registry
+  std::string Owner = "Corvane";
+  std::string BiosUri = "/redfish/v1/Systems/1/Bios";
+};
+
+// An attribute, or something of one, that the registry has no place for.
+struct LeftOut {
+  std::uint16_t Handle = 0;
+  std::string Attribute;
+  std::string What;  // "attribute", "menu", "value", "expression", "dependency", "default", "current"
+  std::string Reason;
+};
+
+struct RedfishExport {
+  nlohmann::ordered_json Registry;
+  nlohmann::ordered_json Bios;
+  std::vector<LeftOut> Left;
+};
+
+RedfishExport ExportRedfish(const Catalog& catalog, const RedfishNames& names);
+
+}  // namespace corvane::inspect

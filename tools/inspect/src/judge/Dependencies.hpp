@@ -1,0 +1,55 @@
+/** @file
+  Dependencies: which attribute's value forces which other attribute, as the annotations of names say.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "capture/Catalog.hpp"
+
+namespace corvane::inspect {
+
+// "Enabled[ForceIf:A=B]" among the values of X: X is forced to Enabled while A is B. "X[ForceIf:A=B]", the attribute's
+// own name: X is held as it is while A is B.
+struct Force {
+  std::size_t Forced = 0;            // position of X in the catalog
+  std::optional<std::size_t> Value;  // position among the values of X; none when X is held as it is
+  bool Inverted = false;             // ForceIfNot: while A is anything but B
+  std::string Text;                  // the annotation
+  std::string Attribute;             // A, as it is named
+  std::string Condition;             // B, likewise
+  std::optional<std::size_t> By;     // position of A; none when no attribute has this name
+  std::optional<std::size_t> When;   // position of B among the values of A, likewise
+
+  bool IsHold() const { return !Value; }
+};
+
+class Dependencies {
+ public:
+  explicit Dependencies(const Catalog& catalog);
+
+  const std::vector<Force>& All() const { return all_; }
+  std::vector<const Force*> OnTo(std::size_t attribute) const;   // what forces it
+  std::vector<const Force*> From(std::size_t attribute) const;   // what it forces
+  std::optional<std::size_t> Find(std::string_view name) const;  // by name without annotations
+
+  // Whether the forcing attribute has a value that makes the force act; no answer when that is not known.
+  std::optional<bool> Acts(const Force& force, const std::map<std::size_t, std::size_t>& planned = {}) const;
+
+ private:
+  const Catalog& catalog_;
+  std::map<std::string, std::size_t, std::less<>> byName_;
+  std::vector<Force> all_;
+};
+
+// A value of an attribute, in words: "Name=Value".
+std::string DescribeSetting(const Catalog& catalog, std::size_t attribute, std::size_t value);
+
+}  // namespace corvane::inspect

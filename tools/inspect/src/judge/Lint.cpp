@@ -1,0 +1,429 @@
+/** @file
+  `inspect lint`: what is lost, dangling, contradictory or out of bounds in a boot's attributes, and what to do about
+it.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include "judge/Lint.hpp"
+
+#include <map>
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+#include "judge/Dependencies.hpp"
+#include "judge/DependencyLint.hpp"
+#include "judge/Expression.hpp"
+#include "bytes/Text.hpp"
+
+namespace corvane::inspect {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::uint64_t kStreamAttributes = 240;  // counted attributes that the attribute stream and its readers reach
+constexpr std::uint64_t kStoreAttributes = 256;   // counted attributes that the driver's store takes
+constexpr std::size_t kCountedQuestions = 241;    // one-of and checkbox questions that become attributes
+constexpr std::size_t kLongestKeyword = 50;  // characters before an annotation; "PidDepList" fails with a longer one
+constexpr std::size_t kDependencyList = 50;  // identifiers in "PidDepList"
+
+// By the beginning of the code; the first that matches.
+constexpr std::pair<std::string_view, const char*> kAdvice[] = {
+    {"table-cut",
+     "Shorten or drop names, texts or questions until the table fits: it is closed with a good checksum, and no "
+     "reader can see what it lacks."},
+    {"attribute-limit", "Make fewer questions attributes: what comes behind the limit is left out without a word."},
+    {"handle-limit", "Make fewer questions attributes: readers that count in eight bits do not reach all of them."},
+    {"name-empty", "Give the question's prompt a keyword in the language \"x-UEFI\"."},
+    {"name-duplicate", "Give each question a keyword of its own: by name, only one of them can be meant."},
+    {"value-duplicate", "Give each option a keyword of its own: by name, only one of them can be chosen."},
+    {"keyword-long",
+     "Shorten the keyword: one of more than 50 characters before its annotations keeps \"PidDepList\" from "
+     "being written."},
+    {"dependency-list", "Depend on fewer questions: \"PidDepList\" holds 50 of them."},
+    {"dependency-differs", "Boot from the setup's form sets again, so that the list is written anew."},
+    {"annotation-malformed",
+     "Write \"[ForceIf:NAME=VALUE]\", \"[ForceIfNot:NAME=VALUE]\" or \"[RegEx:EXPRESSION]\", without "
+     "blanks, directly behind the name."},
+    {"annotation-dangling", "Correct the name or value in the annotation, or take it out: as it is, it is never true."},
+    {"dependency-cycle", "Break the chain: whoever sets one of these values sets off all of them."},
+    {"dependency-contradiction", "Change one of the annotations: nobody can satisfy both."},
+    {"dependency-unmet",
+     "Nothing, if the platform lets it be; otherwise set the attribute to the value that is forced."},
+    {"expression-invalid", "Correct the expression: brackets are the octal escapes 133 and 135, backslashes doubled."},
+    {"value-expression", "Set a value that matches, or correct the expression."},
+    {"value-bounds", "Set a value inside the bounds, or correct these in the form."},
+    {"default-bounds", "Correct the default or the bounds: a reset to defaults leads to a value that cannot be set."},
+    {"bounds-empty", "Correct the bounds in the form: no value lies within them."},
+    {"value-above-byte",
+     "Expect it: a boot from the cache reads the setting again and keeps its low byte. Rely on this value "
+     "in boots that gather from the form sets alone."},
+    {"cache-limit", "Raise the limit for one variable in the platform (PcdMaxVariableSize), or shorten the texts."},
+    {"cache-", "See \"inspect cache\" for what the next boot does about it."},
+    {"other-boot", "Give the flash image that this very boot left behind."},
+    {"texts-unpaired", "Nothing, if texts are not needed: what cannot be proven is not paired."},
+    {"type-unknown", "Have the firmware's builder write one of the seven types: readers cannot go beyond this entry."},
+    {"",
+     "Take the capture anew. If it comes out alike, the firmware that sent it is at fault: \"inspect validate\" shows "
+     "where."},
+};
+
+const char* AdviceFor(std::string_view code) {
+  for (const auto& [prefix, advice] : kAdvice) {
+    if (code.starts_with(prefix)) {
+      return advice;
+    }
+  }
+  return "";
+}
+
+class Linter {
+ public:
+  Linter(const Image& image, const CacheReport* cache, const LintOptions& options)
+      : image_(image),
+        cache_(cache),
+        options_(options),
+        stored_(UsableTexts()),
+        pairing_(PairTexts(image, stored_)),
+        catalog_(MakeCatalog(image)),
+        dependencies_(catalog_) {}
+
+  std::vector<LintFinding> Run() {
+    if (cache_ != nullptr) {
+      LintCache();
+    }
+    LintCuts();
+    LintStructure();
+    LintStream();
+    LintLimits();
+    for (const CatalogAttribute& attribute : catalog_.Attributes) {
+      LintName(attribute);
+      LintValue(attribute);
+    }
+    LintDuplicates();
+    for (DependencyProblem& problem : FindDependencyProblems(catalog_, dependencies_)) {
+      // What a cut took away is not missing from the setup.
+      const bool lost = problem.Code == "annotation-dangling" && IsCut({TableId::Strings, TableId::Attributes});
+      if (!lost) {
+        Add(problem.Code, std::move(problem.Text), problem.IsNote);
+      }
+    }
+    LintDependencyList();
+    if (!pairing_.Reason.empty()) {
+      Add("texts-unpaired",
+          fmt::format("From attribute {} on, texts are not paired with attributes: {}.", pairing_.FirstUnpaired,
+                      pairing_.Reason),
+          true);
+    }
+    return std::move(findings_);
+  }
+
+ private:
+  const StoredTexts* UsableTexts() {
+    const bool whole = cache_ != nullptr && cache_->Content.Of(CacheId::Names).Problem.empty() &&
+                       cache_->Content.Of(CacheId::Display).Problem.empty() && !cache_->Content.Texts.Names.empty();
+    if (!whole) {
+      return nullptr;
+    }
+    otherBoot_ = image_.OfCache ? "" : CompareBoots(image_, cache_->Content);
+    return otherBoot_.empty() ? &cache_->Content.Texts : nullptr;
+  }
+
+  void Add(std::string code, std::string text, bool isNote = false, std::vector<LostEntry> lost = {}) {
+    const char* advice = AdviceFor(code);
+    findings_.push_back({std::move(code), std::move(text), advice, isNote, std::move(lost)});
+  }
+
+  bool IsCut(std::initializer_list<TableId> tables) const {
+    return std::any_of(tables.begin(), tables.end(), [this](TableId id) { return cut_.contains(id); });
+  }
+
+  void LintCache() {
+    for (const Finding& finding : cache_->Findings.List()) {
+      Add(finding.Code, finding.Text + ".");
+    }
+    const CacheVerdict& verdict = cache_->Verdict;
+    if (!otherBoot_.empty()) {
+      Add("other-boot", fmt::format("The variable store is of another boot: {}.", otherBoot_));
+    }
+    for (const CacheVariable& variable : cache_->Content.Variables) {
+      if (options_.Limit && variable.Footprint > *options_.Limit) {
+        Add("cache-limit",
+            fmt::format("\"{}\" takes {} bytes of a variable store, {} more than the limit of {}.", variable.Name,
+                        variable.Footprint, variable.Footprint - *options_.Limit, *options_.Limit));
+      }
+    }
+    if (!verdict.IsFine()) {
+      std::string code = fmt::format("cache-{}", NameOf(verdict.State));
+      std::replace(code.begin(), code.end(), ' ', '-');
+      // A limit is told above.
+      if (!cache_->Content.IsWhole() || verdict.State != CacheState::Partial) {
+        Add(std::move(code), fmt::format("The cache is {}. {}", NameOf(verdict.State), verdict.Reason));
+      }
+    }
+  }
+
+  // What only the attribute stream says of an attribute has no checksum; the cache of the same boot says it again.
+  void LintStream() {
+    if (stored_ == nullptr || image_.OfCache || !image_.Stream || !image_.Stream->Sound) {
+      return;
+    }
+    for (const StreamRecord& cached : cache_->Content.Records) {
+      const StreamRecord* sent = image_.Stream->Find(cached.Attribute.Handle);
+      if (sent != nullptr &&
+          (sent->Token != cached.Token || sent->ValueSize != cached.ValueSize ||
+           sent->PlatformValues != cached.PlatformValues || !(sent->Attribute == cached.Attribute))) {
+        Add("stream-differs",
+            fmt::format("Attribute {} differs between the attribute stream and the cache.", cached.Attribute.Handle));
+      }
+    }
+  }
+
+  void LintCuts() {
+    for (TableCut& cut : FindCuts(image_, stored_ != nullptr ? &cache_->Content : nullptr)) {
+      cut_.insert(cut.Id);
+      const std::string first = cut.FirstLost ? fmt::format(", from handle {} on", *cut.FirstLost) : "";
+      const std::string over = cut.BytesOver ? fmt::format("; whole, it is {} bytes over its capacity of {}",
+                                                           *cut.BytesOver, KindOf(cut.Id).Capacity)
+                                             : "";
+      Add("table-cut",
+          fmt::format("The {} table {} {} entries{}{}.", KindOf(cut.Id).Name, image_.OfCache ? "will lack" : "lacks",
+                      cut.Lost, first, over),
+          false, std::move(cut.Known));
+    }
+  }
+
+  // Without what a cut accounts for.
+  void LintStructure() {
+    for (const Finding& finding : image_.Findings.List()) {
+      const std::string& code = finding.Code;
+      const bool explained =
+          code == "table-cut" || code == "table-overfull" || (code == "name-dangling" && IsCut({TableId::Strings})) ||
+          (code == "value-missing" && IsCut({TableId::Values})) ||
+          ((code == "value-dangling" || code == "member-dangling") && IsCut({TableId::Attributes})) ||
+          (code == "table-length" &&
+           IsCut({TableId::Strings, TableId::Attributes, TableId::Values, TableId::Display, TableId::Help}) &&
+           image_.OfCache);
+      if (!explained) {
+        Add(code, finding.Text + ".");
+      }
+    }
+  }
+
+  void LintLimits() {
+    const Stream* stream = image_.Stream ? &*image_.Stream : nullptr;
+    if (stream != nullptr && stream->AttributeCount > kStreamAttributes) {
+      Add("handle-limit", fmt::format("There are {} attributes, and {} at most have handles up to 255.",
+                                      stream->AttributeCount, kStreamAttributes));
+    }
+    // The setup's end at its last collection.
+    const auto& records = cache_ != nullptr && stored_ != nullptr ? cache_->Content.Records
+                          : stream != nullptr                     ? stream->Records
+                                                                  : std::vector<StreamRecord>{};
+    std::size_t questions = 0;
+    std::size_t ofSetup = 0;
+    for (const StreamRecord& record : records) {
+      const BaseType type{BaseTypeOf(record.Attribute.Type)};
+      questions += type == BaseType::Enumeration ? 1 : 0;
+      ofSetup = type == BaseType::Collection ? questions : ofSetup;
+    }
+    if (stream != nullptr && stream->AttributeCount >= kStoreAttributes) {
+      Add("attribute-limit",
+          fmt::format("There are {} attributes, the most there can be: of further questions none is.",
+                      stream->AttributeCount));
+    } else if (ofSetup >= kCountedQuestions) {
+      Add("attribute-limit", fmt::format("{} one-of and checkbox questions are attributes, the most there can be: of "
+                                         "further questions none is.",
+                                         ofSetup));
+    }
+  }
+
+  void LintName(const CatalogAttribute& attribute) {
+    const std::uint16_t handle = attribute.Entry->Handle;
+    if (attribute.Name.Text.empty()) {
+      Add("name-empty", fmt::format("Attribute {} has an empty name.", handle));
+    }
+    LintAnnotations(attribute.Name, fmt::format("the name of attribute {}", handle));
+    if (!attribute.Name.Annotations.empty() && attribute.Name.Text.size() > kLongestKeyword) {
+      Add("keyword-long", fmt::format("Attribute {} has an annotation behind a name of {} characters.", handle,
+                                      attribute.Name.Text.size()));
+    }
+    for (const CatalogValue& value : attribute.Possible) {
+      LintAnnotations(value.Name, fmt::format("a value of {}", QuoteUtf8(attribute.Name.Text)));
+    }
+  }
+
+  void LintAnnotations(const CatalogName& name, const std::string& where) {
+    if (!name.Problem.empty()) {
+      Add("annotation-malformed", fmt::format("In {}, {}: {}.", where, QuoteUtf8(name.Full), name.Problem));
+    }
+    for (const Annotation& annotation : name.Annotations) {
+      if (annotation.Kind != AnnotationKind::RegEx) {
+        continue;
+      }
+      if (const Expression expression(annotation.Expression); !expression.Problem().empty()) {
+        Add("expression-invalid", fmt::format("The expression {} in {} does not compile: {}.",
+                                              QuoteUtf8(annotation.Expression), where, expression.Problem()));
+      }
+    }
+  }
+
+  void LintDuplicates() {
+    std::map<std::string, std::vector<std::uint16_t>> byName;
+    for (const CatalogAttribute& attribute : catalog_.Attributes) {
+      byName[attribute.Name.Text].push_back(attribute.Entry->Handle);
+      std::set<std::string> values;
+      for (const CatalogValue& value : attribute.Possible) {
+        if (!values.insert(value.Name.Text).second) {
+          Add("value-duplicate", fmt::format("Attribute {} has the value {} twice.", QuoteUtf8(attribute.Name.Text),
+                                             QuoteUtf8(value.Name.Text)));
+        }
+      }
+    }
+    for (const auto& [name, handles] : byName) {
+      if (handles.size() > 1 && !name.empty()) {
+        Add("name-duplicate", fmt::format("{} attributes have the name {}: {}.", handles.size(), QuoteUtf8(name),
+                                          fmt::join(handles, ", ")));
+      }
+    }
+  }
+
+  void LintValue(const CatalogAttribute& attribute) {
+    const std::string name = QuoteUtf8(attribute.Name.Text);
+    if (const auto* bounds = std::get_if<IntegerBounds>(&attribute.Entry->Bounds)) {
+      LintInteger(attribute, name, *bounds);
+    } else if (const auto* lengths = std::get_if<LengthBounds>(&attribute.Entry->Bounds)) {
+      LintLength(attribute, name, *lengths);
+    } else if (const auto* boot = std::get_if<BootBounds>(&attribute.Entry->Bounds)) {
+      const std::size_t count = attribute.Value != nullptr ? std::get<BootValue>(*attribute.Value).Order.size() : 0;
+      if (attribute.Value != nullptr && !boot->Sources.empty() &&
+          (count < boot->MinimumSources || count > boot->MaximumSources)) {
+        Add("value-bounds", fmt::format("{} has {} boot sources, not {} to {}.", name, count, boot->MinimumSources,
+                                        boot->MaximumSources));
+      }
+    }
+  }
+
+  void LintInteger(const CatalogAttribute& attribute, const std::string& name, const IntegerBounds& bounds) {
+    if (bounds.Lower > bounds.Upper) {
+      return Add("bounds-empty", fmt::format("{} has the bounds {} to {}.", name, bounds.Lower, bounds.Upper));
+    }
+    const auto fits = [&bounds](std::uint64_t value) {
+      return value >= bounds.Lower && value <= bounds.Upper &&
+             (bounds.Step == 0 || (value - bounds.Lower) % bounds.Step == 0);
+    };
+    const std::string domain = fmt::format("{} to {} in steps of {}", bounds.Lower, bounds.Upper, bounds.Step);
+    if (!fits(bounds.Default)) {
+      Add("default-bounds", fmt::format("{} has the default {}, not one of {}.", name, bounds.Default, domain));
+    }
+    if (attribute.Value == nullptr) {
+      return;
+    }
+    const std::uint64_t value = std::get<IntegerValue>(*attribute.Value).Value;
+    if (!fits(value)) {
+      Add("value-bounds", fmt::format("{} is {}, not one of {}.", name, value, domain));
+    }
+    if (value > 0xFF && attribute.Token.value_or(0) != 0) {
+      Add("value-above-byte",
+          fmt::format("{} is {}, which a boot from the cache reads as {}.", name, value, value & 0xFF), true);
+    }
+  }
+
+  void LintLength(const CatalogAttribute& attribute, const std::string& name, const LengthBounds& bounds) {
+    if (bounds.Minimum > bounds.Maximum) {
+      return Add("bounds-empty", fmt::format("{} has a length of {} to {}.", name, bounds.Minimum, bounds.Maximum));
+    }
+    const auto* value = attribute.Value != nullptr ? std::get_if<StringValue>(attribute.Value) : nullptr;
+    if (value == nullptr) {
+      return;
+    }
+    const std::size_t length = value->Text.size();
+    if (length < bounds.Minimum || length > bounds.Maximum) {
+      Add("value-bounds",
+          fmt::format("{} has a text of {} characters, not {} to {}.", name, length, bounds.Minimum, bounds.Maximum));
+    }
+    const std::string* expression = attribute.Name.Expression();
+    if (expression == nullptr) {
+      return;
+    }
+    const Expression compiled(*expression);
+    if (compiled.Problem().empty() && !compiled.Matches(value->Text)) {
+      Add("value-expression",
+          fmt::format("{} is {}, which does not match {}.", name, Quote(value->Text), QuoteUtf8(*expression)));
+    }
+  }
+
+  // "PidDepList" names the questions that keywords of others depend on.
+  void LintDependencyList() {
+    const std::set<std::uint32_t> wanted = DependencyTokens(catalog_, dependencies_);
+    if (wanted.size() > kDependencyList) {
+      Add("dependency-list",
+          fmt::format("{} questions are depended on, and \"PidDepList\" holds {}.", wanted.size(), kDependencyList));
+    }
+    if (stored_ == nullptr || !cache_->Content.DependencyList || IsCut({TableId::Attributes, TableId::Strings})) {
+      return;
+    }
+    const std::vector<std::uint32_t>& list = *cache_->Content.DependencyList;
+    for (const std::uint32_t token : wanted) {
+      if (std::find(list.begin(), list.end(), token) == list.end() && list.size() < kDependencyList) {
+        Add("dependency-differs", fmt::format("Question {} belongs into \"PidDepList\" and is not in it.", token));
+      }
+    }
+  }
+
+  const Image& image_;
+  const CacheReport* cache_;
+  const LintOptions& options_;
+  std::string otherBoot_;
+  const StoredTexts* stored_;
+  Pairing pairing_;
+  Catalog catalog_;
+  Dependencies dependencies_;
+  std::set<TableId> cut_;
+  std::vector<LintFinding> findings_;
+};
+
+}  // namespace
+
+std::vector<LintFinding> Lint(const Image& image, const CacheReport* cache, const LintOptions& options) {
+  return Linter(image, cache, options).Run();
+}
+
+bool IsClean(const std::vector<LintFinding>& findings) {
+  return std::all_of(findings.begin(), findings.end(), [](const LintFinding& finding) { return finding.IsNote; });
+}
+
+std::string LintAsText(const std::vector<LintFinding>& findings, const Style& style) {
+  std::string out;
+  std::size_t notes = 0;
+  for (const LintFinding& finding : findings) {
+    notes += finding.IsNote ? 1 : 0;
+    out += fmt::format("{} {}: {}\n", finding.IsNote ? style.Strong("note:") : style.Bad("finding:"), finding.Code,
+                       finding.Text);
+    for (const LostEntry& lost : finding.Lost) {
+      out += fmt::format("    {} {}\n", lost.Handle, QuoteUtf8(lost.Text));
+    }
+    out += fmt::format("  do: {}\n", finding.Advice);
+  }
+  return out + fmt::format("{} findings, {} notes\n", findings.size() - notes, notes);
+}
+
+std::string LintAsJson(const std::vector<LintFinding>& findings) {
+  Json list = Json::array();
+  for (const LintFinding& finding : findings) {
+    Json lost = Json::array();
+    for (const LostEntry& entry : finding.Lost) {
+      lost.push_back({{"handle", entry.Handle}, {"text", entry.Text}});
+    }
+    list.push_back({{"code", finding.Code},
+                    {"severity", finding.IsNote ? "note" : "finding"},
+                    {"text", finding.Text},
+                    {"advice", finding.Advice},
+                    {"lost", std::move(lost)}});
+  }
+  return Json{{"clean", IsClean(findings)}, {"findings", std::move(list)}}.dump(2) + '\n';
+}
+
+}  // namespace corvane::inspect

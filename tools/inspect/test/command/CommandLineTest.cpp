@@ -1,0 +1,151 @@
+/** @file
+  Tests of each subcommand's exit status and output.
+
+  Copyright (c) 2026, Corvane contributors
+  SPDX-License-Identifier: BSD-2-Clause-Patent
+**/
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "command/CommandLine.hpp"
+#include "test/TestNotebook.hpp"
+
+namespace corvane::inspect {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class CommandLineTest : public ::testing::Test {
+ protected:
+  CommandLineTest() {
+    std::filesystem::create_directories(folder_);
+    Save("a.bin", Encode({}));
+    Notebook changed;
+    changed.Records[3].Current = 0;
+    changed.Records[1].Installed = 1;
+    b_ = Encode(changed);
+    Save("b.bin", b_);
+    changed.Displays[0] = u"Sicher";
+    changed.Damage = DamageCrc;
+    Save("c.bin", Encode(changed));
+  }
+  ~CommandLineTest() override { std::filesystem::remove_all(folder_); }
+
+  void Save(const std::string& name, const Out& bytes) {
+    std::ofstream file(folder_ / name, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  }
+
+  int Run(const std::string& line) {
+    std::vector<std::string> arguments = Split(line, ' ');
+    std::vector<const char*> argv{"inspect"};
+    for (std::string& argument : arguments) {
+      if (argument.ends_with(".bin")) {
+        argument = (folder_ / argument).string();
+      }
+      argv.push_back(argument.c_str());
+    }
+    out_.str("");
+    err_.str("");
+    return RunCommandLine(static_cast<int>(argv.size()), argv.data(), false, out_, err_);
+  }
+
+  std::filesystem::path folder_ =
+      std::filesystem::path(::testing::TempDir()) /
+      (std::string("inspect_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  Out b_;
+  std::ostringstream out_;
+  std::ostringstream err_;
+};
+
+TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
+  Save("empty.bin", {});
+  Save("noise.bin", Out(100, 'x'));
+  struct Row {
+    std::string Line;
+    int Status;
+    ::testing::Matcher<std::string> Output;
+    ::testing::Matcher<std::string> Errors = "";
+  };
+  const Row rows[] = {
+      {"show --no-tables a.bin", 0, kNotebookLines},
+      {"show a.bin", 0, AllOf(StartsWith(kNotebookLines), HasSubstr("\n\ntable  "), EndsWith(" 3  ok\n"))},
+      {"show Admin a.bin", 0, StartsWith("1 Admin[RegEx:^\\\\x20$] password = installed")},
+      {"show Admin[RegEx:^\\\\x20$] a.bin", 0, HasSubstr("\n  type            password (0x02)\n")},
+      {"show SecureBoot a.bin", 0, HasSubstr("1: On (string 23), setting value 69\n")},
+      {"show Setup a.bin", 0, AllOf(HasSubstr("19 Setup"), HasSubstr("\n21 Setup"))},
+      {"show Nobody a.bin", 2, "", EndsWith("a.bin: no attribute has the name \"Nobody\"\n")},
+      {"show --texts a.bin", 0, StartsWith("display texts (en-US)\n16 \"Secure Boot\"\n17 \"Pr\u00FCfung \u4E2D\"\n")},
+      {"show c.bin", 1, HasSubstr("  bad\ndisplay"), StartsWith("finding: table-crc: the values table has ")},
+      {"show missing.bin", 2, "", EndsWith("missing.bin: No such file or directory\n")},
+      {"show " + folder_.string(), 2, "", EndsWith(": is a directory\n")},
+      {"show empty.bin", 2, "", EndsWith("empty.bin: the capture is empty\n")},
+      {"show noise.bin", 2, "", HasSubstr("no transport record begins at offset 0\n")},
+      {"show", 2, "", HasSubstr("FILE")},
+      {"frobnicate", 2, "", HasSubstr("subcommand")},
+      {"--help", 0, HasSubstr("diff-tables")},
+      {"diff-tables a.bin a.bin", 0, "strings: equal\nattributes: equal\nvalues: equal\ndisplay: equal\nhelp: equal\n"},
+      {"diff-tables a.bin b.bin --only values,help", 1,
+       "values: differ from offset 5 on (64 and 68 bytes)\n  2 System: - -> installed\n"
+       "  16 SecureBoot: On -> Off[ForceIf:Tpm=Off]\nhelp: equal\n"},
+      {"diff-tables b.bin c.bin --only strings,display", 1,
+       "strings: equal\ndisplay: differ from offset 14 on (68 and 60 bytes)\n"},
+      {"diff a.bin a.bin", 0, "0 differences, 0 breaking\n"},
+      {"diff a.bin b.bin --no-values", 0, "0 differences, 0 breaking\n"},
+      {"diff --json a.bin b.bin", 1, HasSubstr("\"what\": \"current\",\n      \"old\": \"On\"")},
+      {"diff a.bin c.bin", 1, HasSubstr("2 differences, 0 breaking\n"), EndsWith("c.bin: 1 findings (table-crc)\n")},
+      {"export a.bin", 2, "", HasSubstr("--json or --redfish")},
+      {"export --json a.bin", 0, StartsWith("{\n \"format\": \"corvane-capture\",\n \"version\": 1,\n")},
+      {"export --json a.bin -o " + folder_.string(), 2, "", HasSubstr(": cannot be written: ")},
+      {"export --redfish a.bin", 0, HasSubstr("\"what\": \"attribute\",\n      \"reason\": \"a boot order")},
+      {"import b.bin", 0, std::string(reinterpret_cast<const char*>(b_.data()), b_.size())},
+      {"report a.bin --since c.bin --json", 1, HasSubstr("\"older\": \"" + (folder_ / "c.bin").string())},
+      {"diff-tables a.bin noise.bin", 2, "", HasSubstr("noise.bin: ")},
+      {"diff-tables a.bin b.bin --only colours", 2, "", HasSubstr("colours")},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(Run(row.Line), row.Status) << row.Line << err_.str();
+    EXPECT_THAT(out_.str(), row.Output) << row.Line;
+    EXPECT_THAT(err_.str(), row.Errors) << row.Line;
+  }
+}
+
+TEST_F(CommandLineTest, JsonHoldsTheWholeCapture) {
+  ASSERT_EQ(Run("show --json a.bin"), 0);
+  const auto json = nlohmann::json::parse(out_.str());
+  const std::pair<const char*, nlohmann::json> rows[] = {
+      {"/attributes/3/possible/1", {{"name", "On"}, {"nameHandle", 23}, {"value", 69}}},
+      {"/attributes/3/current/indices", {1}},
+      {"/attributes/3/token", 1016},
+      {"/attributes/4/upper", 0xFFFFFFFFFFFFFFFF},
+      {"/attributes/5/current/text", "a\"b\\c\x01ÿ"},
+      {"/attributes/1/current", nullptr},
+      {"/values/1/current/order", {1, 0}},
+      {"/tables/0/lost", 0},
+      {"/strings/13", {{"handle", 29}, {"text", "Travel"}}},
+      {"/displayTexts/entries/1/text", "Prüfung 中"},
+      {"/directory/entries/4/tableId", 4},
+      {"/descriptors/9/capacity", 10240},
+      {"/stream/records/0/installed", true},
+      {"/stream/nameCount", 14},
+      {"/findings", nlohmann::json::array()},
+  };
+  for (const auto& [pointer, expected] : rows) {
+    EXPECT_EQ(json.at(nlohmann::json::json_pointer(pointer)), expected) << pointer;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::inspect
