@@ -12,8 +12,8 @@
 #include <Library/MemoryAllocationLib.h>
 #include <Library/TextOutputLib.h>
 #include "AttrNames.h"
+#include "AttrPairing.h"
 #include "AttrShow.h"
-#include "AttrTexts.h"
 
 STATIC CONST CHAR8 *CONST  mTypeNames[] = {
   "enumeration", "string", "password", "integer", "boot-configuration", "collection", "configuration-set"
@@ -509,6 +509,50 @@ PutExpressions (
   }
 }
 
+/**
+  Prints display and help text, where they are known to be the attribute's.
+**/
+STATIC
+VOID
+PutTexts (
+  IN AttributeAccessProtocol  *Access,
+  IN CONST AttributeEntry     *Entries,
+  IN UINTN                    Count,
+  IN UINT16                   Handle
+  )
+{
+  TextPairing  Pairing;
+  CHAR16       *Help;
+  UINTN        Index;
+
+  PairTexts (Access, Entries, Count, &Pairing);   // what is not paired is not printed
+  for (Index = 0; (Pairing.Paired != NULL) && (Index < Count); Index++) {
+    if ((Entries[Index].Attribute.Handle != Handle) || (Pairing.Paired[Index].Display == NULL)) {
+      continue;
+    }
+
+    PutText ("Display:  ");
+    PutWideText (Pairing.Paired[Index].Display);
+    PutText ("\n");
+    Help = NULL;
+    if (Pairing.Paired[Index].HelpHandle != 0) {
+      Help = ReadText (Access, Access->GetTextStringA, Pairing.Paired[Index].HelpHandle);
+    }
+
+    if ((Help != NULL) && (*Help != L'\0')) {
+      PutText ("Help:     ");
+      PutWideText (Help);
+      PutText ("\n");
+    }
+
+    if (Help != NULL) {
+      FreePool (Help);
+    }
+  }
+
+  FreePairing (&Pairing);
+}
+
 SHELL_STATUS
 DescribeAttribute (
   IN CONST AttrCommand  *Command
@@ -518,7 +562,6 @@ DescribeAttribute (
   AttributeEntry  *Entries;
   UINTN           Count;
   UINTN           Index;
-  EFI_STATUS      Status;
   SHELL_STATUS    Result;
 
   Result = ReadNamedEntry (Command, &Entry);
@@ -545,15 +588,12 @@ DescribeAttribute (
 
   PutExpressions (Entry.Name);
   PutDependencies (Command->Access, &Entry, NULL);
-  Status = ReadEntries (Command->Access, ReadEntry, &Entries, &Count);
+  ReadEntries (Command->Access, ReadEntry, &Entries, &Count);   // without the others, what depends on them is not printed
   for (Index = 0; Index < Count; Index++) {
     PutDependencies (Command->Access, &Entries[Index], Entry.Name);
   }
 
-  if (!EFI_ERROR (Status)) {
-    PutTexts (&Entry, Entries, Count);   // only a list of all attributes tells the driver's own from the setup's
-  }
-
+  PutTexts (Command->Access, Entries, Count, Entry.Attribute.Handle);
   FreeEntries (Entries, Count);
   FreeEntry (&Entry);
   return SHELL_SUCCESS;
