@@ -71,7 +71,7 @@ boot() {
     shift 2
   done
 
-  local folder="$OUT/$name" work="$BUILD/boot/$name" firmware start
+  local folder="$OUT/$name" work="$BUILD/boot/$name" firmware start typist='' status=0
   firmware=$(firmware_output "$target")/FV
   rm -rf "$folder" "$work.new"
   mkdir -p "$folder" "$work.new"
@@ -103,7 +103,13 @@ boot() {
   done
 
   start=$(now_ms)
-  run_until_power_off "$name" "$limit" "$folder/serial.log" "${qemu[@]}" || return
+  if ((${#keys[@]} > 0)); then
+    type_when_asked "$folder/serial.log" "$work" "${memory:+$folder/memory.bin}" "${keys[@]}" &
+    typist=$!
+  fi
+  run_until_power_off "$name" "$limit" "$folder/serial.log" "${qemu[@]}" || status=$?
+  [[ -z $typist ]] || kill "$typist" 2>/dev/null || true
+  ((status == 0)) || return "$status"
   truncate -s "$VARS_SIZE" "$work/vars.fd"
   mv "$work/vars.fd" "$folder/vars.fd"
   copy_from_disk "$work/disk.img" "$folder" "${files[@]}"
@@ -162,12 +168,11 @@ copy_from_disk() {
 
 # A DEBUG firmware that fails an assertion stops for good: no use waiting for the limit.
 run_until_power_off() {
-  local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) asked=0 problem=''
+  local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) problem=''
   shift 3
   start_child "$log.qemu" "$@"
   while [[ -z $problem ]] && child_runs; do
     sleep 0.1
-    attend "$log"
     if grep -aqE "$FATAL_LINES" "$log"; then
       problem="stopped: $(grep -aE -m1 "$FATAL_LINES" "$log" | tr -d '\r')"
     elif ((SECONDS >= deadline)); then
@@ -183,24 +188,32 @@ run_until_power_off() {
   [[ -z $problem ]] || { complain "boot '$name' $problem [log: ${log#"$ROOT/"}]"; return 1; }
 }
 
-# For boot and run_until_power_off: types what the guest waits for.
-attend() {
-  ((asked < ${#keys[@]})) || return 0
-  (($(grep -ao 'Password: ' "$1" | wc -l) > asked)) || return 0
-  if [[ -n $memory ]] && ((asked == ${#keys[@]} - 1)); then save_memory "$folder/memory.bin"; fi
-  printf '%s' "${keys[asked]}" >"$work/console.in"
-  asked=$((asked + 1))
+# type_when_asked LOG FOLDER MEMORY KEYS...: types the keys for the first "Password: " on the console, then those for the
+# second, and so on. Saves the memory of the guest to the file MEMORY, if one is given, before the last keys. FOLDER has the
+# pipes to QEMU.
+type_when_asked() {
+  local log=$1 folder=$2 memory=$3 asked=0
+  shift 3
+  while (($# > 0)); do
+    sleep 0.1
+    (($(grep -ao 'Password: ' "$log" | wc -l) > asked)) || continue
+    asked=$((asked + 1))
+    if [[ -n $memory ]] && (($# == 1)); then save_memory "$memory" "$folder/monitor.in"; fi
+    printf '%s' "$1" >"$folder/console.in"
+    shift
+  done
 }
 
-# The monitor answers when it is done, but nobody listens: the file's size tells.
+# save_memory FILE MONITOR: pauses the guest meanwhile. Nobody reads what the monitor answers; the size of the file tells
+# when the memory is written.
 save_memory() {
   local left=300
-  printf 'stop\npmemsave %s %s "%s"\n' "$MEMORY_START" "$MEMORY_SIZE" "$1" >"$work/monitor.in"
+  printf 'stop\npmemsave %s %s "%s"\n' "$MEMORY_START" "$MEMORY_SIZE" "$1" >"$2"
   while [[ ! -f $1 ]] || (($(stat -c %s "$1") < MEMORY_SIZE)); do
-    ((left-- > 0)) && child_runs || return
+    ((left-- > 0)) || return
     sleep 0.1
   done
-  printf 'cont\n' >"$work/monitor.in"
+  printf 'cont\n' >"$2"
 }
 
 last_line() { tr -d '\r\0' <"$1" | grep -a '[[:graph:]]' | tail -n 1; }

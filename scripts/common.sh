@@ -139,3 +139,36 @@ lock_checkout() {
   say 'waiting for another ./corvane of this checkout to end'
   flock 9
 }
+
+# wrong_usage MESSAGE: ends with the status of a command that cannot be run as it was given.
+wrong_usage() {
+  complain "$1"
+  exit 2
+}
+
+# no_arguments "$@": for commands that take none.
+no_arguments() { (($# == 0)) || wrong_usage "unexpected argument: $1"; }
+
+# set_up build|bench|test|coverage: packages and EDK II.
+set_up() {
+  mkdir -p "$BUILD" "$OUT" 2>/dev/null || die "cannot write to $ROOT"
+  lock_checkout
+  install_packages "$1"
+  prepare_edk2
+}
+
+# copy_checkout FOLDER: the sources of the firmware and the scripts, to build them with changes. Earlier build results stay
+# in the folder.
+copy_checkout() {
+  local folder=$1
+  mkdir -p "$folder"
+  rm -rf "$folder"/{VaroFeaturesPkg,scripts}
+  cp -r "$ROOT"/{VaroFeaturesPkg,scripts} "$folder/"
+}
+
+# in_checkout FOLDER FUNCTION [ARGUMENT]...: calls a function with the places (ROOT, BUILD, OUT) of a copy. The places are
+# constants, so this takes a process of its own.
+in_checkout() {
+  # shellcheck disable=SC2016  # the inner shell expands it
+  bash -c 'set -euo pipefail; source "$0/scripts/parts.sh"; mkdir -p "$BUILD" "$OUT"; "$@"' "$@"
+}

@@ -28,21 +28,54 @@ build_inspector() {
   cmp -s "$built" "$OUT/inspect" || cp "$built" "$OUT/inspect"
 }
 
-build_host_tests() {
+configure_host_tests() {
   configure_host "$HOST_TESTS" -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-  run_logged host-tests 'Building the host tests' cmake --build "$HOST_TESTS"
+}
+
+# build_host_tests [TARGET]...: all targets when none is named.
+build_host_tests() {
+  configure_host_tests
+  (($# > 0)) || set -- all
+  run_logged host-tests "Building the host tests ($*)" cmake --build "$HOST_TESTS" --target "$@"
 }
 
 # The sanitizers stop a test at its first finding.
+readonly SANITIZERS='print_stacktrace=1:halt_on_error=1'
+
 run_host_tests() {
   say '==> Host tests'
   local log="$LOGS/ctest.log" status=0
-  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  UBSAN_OPTIONS=$SANITIZERS \
     ctest --test-dir "$HOST_TESTS" --output-on-failure --no-tests=error -j "$JOBS" >"$log" 2>&1 || status=1
   if ((status == 0)); then tail -n 4 "$log"; else sed 's/^/    /' "$log" | tail -n 60; fi
   local failed total
   total=$(sed -nE 's/.*tests passed, [0-9]+ tests? failed out of ([0-9]+).*/\1/p' "$log")
   failed=$(sed -nE 's/.*tests passed, ([0-9]+) tests? failed out of .*/\1/p' "$log")
   count_results $((${total:-0} - ${failed:-0})) "${failed:-1}"
-  return "$status"
+}
+
+# host_rooms: the folders of Test/Host with tests, and the inspector.
+host_rooms() {
+  (cd "$ROOT/VaroFeaturesPkg/Test/Host" && find . -name '*Test.cpp' | cut -d / -f 2 | sort -u)
+  echo inspect
+}
+
+# room_of FILE: the room that a test source belongs to.
+room_of() {
+  local file=${1#"$ROOT/VaroFeaturesPkg/Test/Host/"}
+  case $file in
+    "$ROOT"/tools/inspect/*) echo inspect ;;
+    *) echo "${file%%/*}" ;;
+  esac
+}
+
+# run_host_room ROOM [FILTER]: the tests of a room, all or those that Google Test's filter selects.
+run_host_room() {
+  local room=$1 filter=${2:-*} log="$LOGS/test-$1.log" status=0 passed failed
+  say "==> Host tests: $room${2:+, $2}"
+  UBSAN_OPTIONS=$SANITIZERS "$HOST_TESTS/test_$room" --gtest_filter="$filter" >"$log" 2>&1 || status=1
+  if ((status == 0)); then grep -E '^\[ +OK \]' "$log" || true; else sed 's/^/    /' "$log" | tail -n 60; fi
+  passed=$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\..*/\1/p' "$log")
+  failed=$(sed -nE 's/^\[  FAILED  \] ([0-9]+) tests?, listed below.*/\1/p' "$log")
+  count_results "${passed:-0}" "${failed:-$status}"
 }

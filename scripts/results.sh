@@ -1,5 +1,5 @@
 # @file
-# Counts what passed and failed over all kinds of tests, and says so at the end.
+# Counts the checks that passed, failed and were skipped, over all kinds of tests.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -7,26 +7,43 @@
 
 PASSED=0
 FAILED=0
+SKIPPED=0
 
-# count_results PASSED FAILED
+# Exit status of a check that needs something the project does not install.
+readonly STATUS_SKIPPED=77
+
+# count_results PASSED FAILED [SKIPPED]
 count_results() {
   PASSED=$((PASSED + $1))
   FAILED=$((FAILED + $2))
+  SKIPPED=$((SKIPPED + ${3:-0}))
 }
 
-# check TITLE COMMAND...: one check of a scenario or a linter; a failing one shows what it printed.
+# check TITLE COMMAND...: runs a check. A failed check shows its output, a skipped one the reason.
 check() {
-  local title=$1 output
+  local title=$1 output status=0
   shift
-  if output=$("$@" 2>&1); then
-    say "    ok      $title"
-    count_results 1 0
-  else
-    say "    FAILED  $title"
-    [[ -z $output ]] || printf '            %s\n' "${output//$'\n'/$'\n            '}"
-    count_results 0 1
-  fi
+  output=$("$@" 2>&1) || status=$?
+  case $status in
+    0)
+      say "    ok      $title"
+      count_results 1 0
+      ;;
+    "$STATUS_SKIPPED")
+      say "    skipped $title: $output"
+      count_results 0 0 1
+      ;;
+    *)
+      say "    FAILED  $title"
+      [[ -z $output ]] || printf '            %s\n' "${output//$'\n'/$'\n            '}"
+      count_results 0 1
+      ;;
+  esac
 }
 
-# The line that closes a test run, alone on its line.
-print_summary() { say "$PASSED passed, $FAILED failed"; }
+# The last line of a test run.
+print_summary() {
+  local skipped=''
+  ((SKIPPED == 0)) || skipped=", $SKIPPED skipped"
+  say "$PASSED passed, $FAILED failed$skipped"
+}

@@ -1,40 +1,41 @@
 # @file
-# Firmware tests: boots the DEBUG notebook in every scenario, and checks what each boot published and left behind.
-# scenarios/checks.sh has what there is to check of a boot, the other parts the scenarios themselves.
+# Firmware tests: boots the DEBUG notebook in scenarios and checks the results. scenarios/checks.sh holds the checks, the
+# other files there the scenarios.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-for part in checks life modes damage platform stress access inspect export; do
+# The scenarios of each file. A scenario is a function scenario_NAME. Scenarios run side by side and share nothing but the
+# flash of the cold boot.
+readonly SCENARIO_FILES=(life modes damage platform stress access captures)
+readonly -A SCENARIOS=(
+  [life]='cold again warm settings_changed version_changed marked_bad'
+  [modes]='factory_mode owner_password cameras failing_settings no_caching language'
+  [damage]='damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts
+    store_full_from_the_start store_full_before_attributes store_full_before_help'
+  [platform]='foreign_forms stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals'
+  [stress]='full_strings full_attributes full_values full_display_texts full_help_texts
+    too_many_questions full_store bad_form_set no_form_sets'
+  [access]='access_session access_unkept access_unserved access_loaded_again access_long_help access_secrets'
+  [captures]='capture_texts capture_findings capture_cache capture_validity capture_exports'
+)
+
+for part in checks "${SCENARIO_FILES[@]}" seeded; do
   # shellcheck source=/dev/null
   source "$ROOT/scripts/scenarios/$part.sh"
 done
 
-# Boots without a cache that the other scenarios start from.
-readonly COLD_SCENARIOS=(cold)
-
-# Each is a function scenario_NAME of the part that the comment names. They run side by side and share nothing but the
-# flash of the cold boot.
-readonly SCENARIOS=(
-  # life.sh: boots from the cache, settings changed, firmware updated
-  again warm settings_changed version_changed marked_bad
-  # modes.sh: factory mode, passwords, cameras, failing settings, language
-  factory_mode owner_password cameras failing_settings no_caching language
-  # damage.sh: damaged and unwritable caches
-  damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts
-  store_full_from_the_start store_full_before_attributes store_full_before_help
-  # platform.sh: parts of the platform that are missing, foreign firmware
-  foreign_forms stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals
-  # stress.sh: more setup than tables and store take, and less than a notebook has
-  full_strings full_attributes full_values full_display_texts full_help_texts
-  too_many_questions full_store bad_form_set no_form_sets
-  # access.sh: sessions at the Shell
-  access access_unkept access_unserved access_loaded_again access_long_help access_secrets
+# Scenarios that look at the boots of others. Besides, every scenario needs the cold boot.
+readonly -A NEEDS=(
+  [capture_texts]='warm factory_mode language'
+  [capture_findings]='full_strings full_attributes full_values full_display_texts full_help_texts full_store too_many_questions
+    store_full_before_help'
+  [capture_cache]='warm marked_bad store_full_from_the_start store_full_before_help damaged_names damaged_display_texts
+    damaged_help_texts'
+  [capture_validity]='warm'
+  [capture_exports]='factory_mode settings_changed version_changed'
 )
-
-# inspect.sh, export.sh: what the inspector makes of the boots of the others
-readonly INSPECTIONS=(inspect_texts inspect_lint inspect_cache inspect_validate exports)
 
 # The boots land in out/debug/, beside the image that they ran; those of the soak elsewhere.
 SCENARIO_GROUP=debug
@@ -61,17 +62,36 @@ after() {
   scenario_boot "$name" --vars "$(vars_of "$earlier")" "$@"
 }
 
+# all_scenarios: one name a line, in an order in which each comes after those it needs.
+all_scenarios() {
+  local file
+  for file in "${SCENARIO_FILES[@]}"; do xargs -n 1 <<<"${SCENARIOS[$file]}"; done
+}
+
+# run_scenarios NAME...: the named ones and those they need.
 run_scenarios() {
-  local before=$FAILED start
+  local name needed start before=$FAILED
+  local -A wanted=()
+  local -a boots=() looks=()
+  for name in "$@"; do
+    wanted[$name]=1
+    for needed in ${NEEDS[$name]:-}; do wanted[$needed]=1; done
+  done
+  unset 'wanted[cold]'
+  for name in $(all_scenarios); do
+    if [[ ! -v wanted[$name] ]]; then continue; fi
+    if [[ -v NEEDS[$name] ]]; then looks+=("scenario:$name"); else boots+=("scenario:$name"); fi
+  done
   start=$(now_ms)
   say '==> Firmware scenarios (DEBUG firmware in QEMU)'
-  run_side_by_side "${COLD_SCENARIOS[@]}"
+  run_side_by_side scenario:cold
   if ((FAILED == before)); then
-    run_side_by_side "${SCENARIOS[@]}"
-    run_side_by_side "${INSPECTIONS[@]}"
+    run_side_by_side "${boots[@]}"
+    run_side_by_side "${looks[@]}"
   else
     complain 'the other scenarios start from the cold boot and were left out'
   fi
-  say "    all scenarios in $(seconds_since "$start") s"
-  ((FAILED == before))
+  say "    $((1 + ${#boots[@]} + ${#looks[@]})) scenarios in $(seconds_since "$start") s"
 }
+
+job_scenario() { "scenario_$1"; }

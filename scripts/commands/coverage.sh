@@ -7,6 +7,13 @@
 
 readonly COVERAGE="$BUILD/coverage"
 
+command_coverage() {
+  no_arguments "$@"
+  set_up coverage
+  build_coverage
+  measure_coverage
+}
+
 # Warnings are the business of the build that tests.
 build_coverage() {
   configure_host "$COVERAGE" -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON -DCORVANE_COVERAGE=ON -DCORVANE_SANITIZE=OFF \

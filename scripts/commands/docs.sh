@@ -5,6 +5,15 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
+command_docs() {
+  no_arguments "$@"
+  mkdir -p "$BUILD" "$OUT" 2>/dev/null || die "cannot write to $ROOT"
+  lock_checkout
+  install_packages docs
+  run_logged docs 'Rendering the documentation of the public headers' render_docs
+  say '    out/docs/html/index.html'
+}
+
 # A comment that does not render, or names a parameter that is not there, fails.
 render_docs() {
   mkdir -p "$OUT/docs"

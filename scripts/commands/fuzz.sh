@@ -1,31 +1,48 @@
 # @file
-# Fuzzing: libFuzzer with address and undefined-behaviour sanitizers. A target is a source named *Fuzz.cpp; what it starts
-# from is in the folder of its name under seeds/ beside it, with what earlier runs found in files named regression-*.
+# ./corvane fuzz: libFuzzer with address and undefined-behaviour sanitizers. A target is a source named *Fuzz.cpp. Its
+# seeds are in the folder seeds/TARGET beside the source; inputs that found something earlier are named regression-*.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
 readonly FUZZ="$BUILD/fuzz"
-readonly FUZZ_SECONDS_IN_TEST=3
-# An input that takes longer than this many seconds is a finding, too.
+readonly FUZZ_SECONDS=60 FUZZ_SECONDS_IN_TEST=3
+
+# An input that takes longer than this many seconds is a finding.
 readonly FUZZ_SLOW=25
 
+command_fuzz() {
+  local seconds=$FUZZ_SECONDS name
+  local -a targets
+  if [[ ${1:-} =~ ^[1-9][0-9]*$ ]]; then
+    seconds=$1
+    shift
+  fi
+  mapfile -t targets < <(fuzz_target_names)
+  for name in "$@"; do
+    [[ " ${targets[*]} " == *" $name "* ]] || wrong_usage "no such fuzz target: $name (there are ${targets[*]})"
+  done
+  if (($# > 0)); then targets=("$@"); fi
+  set_up test
+  build_fuzz_targets "${targets[@]}"
+  run_fuzz "$seconds" "${targets[@]}"
+}
+
+# build_fuzz_targets TARGET...
 build_fuzz_targets() {
   configure_host "$FUZZ" -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=OFF -DCORVANE_FUZZ=ON \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
-  run_logged fuzz 'Building the fuzz targets' cmake --build "$FUZZ" --target fuzz_targets
+  run_logged fuzz "Building $# fuzz targets" cmake --build "$FUZZ" --target "$@"
 }
 
-fuzz_sources() { printf '%s\n' "$ROOT"/VaroFeaturesPkg/Test/Fuzz/*Fuzz.cpp "$ROOT"/tools/inspect/fuzz/*Fuzz.cpp | grep -v '[*]'; }
+fuzz_sources() {
+  find "$ROOT/VaroFeaturesPkg/Test/Fuzz" "$ROOT/tools/inspect" -name '*Fuzz.cpp' -type f | sort
+}
 
-fuzz_target_names() { fuzz_sources | xargs -n 1 basename -s .cpp; }
+fuzz_target_names() { fuzz_sources | xargs -r -n 1 basename -s .cpp; }
 
-# fuzz_figure LABEL: the number that the running target's log has behind it, the last time that it does.
-fuzz_figure() { grep -oE "$1 *[0-9]+" "$log" | tail -n 1 | grep -oE '[0-9]+$' || echo 0; }
-
-# fuzz_target NAME SECONDS CORPUS: runs one; leaves its figures in EXECUTIONS, EDGES, EDGES_THERE, FEATURES and INPUTS, and
-# the input that it ended on in FINDING. Fails with a finding.
+# fuzz_target NAME SECONDS CORPUS: runs a target. Fails with a finding.
 fuzz_target() {
   local name=$1 seconds=$2 corpus=$3 log="$LOGS/fuzz-$1.log" source status=0
   source=$(fuzz_sources | grep "/$name.cpp$")
@@ -36,52 +53,59 @@ fuzz_target() {
     "-report_slow_units=$FUZZ_SLOW" -rss_limit_mb=3072 -print_final_stats=1 "-artifact_prefix=$OUT/fuzz/$name-" "${inputs[@]}"
   show_progress "$(now_ms)" "$log"
   reap_child || status=$?
-  EXECUTIONS=$(fuzz_figure 'number_of_executed_units:')
-  EDGES=$(fuzz_figure 'cov:')
-  EDGES_THERE=$(sed -nE 's/.*\(([0-9]+) inline 8-bit counters\).*/\1/p' "$log" | head -n 1)
-  FEATURES=$(fuzz_figure 'ft:')
-  INPUTS=$(fuzz_figure 'corp:')
-  FINDING=$(sed -n "s|.*Test unit written to $ROOT/||p" "$log" | tail -n 1)
-  if ((status != 0)); then
-    FINDING=${FINDING:-${log#"$ROOT/"}}
-    grep -m 3 -E '^FakeUefi: |ERROR: |runtime error: ' "$log" || true
-  fi
+  ((status == 0)) || grep -m 3 -E '^FakeUefi: |ERROR: |runtime error: ' "$log" || true
   return "$status"
 }
 
-# run_fuzz SECONDS TARGET...: one after the other, from where earlier runs left. A table for people, out/fuzz.json for
-# machines.
+# fuzz_figure NAME LABEL: the last number after LABEL in the log of a target.
+fuzz_figure() { grep -oE "$2 *[0-9]+" "$LOGS/fuzz-$1.log" | tail -n 1 | grep -oE '[0-9]+$' || echo 0; }
+
+fuzz_executions() { fuzz_figure "$1" 'number_of_executed_units:'; }
+fuzz_edges() { fuzz_figure "$1" 'cov:'; }
+
+# fuzz_edges_there NAME: all edges of the program, reachable or not.
+fuzz_edges_there() {
+  sed -nE 's/.*\(([0-9]+) inline 8-bit counters\).*/\1/p' "$LOGS/fuzz-$1.log" | head -n 1 | grep . || echo 0
+}
+
+# fuzz_finding NAME: the input that a failed target stopped at, or its log.
+fuzz_finding() {
+  sed -n "s|.*Test unit written to $ROOT/||p" "$LOGS/fuzz-$1.log" | tail -n 1 | grep . || echo "build/logs/fuzz-$1.log"
+}
+
+# run_fuzz SECONDS TARGET...: one after the other, with the corpus of earlier runs. Prints a table and writes
+# out/fuzz.json.
 run_fuzz() {
-  local seconds=$1 name rows='' separator='' findings=0
+  local seconds=$1 name finding rows='' separator='' findings=0
   local -a lines=()
   shift
   for name in "$@"; do
     say "==> Fuzzing $name for $seconds s"
-    fuzz_target "$name" "$seconds" "$FUZZ/corpus/$name" || findings=$((findings + 1))
-    lines+=("$(printf '%-20s %12s %6s of %-6s %9s %7s  %s' "$name" "$EXECUTIONS" "$EDGES" "${EDGES_THERE:-0}" "$FEATURES" \
-      "$INPUTS" "${FINDING:-none}")")
+    finding=''
+    if ! fuzz_target "$name" "$seconds" "$FUZZ/corpus/$name"; then
+      findings=$((findings + 1))
+      finding=$(fuzz_finding "$name")
+    fi
+    lines+=("$(printf '%-20s %12s %6s of %-6s %9s %7s  %s' "$name" "$(fuzz_executions "$name")" "$(fuzz_edges "$name")" \
+      "$(fuzz_edges_there "$name")" "$(fuzz_figure "$name" ft:)" "$(fuzz_figure "$name" corp:)" "${finding:-none}")")
     rows+=$separator$(printf '\n  {"target": "%s", "seconds": %s, "executions": %s, "edges": %s, "edges_there": %s,' \
-      "$name" "$seconds" "$EXECUTIONS" "$EDGES" "${EDGES_THERE:-0}")
-    rows+=$(printf ' "features": %s, "corpus": %s, "finding": "%s"}' "$FEATURES" "$INPUTS" "$FINDING")
+      "$name" "$seconds" "$(fuzz_executions "$name")" "$(fuzz_edges "$name")" "$(fuzz_edges_there "$name")")
+    rows+=$(printf ' "features": %s, "corpus": %s, "finding": "%s"}' \
+      "$(fuzz_figure "$name" ft:)" "$(fuzz_figure "$name" corp:)" "$finding")
     separator=,
   done
   printf '[%s\n]\n' "$rows" >"$OUT/fuzz.json"
   printf '%-20s %12s %16s %9s %7s  %s\n' target executions edges features corpus finding
   printf '%s\n' "${lines[@]}"
-  ((findings == 0)) || die "$findings of $# targets ended on a finding; their inputs are in out/fuzz"
+  ((findings == 0)) || die "$findings of $# targets have a finding; the inputs are in out/fuzz"
 }
 
-# What every test run does: all seeds, and a few seconds of fuzzing that leave nothing behind.
-run_short_fuzz() {
-  local before=$FAILED name status
-  say '==> Fuzz targets'
-  for name in $(fuzz_target_names); do
-    rm -rf "$FUZZ/short"
-    status=0
-    fuzz_target "$name" "$FUZZ_SECONDS_IN_TEST" "$FUZZ/short" || status=1
-    check "$name: $EXECUTIONS executions, $EDGES edges" found_nothing "$status"
-  done
-  ((FAILED == before))
+# For ./corvane test: all seeds of a target, then a few seconds of fuzzing. Nothing is kept.
+job_fuzz() {
+  local name=$1 status=0
+  rm -rf "$FUZZ/short/$name"
+  fuzz_target "$name" "$FUZZ_SECONDS_IN_TEST" "$FUZZ/short/$name" || status=1
+  check "$(fuzz_executions "$name") executions, $(fuzz_edges "$name") edges" found_nothing "$status" "$name"
 }
 
-found_nothing() { (($1 == 0)) || { say "$FINDING"; return 1; }; }
+found_nothing() { (($1 == 0)) || { fuzz_finding "$2"; return 1; }; }

@@ -10,6 +10,12 @@ readonly INTEGRATION="$BUILD/integration"
 readonly INTEGRATION_PLATFORM=CorvaneIntegration
 readonly DRIVER_FILE_GUID=08157BB8-474F-4AE3-863E-26C03D080D9E
 
+command_integrate() {
+  no_arguments "$@"
+  set_up build
+  integrate_platform
+}
+
 # add_line FILE AFTER LINE: put LINE behind the first line that is AFTER, or at the end when AFTER is empty. EDK II's files
 # have carriage returns.
 add_line() {

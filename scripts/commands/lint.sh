@@ -1,42 +1,46 @@
 # @file
-# Formatter and linters over the project's own sources.
+# The formatter and the linters over the project's own sources; ./corvane test runs them.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
+# Each is a function lint_NAME. clang-tidy takes minutes the first time and uses all processors itself.
+# shellcheck disable=SC2034  # test.sh reads it
+readonly LINTERS=(shellcheck clang-format licence clang-tidy)
 readonly TIDY_STAMPS="$STAMPS/tidy"
 
-run_linters() {
-  local before=$FAILED status=0
-  say '==> Formatter and linters'
-  check 'shellcheck: scripts' lint_scripts
-  check 'clang-format: C++ sources' lint_format
-  check 'licence: every source names it' lint_licence
-  # It takes minutes the first time, so it runs as a long step does.
-  start_child "$LOGS/clang-tidy.log" lint_tidy
+# For ./corvane test: job_lint NAME
+job_lint() { check 'no findings' "lint_${1//-/_}"; }
+
+# run_clang_tidy: as a long step, with its progress.
+run_clang_tidy() {
+  local status=0
+  configure_host_tests
+  say '==> clang-tidy: driver and tools'
+  start_child "$LOGS/clang-tidy.log" lint_clang_tidy
   show_progress "$(now_ms)" "$LOGS/clang-tidy.log"
   reap_child || status=$?
-  check 'clang-tidy: driver and tools' result_of "$status" "$LOGS/clang-tidy.log"
-  ((FAILED == before))
+  check 'no findings' tidy_findings "$status"
 }
 
-# What a command left that ran before: result_of STATUS LOG
-result_of() {
-  grep -E 'warning:|error:' "$2" || true
+# tidy_findings STATUS: of the run that ended with this status.
+tidy_findings() {
+  grep -E 'warning:|error:' "$LOGS/clang-tidy.log" || true
   return "$1"
 }
 
 cxx_sources() { find "$ROOT/VaroFeaturesPkg" "$ROOT/tools" -name "$1" -type f 2>/dev/null | sort; }
 
-lint_scripts() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh scripts/*/*.sh); }
+lint_shellcheck() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh scripts/*/*.sh); }
 
-lint_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
+lint_clang_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
 
 # Of the files that are part of the project all but texts for people, LICENSE itself, bytes and what has no comments.
 lint_licence() {
   local unmarked
-  unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \) -prune -o -type f \
+  unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \
+    -o -name vectors \) -prune -o -type f \
     ! -name '*.md' ! -name '*.png' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' \
     ! -name .clang-format ! -name .clang-tidy -print0 |
     xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
@@ -56,7 +60,7 @@ sources_to_tidy() {
   done
 }
 
-lint_tidy() {
+lint_clang_tidy() {
   mkdir -p "$TIDY_STAMPS"
   export HOST_TESTS
   # shellcheck disable=SC2016  # the inner shell expands it

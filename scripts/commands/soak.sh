@@ -5,19 +5,30 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
+command_soak() {
+  if (($# > 1)) || [[ ! ${1:-1} =~ ^[1-9][0-9]{0,4}$ ]]; then wrong_usage 'soak takes a number of boots'; fi
+  set_up build
+  build_firmware RELEASE
+  build_inspector
+  say '==> Power failures and a long run (RELEASE firmware in QEMU)'
+  run_soak "${1:-200}"
+  print_summary
+  ((FAILED == 0))
+}
+
 # run_soak BOOTS
 run_soak() {
   local start
   start=$(now_ms)
-  LIFE_BOOTS=$1
-  # shellcheck disable=SC2034  # of scenarios.sh and checks.sh
+  # shellcheck disable=SC2034  # scenarios.sh and checks.sh read them
   SCENARIO_GROUP=soak INSPECT="$OUT/inspect"
-  soak_boot fresh || return
-  soak_boot fresh-warm --vars "$(vars_of fresh)" || return
-  run_side_by_side cuts_in_cold_boot cuts_in_rebuild cuts_in_change cuts_in_later_change life
+  soak_boot fresh || return 0
+  soak_boot fresh-warm --vars "$(vars_of fresh)" || return 0
+  run_side_by_side cuts:in_cold_boot cuts:in_rebuild cuts:in_change cuts:in_later_change "life:$1"
   say "    all in $(seconds_since "$start") s"
-  ((FAILED == 0))
 }
+
+job_cuts() { "cuts_$1"; }
 
 # soak_boot NAME [OPTION OF boot]...
 soak_boot() {
@@ -27,27 +38,27 @@ soak_boot() {
 }
 
 # The cache write of a cold boot is most of its writes.
-scenario_cuts_in_cold_boot() {
+cuts_in_cold_boot() {
   soak_boot cut-cold --flash-log yes || return
   cut_power cut-cold "$(firmware_output RELEASE)/FV/QEMU_VARS.fd" PldmString 60
 }
 
 # The boot after a change writes what has changed over a cache that is marked as bad, and clears the mark.
-scenario_cuts_in_rebuild() {
+cuts_in_rebuild() {
   soak_boot changed --vars "$(vars_of fresh-warm)" --command "$CHANGE" || return
   soak_boot cut-rebuild --vars "$(vars_of changed)" --flash-log yes || return
   cut_power cut-rebuild "$(vars_of changed)" AttributesData 20
 }
 
 # The attribute service writes two variables of a few bytes, so that every write is one of the moments.
-scenario_cuts_in_change() {
+cuts_in_change() {
   soak_boot cut-change --vars "$(vars_of fresh-warm)" --flash-log yes --command "$CHANGE" || return
   cut_power cut-change "$(vars_of fresh-warm)" AttCacheStatus 20
 }
 
 # A change of a notebook whose cache was written over: what lies where in the store is not what it is after a first boot.
 # Its whole boot is cut, as the firmware's own writes move the cache, too.
-scenario_cuts_in_later_change() {
+cuts_in_later_change() {
   soak_boot changed-once --vars "$(vars_of fresh-warm)" --command "$CHANGE" || return
   soak_boot rebuilt --vars "$(vars_of changed-once)" || return
   soak_boot cut-later --vars "$(vars_of rebuilt)" --flash-log yes --command 'attr set ChargeStart 50' || return
@@ -110,78 +121,84 @@ values_are() {
   return 1
 }
 
-# What happens in a boot of the long run, most often nothing.
+# What happens in a boot of the long run.
 readonly ACTIONS=(nothing nothing nothing setup shell update mark factory uncached damage)
 
-# One notebook through boots of every kind, in an order that repeats. What its next boot has to do follows from what it
-# was told before: the version that the cache is of, whether that is marked as bad, and two values.
-scenario_life() {
-  local number action faults=0 first='' last=''
-  local cached='' version=1.0.0 marked=0 percent=50 hour=19
+# What the notebook of the long run holds, as far as its next boot depends on it: the firmware version that the cache was
+# written for (empty: no cache), the firmware version, whether the cache is marked as bad, and two settings.
+declare -A NOTEBOOK=([cached]='' [version]=1.0.0 [marked]=0 [percent]=50 [hour]=19)
+
+# job_life BOOTS: one notebook through boots of every kind, in an order that repeats.
+job_life() {
+  local boots=$1 number action used faults=0 first='' last=''
   local -A kinds=()
   RANDOM=2026
   cp "$(firmware_output RELEASE)/FV/QEMU_VARS.fd" "$OUT/soak/life.fd"
-  for ((number = 1; number <= LIFE_BOOTS; ++number)); do
+  for ((number = 1; number <= boots; ++number)); do
     action=${ACTIONS[RANDOM % ${#ACTIONS[@]}]}
     kinds[$action]=$((${kinds[$action]:-0} + 1))
-    live_once || faults=$((faults + 1))
+    live_once "$number" "$action" || faults=$((faults + 1))
+    if [[ $action == nothing ]]; then
+      used=$("$ROOT/scripts/python/flash.py" used "$OUT/soak/life.fd")
+      last=$used
+      if [[ -z $first ]] && ((number >= boots / 20)); then first=$used; fi
+    fi
   done
   for action in "${!kinds[@]}"; do say "    ${kinds[$action]} boots with action '$action'"; done
-  check "$LIFE_BOOTS boots gather anew when they have to and not else, and have the values that were set" \
+  check "$boots boots parse the form sets only when they must, and have the values that were set" \
     test "$faults" -eq 0
   check "variables and bytes in use do not grow (${first:-?} early, ${last:-?} at the end)" \
     test "${last% *}" -le "${first% *}" -a "${last#* }" -le $((${first#* } + 64))
 }
 
-# For scenario_life: one boot, and what is known after it. A factory or an uncached boot leaves the cache alone.
+# live_once NUMBER ACTION: one boot; updates NOTEBOOK. A factory or an uncached boot leaves the cache alone.
 live_once() {
-  local rebuild=0 next_marked=0 next_percent=$percent
+  local number=$1 action=$2 rebuild=0 marks=0 status=0
+  local percent=${NOTEBOOK[percent]}
   local -a options=()
   case $action in
     setup)
-      hour=$((RANDOM % 24))
-      options=(--set "set=1142=$hour")
+      NOTEBOOK[hour]=$((RANDOM % 24))
+      options=(--set "set=1142=${NOTEBOOK[hour]}")
       ;;
     shell)
-      next_percent=$((50 + RANDOM % 46))
-      ((next_percent == percent)) || next_marked=1
-      options=(--command "attr set ChargeStart $next_percent")
+      percent=$((50 + RANDOM % 46))
+      ((percent == NOTEBOOK[percent])) || marks=1
+      options=(--command "attr set ChargeStart $percent")
       ;;
-    update) version=2.0.$number ;;
+    update) NOTEBOOK[version]=2.0.$number ;;
     mark)
-      next_marked=1
+      marks=1
       options=(--command "setvar AttCacheStatus -guid $ATTRIBUTE_VARIABLES -bs -rt -nv =01")
       ;;
     factory) options=(--set factory-mode=1) ;;
     uncached) options=(--set failing-settings=0x2618) ;;
     damage) options=(--set damage=BiosVersion:delete) ;;
   esac
-  if ((marked)) || [[ $cached != "$version" || $action == @(factory|uncached|damage) ]]; then rebuild=1; fi
-  boot soak/life RELEASE --vars "$OUT/soak/life.fd" --set "firmware-version=$version" \
+  if ((NOTEBOOK[marked])) || [[ ${NOTEBOOK[cached]} != "${NOTEBOOK[version]}" || $action == @(factory|uncached|damage) ]]; then
+    rebuild=1
+  fi
+  boot soak/life RELEASE --vars "$OUT/soak/life.fd" --set "firmware-version=${NOTEBOOK[version]}" \
     "${options[@]}" >/dev/null || return
   cp "$(vars_of life)" "$OUT/soak/life.fd"
-  if ! lived; then
+  if ! lived "$action" "$rebuild"; then
     say "        boot $number ($action): kept in out/soak/life-$number"
     cp -r "$(scenario_folder life)" "$(scenario_folder "life-$number")"
-    faults=$((faults + 1))
+    status=1
   fi
-  if [[ $action == damage ]]; then cached=''; fi
+  if [[ $action == damage ]]; then NOTEBOOK[cached]=''; fi
   if ((rebuild)) && [[ $action != @(factory|uncached) ]]; then
-    cached=$version
-    marked=0
+    NOTEBOOK[cached]=${NOTEBOOK[version]}
+    NOTEBOOK[marked]=0
   fi
-  ((next_marked)) && marked=1
-  percent=$next_percent
-  if [[ $action == nothing ]]; then
-    last=$("$ROOT/scripts/python/flash.py" used "$OUT/soak/life.fd")
-    if [[ -z $first ]] && ((number >= LIFE_BOOTS / 20)); then first=$last; fi
-  fi
-  return 0
+  if ((marks)); then NOTEBOOK[marked]=1; fi
+  NOTEBOOK[percent]=$percent
+  return "$status"
 }
 
-# For live_once: whether the boot was as its past has it.
+# lived ACTION REBUILD: whether the boot built its tables from where it had to, with these settings.
 lived() {
-  if ((rebuild)); then rebuilt life; else restored life; fi || { say "rebuild: expected $rebuild"; return 1; }
-  has life "ChargeStart integer = $percent" "AutoOnHr integer = $hour" || return
-  if [[ $action == factory ]]; then count_is life RecordsSent 8; else complete life; fi
+  if (($2)); then rebuilt life; else restored life; fi || { say "rebuild: expected $2"; return 1; }
+  has life "ChargeStart integer = ${NOTEBOOK[percent]}" "AutoOnHr integer = ${NOTEBOOK[hour]}" || return
+  if [[ $1 == factory ]]; then count_is life RecordsSent 8; else complete life; fi
 }

@@ -26,7 +26,7 @@ session() {
 
 prints() { diff "$SESSIONS/$2.txt" <(text_of "$1" console.txt); }
 
-scenario_access() {
+scenario_access_session() {
   session cold access session "${LOCKED[@]}" --file "$(built attr.efi)" "${SESSION_KEYS[@]}" || return
   check 'the session goes as expected' prints access session
   check 'its list is that of the inspector, but for passwords' lists_alike access

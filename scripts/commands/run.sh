@@ -6,6 +6,22 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
+command_run() {
+  no_arguments "$@"
+  set_up build
+  build_firmware RELEASE
+  build_inspector
+  say '==> Booting the virtual notebook, cold and warm'
+  boot cold RELEASE
+  boot warm RELEASE --vars "$OUT/cold/vars.fd"
+  report_boots cold warm
+  say
+  say '==> Changing a setting at the Shell, and booting again'
+  boot change RELEASE --vars "$OUT/warm/vars.fd" --command "$CHANGE >a console.txt"
+  boot changed RELEASE --vars "$OUT/change/vars.fd"
+  report_change cold change changed
+}
+
 # report_boots BOOT...: attributes, fill and findings of each, the times side by side, and a page of the last boot with
 # what changed since the first.
 report_boots() {

@@ -1,23 +1,16 @@
-#!/usr/bin/env bash
 # @file
-# Builds the notebook's firmware twice, as it is and from a copy with ten changes, boots both, and checks that
-# `inspect diff` tells of these ten alone. Not part of ./corvane test: it takes minutes.
+# Builds the notebook's firmware from a copy of the project with ten changes, boots it beside the firmware as it is, and
+# checks that `inspect diff` reports these ten changes and no others.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
-set -euo pipefail
+# shellcheck shell=bash
 
-SCRIPTS=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-for part in common results packages edk2 firmware host boot; do
-  # shellcheck source=/dev/null
-  source "$SCRIPTS/$part.sh"
-done
+readonly SEEDED="$BUILD/seeded"
 
-readonly COPY="$BUILD/seeded"
-
-# edit FILE SED...: a change of the copy; one that changes nothing is a mistake here.
+# edit FILE SED...: changes a file of the copy. Fails when nothing changes.
 edit() {
-  local file="$COPY/VaroFeaturesPkg/$1"
+  local file="$SEEDED/VaroFeaturesPkg/$1"
   shift
   cp "$file" "$file.old"
   sed -i -E "$@" "$file"
@@ -64,37 +57,22 @@ other
 TEXT
 }
 
-# Builds and boots in a checkout: boot_in FOLDER
-boot_in() {
-  (
-    # shellcheck source=/dev/null
-    for part in common results packages edk2 firmware host boot; do source "$1/scripts/$part.sh"; done
-    prepare_edk2
-    build_firmware RELEASE
-    boot seeded RELEASE
-  )
+build_seeded() {
+  copy_checkout "$SEEDED"
+  rm -rf "$SEEDED/out"
+  seed_changes
+  in_checkout "$SEEDED" build_firmware RELEASE
 }
 
-compare() {
+run_seeded() {
+  say '==> Ten changes of a firmware'
+  boot seeded RELEASE
+  in_checkout "$SEEDED" boot seeded RELEASE
+  check 'inspect diff reports the ten changes and no others' finds_the_changes
+}
+
+finds_the_changes() {
   local status=0 differences
-  differences=$("$OUT/inspect" diff "$OUT/seeded/records.bin" "$COPY/out/seeded/records.bin") || status=$?
+  differences=$("$OUT/inspect" diff "$OUT/seeded/records.bin" "$SEEDED/out/seeded/records.bin") || status=$?
   diff <(expected_differences) <(printf '%s\n' "$differences") && ((status == 1))
 }
-
-mkdir -p "$BUILD" "$OUT"
-lock_checkout
-install_packages build
-prepare_edk2
-export EDK2_DIR
-build_inspector
-rm -rf "$COPY/VaroFeaturesPkg" "$COPY/scripts" "$COPY/out"
-mkdir -p "$COPY"
-cp -r "$ROOT/VaroFeaturesPkg" "$SCRIPTS" "$COPY/"
-seed_changes
-# `readonly` places of a checkout are fixed once a process, so each one is built by a process of its own.
-for folder in "$ROOT" "$COPY"; do
-  bash -c "set -euo pipefail; $(declare -f boot_in); boot_in \"\$1\"" seeded "$folder"
-done
-check 'inspect diff tells of the ten changes alone, five of them breaking' compare
-print_summary
-((FAILED == 0))

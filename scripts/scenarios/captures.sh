@@ -1,11 +1,12 @@
 # @file
-# What the inspector makes of the boots of the other scenarios: texts, cuts, stores. They are booted before.
+# Scenarios without a boot of their own: what the inspector says of the captures and variable stores that the boots of
+# other scenarios left.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-scenario_inspect_texts() {
+scenario_capture_texts() {
   check 'display and help texts are those of the form sources' texts_are cold en-US
   check 'from the cache, they are' texts_are warm en-US
   check 'in factory mode, they are' texts_are factory en-US
@@ -18,7 +19,7 @@ texts_are() {
     python3 "$ROOT/scripts/python/texts.py" "$ROOT/VaroFeaturesPkg/VirtualNotebook/SetupForms" "$2"
 }
 
-scenario_inspect_lint() {
+scenario_capture_findings() {
   local table
   check 'there is nothing to complain of in the default notebook' lint_says cold 0 '^0 findings'
   check 'nor in a store that is full to the brim' lint_says brim 0 '^0 findings'
@@ -72,7 +73,7 @@ cut_is_named() {
   [[ $(grep -m 1 -E '^    [0-9]+ ' <<<"$said") == "    $(first_lost "$1") "* ]]
 }
 
-scenario_inspect_cache() {
+scenario_capture_cache() {
   local variable
   check 'the cold store is valid' verdict_is cold valid
   check 'the warm store is valid' verdict_is warm valid --firmware 1.0.0
@@ -109,7 +110,7 @@ padded_alike() {
   return "$status"
 }
 
-scenario_inspect_validate() {
+scenario_capture_validity() {
   check 'what the default notebook publishes is valid' validates cold
   check 'so is what a boot from the cache publishes' validates warm
   check 'readers of common types alone stop at the first password' stops_at_password cold
@@ -121,4 +122,53 @@ stops_at_password() {
   local said
   said=$("$INSPECT" validate --profile common "$(records_of "$1")") && return 1
   grep -qF 'stops at entry 0 of the attributes table (handle 1, password)' <<<"$said"
+}
+
+# Every capture in turn, whatever its scenario did to it: export, import, export.
+captures_come_back() {
+  local capture work status=0 count=0
+  work=$(mktemp -d)
+  for capture in "$OUT"/debug/*/records.bin; do
+    [[ -s $capture ]] || continue
+    if ! "$INSPECT" export --json "$capture" -o "$work/first.json" ||
+      ! "$INSPECT" import "$work/first.json" -o "$work/records.bin" ||
+      ! "$INSPECT" export --json "$work/records.bin" -o "$work/second.json" ||
+      ! cmp "$capture" "$work/records.bin" || ! cmp "$work/first.json" "$work/second.json"; then
+      say "${capture#"$OUT/"} does not come back"
+      status=1
+    fi
+    count=$((count + 1))
+  done
+  rm -rf "$work"
+  ((count > 0)) || { say 'there are no captures'; return 1; }
+  return "$status"
+}
+
+# differ_in BOOT BOOT [LINE]...: `inspect diff` tells of these alone.
+differ_in() {
+  local first second
+  first=$(records_of "$1")
+  second=$(records_of "$2")
+  shift 2
+  diff <(printf '%s\n' "$@" | sed '/^$/d') <("$INSPECT" diff "$first" "$second" | sed -n 's/^  //p')
+}
+
+# redfish_is_complete CAPTURE...: the check without the schemas.
+redfish_is_complete() {
+  local status=0
+  REDFISH_SCHEMA_DIR='' "$ROOT/tools/inspect/test/export/check_redfish.py" "$INSPECT" "$@" || status=$?
+  ((status == 0 || status == STATUS_SKIPPED))
+}
+
+scenario_capture_exports() {
+  check 'every capture comes back from its export, byte for byte' captures_come_back
+  check 'another version of the same firmware does not differ' differ_in cold updated
+  check 'a diff tells of the settings changed' differ_in cold changed 'AutoOnHr (1142) current: 19 -> 7' \
+    'PrimaryBattChargeCfg (2001) current: Adaptive -> Express' 'IdleMinutes (2002) current: 720 -> 208' \
+    'BlockSleep (2003) current: Disabled -> Enabled'
+  check 'the Redfish documents hold every attribute' redfish_is_complete "$(records_of cold)" "$(records_of factory)"
+  check 'the Redfish documents fit the schemas of the DMTF' \
+    "$ROOT/tools/inspect/test/export/check_redfish.py" "$INSPECT" "$(records_of cold)" "$(records_of factory)"
+  check 'the report shows everything in a browser, wide and narrow, without an error' \
+    "$ROOT/tools/inspect/test/export/check_report.py" "$INSPECT" "$(records_of factory)" "$(records_of changed)"
 }
