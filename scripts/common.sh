@@ -14,6 +14,9 @@ JOBS=$(nproc)
 # shellcheck disable=SC2034  # read by the parts that source this file
 readonly ROOT BUILD OUT LOGS STAMPS JOBS
 
+# Python would write its byte code beside the sources.
+export PYTHONDONTWRITEBYTECODE=1
+
 # How often a long step says that it is still alive, on a terminal and in a log.
 readonly TICK_TERMINAL=1 TICK_LOG=20
 

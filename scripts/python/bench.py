@@ -12,33 +12,19 @@ lists writes the driver's cache variables out of a variable flash, a file each. 
 unusable input."""
 import json
 import pathlib
-import struct
 import subprocess
 import sys
+
+from variables import read_variables
 
 LISTS = ("PldmString", "DispString", "HelpString", "AttributesData")
 STORES = ("notebook", "texts-430", "texts-900")
 SMALLEST, LARGEST = "texts-225", "texts-900"  # 60 and 240 attributes
-ADDED = 0x3F  # state of a variable that is there
-
-
-def variables(flash):
-    """Name and data of each variable in a flash of authenticated variables (MdeModulePkg, AUTHENTICATED_VARIABLE_HEADER)."""
-    place = 0x64
-    while flash[place:place + 2] == b"\xAA\x55":
-        name_size, data_size = struct.unpack_from("<II", flash, place + 36)
-        end = place + 60 + name_size + data_size
-        if end > len(flash):
-            return
-        name = flash[place + 60:place + 60 + name_size]
-        if flash[place + 2] == ADDED:
-            yield name.decode("utf-16-le").rstrip("\0"), flash[end - data_size:end]
-        place = (end + 3) & ~3
 
 
 def write_lists(flash, folder):
     folder.mkdir(parents=True, exist_ok=True)
-    found = dict(variables(flash.read_bytes()))
+    found = {variable.name: variable.data for variable in read_variables(flash.read_bytes()) or []}
     for name in LISTS + ("AttributesCount",):
         if name not in found:
             sys.exit(f"bench: {flash}: no variable {name}")

@@ -18,37 +18,14 @@
 import struct
 import sys
 
+from variables import read_variables
+
 FLASH_SIZE = 768 << 10
 SECTOR = 512
-
-# AUTHENTICATED_VARIABLE_HEADER (MdeModulePkg) behind the headers of volume and store.
-STORE = 0x64
-HEADER = struct.Struct("<HBxI8x16x4xII16s")
-START = 0x55AA
-STATES = {0x3F: True, 0x3E: True}  # in use, in use until its successor is
 
 REWRITING = ("erased", "rewritten", "rewritten up to BiosVersion")
 SHOWN = ("PldmString", "DispString", "HelpString", "AttributesData", "AttributesCount", "AttCacheStatus", "BiosVersion",
          "PendingValues")
-
-
-def variables(flash):
-    """(name, data, bytes) of each variable in use; None where there is no store."""
-    if flash[40:44] != b"_FVH" or flash[STORE - 8] != 0x5A:
-        return None
-    found = []
-    place = STORE
-    while place + HEADER.size < len(flash):
-        start, state, _, name_size, data_size, _ = HEADER.unpack_from(flash, place)
-        if start != START:
-            break
-        size = (HEADER.size + name_size + data_size + 3) & ~3
-        if STATES.get(state):
-            name = bytes(flash[place + HEADER.size:place + HEADER.size + name_size]).decode("utf-16-le", "replace")
-            data = place + HEADER.size + name_size
-            found.append((name.rstrip("\0"), bytes(flash[data:data + data_size]), size))
-        place += size
-    return found
 
 
 def writes(log):
@@ -76,17 +53,17 @@ def stages(flash, log):
     """A stage for each number of writes, and what the shown variables hold."""
     known = []
     for state in replay(flash, log):
-        known.append(variables(state))
-    last = {name for name, *_ in known[-1]}
+        known.append(read_variables(state))
+    last = {variable.name for variable in known[-1]}
     seen = set()
     for now in known:
         if now is None:
             yield "erased", None
             continue
-        names = {name for name, *_ in now}
+        names = {variable.name for variable in now}
         missing = (seen & last) - names
         seen |= names
-        shown = {name: data for name, data, _ in now if name in SHOWN}
+        shown = {variable.name: variable.data for variable in now if variable.name in SHOWN}
         present = [f"{name}={shown[name][0]}" if name == "AttCacheStatus" else name for name in SHOWN if name in shown]
         if missing:
             yield "rewritten up to BiosVersion" if "BiosVersion" in shown else "rewritten", shown
@@ -129,8 +106,8 @@ def read(path):
 
 def main(command, flash, *rest):
     if command == "used":
-        found = variables(read(flash))
-        print(len(found), sum(size for *_, size in found))
+        found = read_variables(read(flash))
+        print(len(found), sum(variable.size for variable in found))
     elif command == "cuts":
         cuts(read(flash), read(rest[0]), rest[1], int(rest[2]))
     elif command == "cut":

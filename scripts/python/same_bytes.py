@@ -12,7 +12,7 @@ import subprocess
 import sys
 import tempfile
 
-import flash
+from variables import read_variables
 
 RECORD = struct.Struct("<16sQB")
 DIRECTORY, DESCRIPTORS = 0, 1
@@ -54,7 +54,7 @@ def decompressed(tool, data):
 
 def cache(tool, path):
     return [(name, decompressed(tool, data) if name in COMPRESSED else data)
-            for name, data, _ in sorted(flash.variables(path.read_bytes()) or []) if name in CACHE]
+            for name, data, _ in sorted(read_variables(path.read_bytes()) or []) if name in CACHE]
 
 
 def differences(tool, before, after):
