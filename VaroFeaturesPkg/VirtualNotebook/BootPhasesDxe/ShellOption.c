@@ -19,7 +19,8 @@ STATIC CHAR16  mDescription[] = L"Notebook Shell";
 STATIC CHAR16  mArguments[]   = L"-delay 0";
 
 /**
-  The Shell lies in the volume that this driver came from.
+  The Shell lies in the volume that this driver came from, under a name of the notebook's own: since EDK II 202505 the
+  platform's boot manager removes an option for the Shell's first name that it did not make itself.
 
   @return  Device path in pool, owned by the caller, or NULL.
 **/
@@ -36,7 +37,7 @@ ShellPath (
     return NULL;
   }
 
-  EfiInitializeFwVolDevicepathNode (&File, &gUefiShellFileGuid);
+  EfiInitializeFwVolDevicepathNode (&File, &gNotebookShellFileGuid);
   return AppendDevicePathNode (DevicePathFromHandle (Image->DeviceHandle), (EFI_DEVICE_PATH_PROTOCOL *)&File);
 }
 
