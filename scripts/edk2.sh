@@ -1,6 +1,6 @@
 # @file
 # The EDK II tree that firmware and host builds stand on: the distribution's source package, patched, with its build
-# tools; or the tree that EDK2_DIR names.
+# tools; or the tree that EDK2_DIR names, completed where it is a snapshot without submodules.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -18,12 +18,29 @@ export EDK2_DIR
 # Megabytes: sources 165, BaseTools 50, both firmware builds 700, host build.
 readonly EDK2_SPACE=2000
 
+# Megabytes for the source packages of EDK2_PARTS, unpacked in part.
+readonly EDK2_PARTS_SPACE=500
+
+# Submodules of EDK II that a build of the notebook reads or only looks for. A snapshot has empty folders in their place.
+# Debian's EDK II source package has all of them but OpenSSL in the version that newer trees are prepared for.
+readonly OPENSSL_PART=CryptoPkg/Library/OpensslLib/openssl
+readonly EDK2_PARTS=(
+  "$OPENSSL_PART" CryptoPkg/Library/MbedTlsLib/mbedtls MdeModulePkg/Library/BrotliCustomDecompressLib/brotli
+  MdePkg/Library/BaseFdtLib/libfdt MdePkg/Library/MipiSysTLib/mipisyst SecurityPkg/DeviceSecurity/SpdmLib/libspdm
+)
+
+# The Debian release whose source packages have these parts.
+readonly EDK2_PARTS_RELEASE=trixie
+
 prepare_edk2() {
   if [[ $EDK2_DIR == "$EDK2_OWN" ]]; then
     unpack_edk2_once
   else
     [[ -f $EDK2_DIR/MdePkg/MdePkg.dec ]] || die "EDK2_DIR=$EDK2_DIR is no EDK II tree (MdePkg/MdePkg.dec is missing)"
+    complete_edk2
   fi
+  choose_toolchain
+  install_distutils
   build_base_tools
   assemble_liblto
 }
@@ -37,24 +54,37 @@ unpack_edk2_once() {
 
 fetch_and_unpack_edk2() {
   set -e
-  local work="$BUILD/edk2-source" dsc
+  local work="$BUILD/edk2-source"
   make_private_apt "$work/apt"
-  mkdir -p "$work/download"
-  cd "$work/download"
-  APT_CONFIG="$work/apt/apt.conf" apt-get update
-  APT_CONFIG="$work/apt/apt.conf" apt-get source --download-only --only-source edk2
-  dsc=$(find . -name 'edk2_*.dsc' | sort -V | tail -n 1)
+  fetch_source "$work" edk2 --tar-only --diff-only
   rm -rf "$EDK2_OWN" "$work/tree"
-  dpkg-source --no-check --skip-patches -x "$dsc" "$work/tree"
+  mkdir "$work/tree"
+  tar -xf "$work"/edk2_*.orig.tar.* -C "$work/tree" --strip-components=1
+  tar -xf "$work"/edk2_*.debian.tar.* -C "$work/tree"
   apply_patch_series "$work/tree"
   mv "$work/tree" "$EDK2_OWN"
   rm -rf "$work"
 }
 
-# An apt of our own whose lists are the machine's with binary packages switched to sources, so that nothing outside
-# build/ changes and nobody need be root.
+# fetch_source FOLDER PACKAGE OPTION...: the package's files that each option of `apt-get source` names. The private apt
+# is in FOLDER/apt.
+fetch_source() {
+  local folder=$1 package=$2 option
+  shift 2
+  cd "$folder"
+  APT_CONFIG="$folder/apt/apt.conf" apt-get update
+  for option in "$@"; do
+    APT_CONFIG="$folder/apt/apt.conf" apt-get source --download-only --only-source "$option" "$package"
+  done
+}
+
+# make_private_apt FOLDER [RELEASE]: an apt of our own whose lists are the machine's with binary packages switched to
+# sources, so that nothing outside build/ changes and nobody need be root. With RELEASE the lists of the machine's own
+# Debian release name that one instead, and other lists are left out.
 make_private_apt() {
-  local apt=$1 list
+  local apt=$1 list own
+  own=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-unknown}")
+  rm -rf "$apt"
   mkdir -p "$apt"/{parts,lists/partial,cache/archives/partial}
   for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     [[ -f $list ]] || continue
@@ -63,6 +93,14 @@ make_private_apt() {
   for list in /etc/apt/sources.list.d/*.sources; do
     [[ -f $list ]] || continue
     sed -E 's/^Types:.*/Types: deb-src/I' "$list" >"$apt/parts/$(basename "$list")"
+  done
+  for list in "$apt/parts"/*; do
+    [[ -n ${2:-} && -f $list ]] || continue
+    if grep -qE "[[:space:]]$own([-[:space:]]|\$)" "$list"; then
+      sed -i -E ":next; s/([[:space:]])$own([-[:space:]]|\$)/\1$2\2/; t next" "$list"
+    else
+      rm "$list"
+    fi
   done
   cat >"$apt/apt.conf" <<CONF
 Dir::Etc::sourcelist "/dev/null";
@@ -74,6 +112,54 @@ Acquire::Retries "2";
 CONF
 }
 
+# Puts what a snapshot lacks into the tree, once.
+complete_edk2() {
+  local part
+  local -a lacking=()
+  for part in "${EDK2_PARTS[@]}"; do
+    [[ ! -d $EDK2_DIR/$part || -n $(ls -A "$EDK2_DIR/$part") ]] || lacking+=("$part")
+  done
+  ((${#lacking[@]} > 0)) || return 0
+  [[ -w $EDK2_DIR/${lacking[0]} ]] ||
+    die "EDK2_DIR=$EDK2_DIR has empty submodules and cannot be written to (${lacking[*]})"
+  need_space "$ROOT" "$EDK2_PARTS_SPACE" "the submodules that EDK II's tree lacks"
+  run_logged edk2-parts "Fetching ${#lacking[@]} submodules that the EDK II tree lacks" fetch_parts "${lacking[@]}"
+}
+
+fetch_parts() {
+  set -e
+  local work="$BUILD/edk2-parts" part from
+  make_private_apt "$work/apt" "$EDK2_PARTS_RELEASE"
+  fetch_source "$work" edk2 --tar-only
+  mkdir -p "$work/edk2"
+  tar -xf "$(newest "$work"/edk2_*.orig.tar.?z)" -C "$work/edk2" --strip-components=1
+  for part in "$@"; do
+    from=$work/edk2/$part
+    if [[ $part == "$OPENSSL_PART" ]]; then
+      from=$work/openssl
+      fetch_source "$work" openssl --tar-only
+      mkdir -p "$from"
+      tar -xf "$(newest "$work"/openssl_*.orig.tar.?z)" -C "$from" --strip-components=1
+      require_openssl "$from"
+    fi
+    cp -r "$from/." "$EDK2_DIR/$part/"
+  done
+  rm -rf "$work"
+}
+
+newest() { printf '%s\n' "$@" | sort -V | tail -n 1; }
+
+# For fetch_parts: the tree holds files that OpenSSL's configuration makes, for one release line of OpenSSL.
+require_openssl() {
+  local header=CryptoPkg/Library/OpensslLib/OpensslGen/include/openssl/opensslv.h wanted found
+  wanted=$(sed -nE 's/^# *define OPENSSL_VERSION_(MAJOR|MINOR) +//p' "$EDK2_DIR/$header" | tr -d '\r' | paste -sd.)
+  found=$(sed -nE 's/^(MAJOR|MINOR)=//p' "$1/VERSION.dat" | paste -sd.)
+  [[ $wanted == "$found" ]] || {
+    say "E: the tree wants OpenSSL $wanted and the source package has $found; fill $OPENSSL_PART by hand"
+    return 1
+  }
+}
+
 apply_patch_series() {
   local tree=$1 patch
   while read -r patch; do
@@ -83,17 +169,37 @@ apply_patch_series() {
   done <"$tree/debian/patches/series"
 }
 
+# Those that the builds here use. Others need submodules that the tree may lack.
+readonly BASE_TOOLS=(
+  DevicePath EfiRom GenCrc32 GenFfs GenFv GenFw GenSec LzmaCompress TianoCompress VfrCompile
+)
+
 build_base_tools() {
   if stamp_is base-tools "$EDK2_DIR" && [[ -x $EDK2_DIR/BaseTools/Source/C/bin/GenFw ]]; then return; fi
   run_logged base-tools 'Building the EDK II BaseTools' \
-    make -C "$EDK2_DIR/BaseTools/Source/C" -j "$JOBS" PYTHON_COMMAND=python3
+    make -C "$EDK2_DIR/BaseTools/Source/C" -j "$JOBS" PYTHON_COMMAND=python3 "${BASE_TOOLS[@]}"
   set_stamp base-tools "$EDK2_DIR"
 }
 
-# GCC5's link line for AArch64 names this file, and the source package ships only its assembler text. It must be an
-# object under an archive's name: as it defines nothing, the linker would never take it out of an archive.
+# The link line for AArch64 names this file, and Debian's source packages ship only its assembler text; EDK II moved both
+# in 2024. It must be an object under an archive's name: as it defines nothing, the linker would never take it out of an
+# archive.
 assemble_liblto() {
-  local lto="$EDK2_DIR/ArmPkg/Library/GccLto"
-  [[ -f $lto/liblto-aarch64.s && ! -f $lto/liblto-aarch64.a ]] || return 0
-  aarch64-linux-gnu-gcc -c -fpic -o "$lto/liblto-aarch64.a" "$lto/liblto-aarch64.s"
+  local lto
+  for lto in "$EDK2_DIR"/{BaseTools/Bin,ArmPkg/Library}/GccLto/liblto-aarch64; do
+    [[ -f $lto.s && ! -f $lto.a ]] || continue
+    aarch64-linux-gnu-gcc -c -fpic -o "$lto.a" "$lto.s"
+  done
+}
+
+# The build tools of releases up to 2023 use a Python module that Debian 12 has in a package of its own. Later Pythons
+# have none, and setuptools brings its copy.
+install_distutils() {
+  grep -rqsE '(import|from) distutils' --include='*.py' "$EDK2_DIR/BaseTools/Source/Python" || return 0
+  /usr/bin/python3 -W ignore -c 'import distutils.util' 2>/dev/null && return
+  if index_has python3-distutils; then
+    install_missing 20 python3-distutils
+  else
+    install_missing 20 python3-setuptools
+  fi
 }

@@ -8,14 +8,16 @@
 readonly PACKAGES_TO_BUILD=(
   gcc g++ make cmake ninja-build                # host tools and EDK II BaseTools
   gcc-aarch64-linux-gnu g++-aarch64-linux-gnu   # the firmware
-  python3 python3-distutils uuid-dev acpica-tools
-  dpkg-dev patch xz-utils                       # unpack the EDK II source package
+  python3 uuid-dev acpica-tools
+  patch xz-utils                                # unpack the EDK II source package
   qemu-system-arm mtools                        # boot it
   libcli11-dev libfmt-dev nlohmann-json3-dev libpcre2-dev   # the inspector
 )
+readonly PACKAGES_FOR_CLANG=(clang lld llvm)     # with TOOLCHAIN=CLANGDWARF
 readonly PACKAGES_TO_TEST=(
   libgtest-dev libgmock-dev clang-format clang-tidy shellcheck
   clang libclang-rt-dev                         # the fuzz targets
+  nasm                                          # the package for X64
   python3-jsonschema                            # exports against their schemas
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
@@ -24,7 +26,7 @@ readonly PACKAGES_TO_COVER=(llvm)
 readonly PACKAGES_FOR_DOCS=(doxygen)
 
 # Megabytes that a full installation takes on the root file system, with room for the downloaded archives.
-readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1900 PACKAGE_SPACE_MEASURE=200 PACKAGE_SPACE_COVER=100
+readonly PACKAGE_SPACE_BUILD=1200 PACKAGE_SPACE_TEST=1900 PACKAGE_SPACE_MEASURE=200 PACKAGE_SPACE_COVER=100 PACKAGE_SPACE_CLANG=700
 readonly PACKAGE_SPACE_DOCS=100
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
@@ -60,7 +62,7 @@ update_and_install() {
 
 # install_packages build|bench|test|coverage|docs: coverage takes what test takes, test what build takes.
 install_packages() {
-  local -a wanted missing
+  local -a wanted
   local space
   case $1 in
     docs)
@@ -85,7 +87,19 @@ install_packages() {
       ;;
     *) die "install_packages: unknown purpose $1" ;;
   esac
-  read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
+  if [[ $1 != docs && ${TOOLCHAIN:-} == CLANG* ]]; then
+    wanted+=("${PACKAGES_FOR_CLANG[@]}")
+    space=$((space + PACKAGE_SPACE_CLANG))
+  fi
+  install_missing "$space" "${wanted[@]}"
+}
+
+# install_missing MEGABYTES PACKAGE...: what all of them take together, and what they are.
+install_missing() {
+  local space=$1
+  local -a missing
+  shift
+  read -r -a missing <<<"$(missing_packages "$@")"
   ((${#missing[@]} > 0)) || return 0
 
   if ((EUID != 0)); then
@@ -93,9 +107,9 @@ install_packages() {
     sudo -v || die "packages are missing and sudo was refused: ${missing[*]}"
   fi
   # A few missing packages take their share of what all of them take.
-  need_space /usr $((space * ${#missing[@]} / ${#wanted[@]})) "${#missing[@]} packages"
+  need_space /usr $((space * ${#missing[@]} / $#)) "${#missing[@]} packages"
   say "==> Missing packages: ${missing[*]}"
   run_logged packages "Installing ${#missing[@]} packages" update_and_install "${missing[@]}"
-  read -r -a missing <<<"$(missing_packages "${wanted[@]}")"
+  read -r -a missing <<<"$(missing_packages "$@")"
   ((${#missing[@]} == 0)) || die "packages are still missing: ${missing[*]}"
 }

@@ -10,6 +10,8 @@ command_build() {
   set_up test
   build_firmware RELEASE
   build_firmware DEBUG
+  build_firmware NOOPT
+  build_package
   build_inspector
   build_host_tests
 }

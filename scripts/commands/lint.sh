@@ -42,7 +42,7 @@ lint_licence() {
   unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \
     -o -name vectors \) -prune -o -type f \
     ! -name '*.md' ! -name '*.png' ! -path './scripts/scenarios/*.txt' ! -name LICENSE ! -name '.git*' \
-    ! -name .clang-format ! -name .clang-tidy -print0 |
+    ! -name '*.options' ! -name .clang-format ! -name .clang-tidy -print0 |
     xargs -0 grep -L 'SPDX-License-Identifier: BSD-2-Clause-Patent') || true
   [[ -z $unmarked ]] || { say "without a licence line:" "$unmarked"; return 1; }
 }

@@ -20,7 +20,7 @@ command_test() {
   ((FAILED == 0))
 }
 
-# A plan has one line for each thing to run: a kind (host, single, fuzz, scenario, bench, lint, seeded) and an item.
+# A plan has one line for each thing to run: a kind (host, single, package, fuzz, scenario, bench, lint, seeded) and an item.
 # catalogue: every name that ./corvane test takes, and a line of a plan that it stands for.
 catalogue() {
   local name file suite
@@ -32,7 +32,7 @@ catalogue() {
     done
   done
   for name in $(fuzz_target_names); do printf '%s fuzz %s\n' fuzz "$name" "$name" "$name"; done
-  printf 'bench bench limits\nseeded seeded differences\n'
+  printf 'package package build\nbench bench limits\nseeded seeded differences\n'
   for name in "${LINTERS[@]}"; do printf '%s lint %s\n' lint "$name" "$name" "$name"; done
   find "$ROOT/VaroFeaturesPkg/Test/Host" "$ROOT/tools/inspect" -name '*Test.cpp' | sort | while read -r file; do
     name=$(room_of "$file")
@@ -47,7 +47,7 @@ catalogue() {
 plan_tests() {
   local all what found
   all=$(catalogue)
-  if (($# == 0)); then set -- host scenarios fuzz bench lint; fi
+  if (($# == 0)); then set -- host package scenarios fuzz bench lint; fi
   for what in "$@"; do
     found=$(awk -v what="$what" '$1 == what { print $2, $3 }' <<<"$all")
     [[ -n $found ]] || found=$(awk -v what="${what//_/-}" '$1 == what { print $2, $3 }' <<<"$all")
@@ -97,6 +97,7 @@ build_planned() {
   if ((${#fuzz[@]} > 0)); then build_fuzz_targets "${fuzz[@]}"; fi
   if grep -qE '^(scenario|bench) ' <<<"$plan"; then build_firmware DEBUG; fi
   if grep -qE '^(scenario access_secrets|bench .*|seeded .*)$' <<<"$plan"; then build_firmware RELEASE; fi
+  if grep -q '^package ' <<<"$plan"; then build_package; fi
   if grep -q '^bench ' <<<"$plan"; then build_bench; fi
   if grep -q '^seeded ' <<<"$plan"; then
     build_inspector
