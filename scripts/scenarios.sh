@@ -46,13 +46,15 @@ vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
 # A file that the DEBUG build of the notebook left, such as an application.
 built() { printf '%s/AARCH64/%s' "$(firmware_output DEBUG)" "$1"; }
 
-# scenario_boot NAME [OPTION OF boot]...: every boot ends with the Shell program's view of tables and variables.
+# scenario_boot NAME [OPTION OF boot]...: every boot leaves the blocks of the published protocol, and a list of the
+# driver's variables.
 scenario_boot() {
   local name=$1
   shift
   boot "debug/$name" DEBUG --file "$(built AttributeDump.efi)" "$@" \
-    --command 'AttributeDump >a attributes.txt' --command 'AttributeDump -c >a cache.txt' ||
+    --command 'AttributeDump published.bin >a published.txt' ||
     { count_results 0 1; return 1; }
+  "$ROOT/scripts/python/cache.py" list "$(vars_of "$name")" >"$(scenario_folder "$name")/cache.txt"
 }
 
 # after BOOT NAME [OPTION]...: a boot that starts from the flash that another one left.

@@ -72,9 +72,14 @@ scenario_access_loaded_again() {
 }
 
 scenario_access_long_help() {
-  session cold access-long long-help --vars '' --set stress=long-help || return
+  session cold access-long long-help --vars '' --set stress=long-help --command 'AttributeDump -t help.bin' || return
   check 'the help table is too long for one answer, and whole' help_is_long access-long
   check 'the session goes as expected' prints access-long long-help
+  check 'the service gives all of its texts' help_as_sent access-long
+}
+
+help_as_sent() {
+  "$ROOT/scripts/python/published.py" help "$(records_of "$1")" "$(scenario_folder "$1")/help.bin"
 }
 
 # Of the bytes in use the last ones, pad and checksum, are not sent.

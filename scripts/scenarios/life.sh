@@ -12,10 +12,10 @@ readonly ATTRIBUTE_VARIABLES=47FEFD34-5EDF-4BA3-9FEA-8F3620D7CF07
 
 scenario_cold() {
   scenario_boot cold || return
-  check 'eight records are sent, and the protocol in the firmware shows the attributes of the records' published cold
+  check 'eight records are sent, and the protocol in the firmware has the same blocks' published cold
   check 'the form sets are parsed' rebuilt cold
   check 'the inspector finds nothing to complain of' decodes cold
-  check "the firmware's own decompressor decodes the cache" cache_decodes cold
+  check "EDK II's own decompressor decodes the cache" cache_decodes cold
 }
 
 # What the whole suite leans on: a boot depends on its scenario alone.
