@@ -46,7 +46,8 @@ STATIC CONST Subcommand  mSubcommands[] = {
 typedef enum {
   FitsNothing,
   FitsHandle,
-  FitsName
+  FitsInAnyCase,
+  FitsExactly
 } NameFit;
 
 ///
@@ -174,8 +175,8 @@ FitOf (
 {
   UINT64  Number;
 
-  if (NameIs (Entry->Name, Command->Name)) {
-    return FitsName;
+  if (NameIs (Entry->Name, Command->Name, TRUE)) {
+    return NameIs (Entry->Name, Command->Name, FALSE) ? FitsExactly : FitsInAnyCase;
   }
 
   // With -n the service looks the attribute up, and it knows names only.
@@ -279,6 +280,21 @@ ReportUsage (
 }
 
 /**
+  Tells whether a word is an option. A negative number after a name is a value.
+**/
+STATIC
+BOOLEAN
+IsOption (
+  IN CONST Subcommand  *Subcommand,
+  IN CONST CHAR16      *Word,
+  IN UINTN             WordsBefore
+  )
+{
+  return (BOOLEAN)((Word[0] == L'-') &&
+                   ((Word[1] < L'0') || (Word[1] > L'9') || (WordsBefore == 0) || (Subcommand->Allowed < 2)));
+}
+
+/**
   Takes an option.
 
   @retval FALSE  The word is none of the subcommand's.
@@ -367,7 +383,7 @@ RunWords (
     Word = Parameters->Argv[Index];
     if (!OptionsEnded && (StrCmp (Word, L"--") == 0)) {
       OptionsEnded = TRUE;
-    } else if (!OptionsEnded && (Word[0] == L'-')) {
+    } else if (!OptionsEnded && IsOption (Subcommand, Word, Count)) {
       if (!TakeOption (Subcommand, Word, Command, &Pages)) {
         return ReportUsage ("unknown option", Word);
       }

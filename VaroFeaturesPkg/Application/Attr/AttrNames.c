@@ -41,14 +41,25 @@ BareLength (
 BOOLEAN
 NameIs (
   IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Typed
+  IN CONST CHAR8  *Typed,
+  IN BOOLEAN      AnyCase
   )
 {
   UINTN  Length;
+  UINTN  Index;
 
-  Length = BareLength (Name);
-  return (BOOLEAN)((AsciiStrCmp (Name, Typed) == 0) ||
-                   ((Length > 0) && (AsciiStrLen (Typed) == Length) && (AsciiStrnCmp (Name, Typed, Length) == 0)));
+  Length = AsciiStrLen (Typed);
+  if ((Length != AsciiStrLen (Name)) && ((Length == 0) || (Length != BareLength (Name)))) {
+    return FALSE;
+  }
+
+  for (Index = 0; Index < Length; Index++) {
+    if ((Name[Index] != Typed[Index]) && (!AnyCase || (Lower (Name[Index]) != Lower (Typed[Index])))) {
+      return FALSE;
+    }
+  }
+
+  return TRUE;
 }
 
 /**

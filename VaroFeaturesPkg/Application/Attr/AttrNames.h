@@ -41,12 +41,15 @@ BareLength (
   );
 
 /**
-  Compares a typed name with a known one, whose bracketed suffix may be left out. Case counts.
+  Compares a typed name with a known one, whose bracketed suffix may be left out.
+
+  @param[in]  AnyCase  Letters that differ in case only are equal.
 **/
 BOOLEAN
 NameIs (
   IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Typed
+  IN CONST CHAR8  *Typed,
+  IN BOOLEAN      AnyCase
   );
 
 /**

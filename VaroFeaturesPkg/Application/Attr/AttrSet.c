@@ -12,6 +12,7 @@
 #include <Library/MemoryAllocationLib.h>
 #include <Library/PrintLib.h>
 #include <Library/TextOutputLib.h>
+#include "AttrDependencies.h"
 #include "AttrNames.h"
 #include "AttrPassword.h"
 #include "AttrSet.h"
@@ -23,11 +24,11 @@
 ///
 typedef struct {
   CONST CHAR8    *Text;      ///< of a string
-  UINT64         Number;     ///< of an integer; place of an enumeration's value
+  UINT64         Number;     ///< of an integer, or the place of an enumeration's value
 } NewValue;
 
 /**
-  Finds an enumeration's value by its name, or else by its place.
+  Finds an enumeration's value: by its name, by its name in any case where one value alone has it, or by its place.
 **/
 STATIC
 BOOLEAN
@@ -39,23 +40,26 @@ FindPlace (
   )
 {
   CHAR8    *Name;
-  BOOLEAN  Found;
+  BOOLEAN  Exact;
+  UINTN    Alike;
   UINTN    Index;
 
-  for (Index = 0; Index < Attribute->PossibleCount; Index++) {
-    Name  = ReadName (Access, HandleAt (Attribute->Possible, Index));
-    Found = (BOOLEAN)((Name != NULL) && NameIs (Name, Typed));
+  Alike = 0;
+  Exact = FALSE;
+  for (Index = 0; !Exact && (Index < Attribute->PossibleCount); Index++) {
+    Name = ReadName (Access, HandleAt (Attribute->Possible, Index));
+    if ((Name != NULL) && NameIs (Name, Typed, TRUE)) {
+      Exact  = NameIs (Name, Typed, FALSE);
+      *Place = Index;
+      Alike++;
+    }
+
     if (Name != NULL) {
       FreePool (Name);
     }
-
-    if (Found) {
-      *Place = Index;
-      return TRUE;
-    }
   }
 
-  return (BOOLEAN)(ReadNumber (Typed, Place) && (*Place < Attribute->PossibleCount));
+  return (BOOLEAN)(Exact || (Alike == 1) || (ReadNumber (Typed, Place) && (*Place < Attribute->PossibleCount)));
 }
 
 /**
@@ -103,9 +107,10 @@ CheckValue (
   ValueVerdict     Verdict;
   UINTN            Index;
 
-  Attribute   = &Entry->Attribute;
-  Value->Text = Command->Value;
-  Verdict     = ValueAccepted;
+  Attribute     = &Entry->Attribute;
+  Value->Text   = Command->Value;
+  Value->Number = 0;
+  Verdict       = ValueAccepted;
   switch (Attribute->Type) {
     case PLDM_BIOS_ATTRIBUTE_INTEGER:
       Verdict = CheckInteger (Attribute, Command->Value, &Value->Number);
@@ -332,6 +337,7 @@ ChangeValue (
   EFI_STATUS    Status;
   SHELL_STATUS  Result;
 
+  PutForces (Command->Access, Entry, Value->Number);
   Status = Send (Command, Entry, Value, &Asking);
   if (EFI_ERROR (Status) && Asking) {
     return ReportNoPassword (Status);

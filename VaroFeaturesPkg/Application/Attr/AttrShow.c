@@ -11,6 +11,7 @@
 #include <Library/BaseMemoryLib.h>
 #include <Library/MemoryAllocationLib.h>
 #include <Library/TextOutputLib.h>
+#include "AttrDependencies.h"
 #include "AttrNames.h"
 #include "AttrPairing.h"
 #include "AttrShow.h"
@@ -387,106 +388,6 @@ GetAttribute (
 
   FreeEntry (&Entry);
   return Result;
-}
-
-/**
-  Says whether an annotation is a dependency, and how it is put.
-
-  @param[out]  Relation  What stands between the other attribute and its value.
-**/
-STATIC
-BOOLEAN
-IsDependency (
-  IN  CONST NameAnnotation  *Annotation,
-  OUT CONST CHAR8           **Relation
-  )
-{
-  STATIC CONST CHAR8  If[]    = "ForceIf";
-  STATIC CONST CHAR8  IfNot[] = "ForceIfNot";
-
-  *Relation = (Annotation->KeywordLength == sizeof (If) - 1) ? " = " : " is not ";
-  if ((Annotation->KeywordLength != sizeof (If) - 1) && (Annotation->KeywordLength != sizeof (IfNot) - 1)) {
-    return FALSE;
-  }
-
-  return (BOOLEAN)((CompareMem (Annotation->Keyword, IfNot, Annotation->KeywordLength) == 0) &&
-                   (Annotation->SubjectLength < Annotation->TextLength));
-}
-
-/**
-  Prints the dependencies that a name carries.
-
-  @param[in]  Forced   What the name is of: an attribute, or NULL for one of Described's values.
-  @param[in]  Subject  Only those on this attribute are printed; NULL = all.
-**/
-STATIC
-VOID
-PutNameDependencies (
-  IN CONST CHAR8  *Forced,
-  IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Subject
-  )
-{
-  NameAnnotation  Annotation;
-  CONST CHAR8     *Relation;
-  CONST CHAR8     *Rest;
-
-  Rest = Name;
-  while (NextAnnotation (&Rest, &Annotation)) {
-    if (!IsDependency (&Annotation, &Relation) ||
-        ((Subject != NULL) && ((BareLength (Subject) != Annotation.SubjectLength) ||
-                               (CompareMem (Subject, Annotation.Text, Annotation.SubjectLength) != 0))))
-    {
-      continue;
-    }
-
-    PutText ((Subject == NULL) ? "Depends:  " : "Forces:   ");
-    if (Forced != NULL) {
-      PutEscaped (Forced, BareLength (Forced), "");
-      PutText (" = ");
-    }
-
-    PutEscaped (Name, BareLength (Name), "");
-    PutText (" is forced if ");
-    PutEscaped (Annotation.Text, Annotation.SubjectLength, "");
-    PutText (Relation);
-    PutEscaped (
-      Annotation.Text + Annotation.SubjectLength + 1,
-      Annotation.TextLength - Annotation.SubjectLength - 1,
-      ""
-      );
-    PutText ("\n");
-  }
-}
-
-/**
-  Prints the dependencies of an attribute's own name and of its values' names.
-
-  @param[in]  Subject  NULL: the attribute is the one described. Otherwise that one's name.
-**/
-STATIC
-VOID
-PutDependencies (
-  IN AttributeAccessProtocol  *Access,
-  IN CONST AttributeEntry     *Entry,
-  IN CONST CHAR8              *Subject
-  )
-{
-  CHAR8  *Value;
-  UINTN  Index;
-
-  PutNameDependencies (NULL, Entry->Name, Subject);
-  if (Entry->Attribute.Type != PLDM_BIOS_ATTRIBUTE_ENUMERATION) {
-    return;
-  }
-
-  for (Index = 0; Index < Entry->Attribute.PossibleCount; Index++) {
-    Value = ReadName (Access, HandleAt (Entry->Attribute.Possible, Index));
-    if (Value != NULL) {
-      PutNameDependencies ((Subject == NULL) ? NULL : Entry->Name, Value, Subject);
-      FreePool (Value);
-    }
-  }
 }
 
 STATIC

@@ -39,11 +39,11 @@ CheckInteger (
   OUT UINT64           *Number
   )
 {
-  if (!ReadNumber (Text, Number)) {
+  if (!ReadNumber ((*Text == '-') ? Text + 1 : Text, Number)) {
     return ValueNoNumber;
   }
 
-  if ((*Number < Attribute->Minimum) || (*Number > Attribute->Maximum)) {
+  if ((*Text == '-') || (*Number < Attribute->Minimum) || (*Number > Attribute->Maximum)) {
     return ValueOutOfBounds;
   }
 

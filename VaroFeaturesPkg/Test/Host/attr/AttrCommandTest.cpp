@@ -54,6 +54,8 @@ TEST_F(AttrCommandTest, ShowsWhatTheServiceHolds) {
       {{u"get", u"Mode"}, "0 Silent\n"},
       {{u"get", u"Mode[ForceIf:Fan=60]"}, "0 Silent\n"},
       {{u"get", u"Mode[ForceIf:Fan=61]"}, "14 attr: no attribute Mode[ForceIf:Fan=61]; did you mean Mode?\n"},
+      {{u"get", u"mODE"}, "0 Silent\n"},
+      {{u"get", u"mode[forceif:fan=60]"}, "0 Silent\n"},
       {{u"get", u"fn"}, "14 attr: no attribute fn; did you mean Fan?\n"},
       {{u"get", u"s"}, "14 attr: no attribute s; did you mean Setup?\n"},
       {{u"get", u"xyz"}, "14 attr: no attribute xyz\n"},
@@ -94,12 +96,16 @@ TEST_F(AttrCommandTest, ChangesWhatPassesTheChecks) {
       {{u"Fan", u"61"}, "2 attr: out of step: values go in steps of 5 from 10\n", 0},
       {{u"Fan", u" 65"}, "2 attr: not a number, decimal or 0x and hexadecimal\n", 0},
       {{u"Fan", u"18446744073709551626"}, "2 attr: not a number, decimal or 0x and hexadecimal\n", 0},
+      {{u"Fan", u"-65"}, "2 attr: out of bounds, which are 10 to 90\n", 0},
+      {{u"Fan", u"-6x"}, "2 attr: not a number, decimal or 0x and hexadecimal\n", 0},
+      {{u"-65", u"Fan"}, "2 attr: unknown option -65; \"help attr\" says more\n", 0},
       {{u"Fan", u"0x"}, "2 attr: not a number, decimal or 0x and hexadecimal\n", 0},
       {{u"Asset", u"--", u"-b"}, "0 Asset: NB\\x7F1 -> -b\n", 1},
       {{u"Asset", u"-b"}, "2 attr: unknown option -b; \"help attr\" says more\n", 0},
       {{u"Asset", u"7654321"}, "2 attr: too long, 6 characters at most\n", 0},
       {{u"Asset", u""}, "2 attr: too short, 1 characters at least\n", 0},
-      {{u"Mode", u"Auto"}, "0 Mode: Silent -> Auto\n", 1},
+      {{u"Asset", u"-5"}, "0 Asset: -b -> -5\n", 1},
+      {{u"mode", u"AUTO"}, "0 attr: Mode is forced to Silent while Fan is not 10\nMode: Silent -> Auto\n", 1},
       {{u"Mode", u"1"}, "0 Mode: Auto -> Silent\n", 1},
       {{u"Mode", u"Silent"}, "0 Mode: Silent already, nothing sent\n", 0},
       {{u"Mode", u"2"}, "2 attr: no such value; there are 0 Auto 1 Silent\n", 0},
@@ -115,7 +121,7 @@ TEST_F(AttrCommandTest, ChangesWhatPassesTheChecks) {
     EXPECT_EQ(Sets() - before, row.Sets) << row.Result;
   }
   EXPECT_EQ(values[16], Join(U64(90)));
-  EXPECT_EQ(values[17], Join(U16(2), "-b"));
+  EXPECT_EQ(values[17], Join(U16(2), "-5"));
 }
 
 TEST_F(AttrCommandTest, WhereSeveralAttributesHaveTheName_AsksWhichOne) {
@@ -152,6 +158,55 @@ TEST_F(AttrCommandTest, WhereSeveralAttributesHaveTheName_AsksWhichOne) {
   }
   EXPECT_EQ(values[16], Join(U64(60)));
   EXPECT_EQ(values[21], Join(U64(5)));
+}
+
+TEST_F(AttrCommandTest, InAnyCase_OnlyANameThatOneAloneHasIsTaken) {
+  Add(21, 3, "FAN", Join(U64(0), U64(9), U32(0), U64(0)), Join(U64(1)));
+  Add(22, 0, "Led", Join(U8(3), Name("On"), Name("ON"), Name("Off"), U8(0)), Join(U8(1), U8(2)));
+  const struct {
+    Words Line;
+    std::string Result;
+  } rows[] = {
+      {{u"get", u"fan"},
+       "2 attr: several attributes are named fan: 16 Fan, 21 FAN; give the number in place of the name\n"},
+      {{u"get", u"FAN"}, "0 1\n"},
+      {{u"set", u"Led", u"on"}, "2 attr: no such value; there are 0 On 1 ON 2 Off\n"},
+      {{u"set", u"Led", u"ON"}, "0 Led: Off -> ON\n"},
+      {{u"set", u"LED", u"OFF"}, "0 Led: ON -> Off\n"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(Run(row.Line), row.Result);
+  }
+}
+
+TEST_F(AttrCommandTest, SetOfAForcedAttribute_SaysByWhatAndToWhichValue) {
+  const Bytes bounds = Join(U64(0), U64(9), U32(0), U64(0));
+  const Bytes states =
+      Join(U8(3), Name("Off"), Name("On[ForceIf:Mode=Silent]"), Name("Half[ForceIfNot:Asset=X]"), U8(0));
+  Add(21, 3, "Held[ForceIfNot:Fan=50][ForceIf:Fan=61][ForceIf:None=1][ForceIf:Setup=Fan]", bounds, Join(U64(1)));
+  Add(22, 0, "Lamp", states, Join(U8(1), U8(0)));
+  const struct {
+    Words Line;
+    std::string Result;
+  } rows[] = {
+      {{u"Held", u"2"}, "0 attr: Held is held at 1 while Fan is not 50\nHeld: 1 -> 2\n"},
+      {{u"Held", u"2"}, "0 Held: 2 already, nothing sent\n"},
+      {{u"Lamp", u"Half"}, "0 attr: Lamp is forced to On while Mode is Silent\nLamp: Off -> Half\n"},
+      {{u"Lamp", u"Off"},
+       "0 attr: Lamp is forced to On while Mode is Silent\nattr: Lamp is forced to Half while Asset is not X\n"
+       "Lamp: Half -> Off\n"},
+      {{u"Mode", u"Auto"},
+       "0 attr: Mode is held at Silent while Fan is 60\nattr: Mode is forced to Silent while Fan is not 10\n"
+       "Mode: Silent -> Auto\n"},
+      {{u"Asset", u"X"}, "0 Asset: NB\\x7F1 -> X\n"},
+      {{u"Fan", u"50"}, "0 Fan: 60 -> 50\n"},
+      {{u"Lamp", u"On"}, "0 Lamp: Off -> On\n"},
+      {{u"Held", u"1"}, "0 Held: 2 -> 1\n"},
+  };
+  for (auto row : rows) {
+    row.Line.insert(row.Line.begin(), u"set");
+    EXPECT_EQ(Run(row.Line), row.Result);
+  }
 }
 
 TEST_F(AttrCommandTest, SendsByNameWhatTheServiceIsToLookUp) {
