@@ -28,7 +28,7 @@ typedef struct {
   CONST CHAR16    *Name;
   ATTR_ACTION     Action;
   CONST CHAR16    *Options;    ///< letters
-  UINTN           Required;    ///< words behind the name
+  UINTN           Required;    ///< words after the subcommand
   UINTN           Allowed;
 } Subcommand;
 
@@ -51,7 +51,7 @@ typedef enum {
 } NameFit;
 
 ///
-/// A status of the protocol, what the Shell gets for it, and what it means.
+/// A status of the protocol, the Shell status that the command returns for it, and the message.
 ///
 typedef struct {
   EFI_STATUS      Status;
@@ -62,7 +62,7 @@ typedef struct {
 STATIC CONST StatusWords  mNoTables[] = {
   { EFI_NOT_FOUND,            SHELL_NOT_READY,            "there is no attribute service"               },
   { EFI_NOT_READY,            SHELL_NOT_READY,            "the attribute service does not answer"       },
-  { EFI_OUT_OF_RESOURCES,     SHELL_OUT_OF_RESOURCES,     "there is no memory for it"                   }
+  { EFI_OUT_OF_RESOURCES,     SHELL_OUT_OF_RESOURCES,     "out of memory"                               }
 };
 
 STATIC CONST StatusWords  mNoDriver[] = {
@@ -76,7 +76,7 @@ STATIC CONST StatusWords  mRefusals[] = {
   { EFI_INVALID_PARAMETER, SHELL_INVALID_PARAMETER, "the service refuses the value"                },
   { EFI_UNSUPPORTED,       SHELL_UNSUPPORTED,       "the service does not know the attribute"      },
   { EFI_BUFFER_TOO_SMALL,  SHELL_BUFFER_TOO_SMALL,  "the service has no room for the value"        },
-  { EFI_OUT_OF_RESOURCES,  SHELL_OUT_OF_RESOURCES,  "there is no memory for the request"           },
+  { EFI_OUT_OF_RESOURCES,  SHELL_OUT_OF_RESOURCES,  "out of memory"                                },
   { EFI_NOT_READY,         SHELL_NOT_READY,         "the attribute service does not answer"        },
   { EFI_NOT_FOUND,         SHELL_NOT_READY,         "there is no attribute service"                },
   { EFI_ABORTED,           SHELL_DEVICE_ERROR,      "the service did not handle the request"       },
@@ -297,7 +297,7 @@ IsOption (
 /**
   Takes an option.
 
-  @retval FALSE  The word is none of the subcommand's.
+  @retval FALSE  The subcommand has no such option.
 **/
 STATIC
 BOOLEAN
@@ -357,9 +357,9 @@ RunSubcommand (
 }
 
 /**
-  Reads the words behind the subcommand, and runs it.
+  Reads the words after the subcommand, and runs it.
 
-  @param[in]  Words  ASCII copies of the words go there.
+  @param[in]  Words  Buffer for ASCII copies of the words.
 **/
 STATIC
 SHELL_STATUS
@@ -388,7 +388,7 @@ RunWords (
         return ReportUsage ("unknown option", Word);
       }
     } else if (Count == Subcommand->Allowed) {
-      return ReportUsage ("one word too many:", Word);
+      return ReportUsage ("too many words, from", Word);
     } else if (!AsciiFromWord (Word, Words, StrLen (Word) + 1)) {
       return ReportUsage ("names and values are printable ASCII, not", Word);
     } else {
@@ -407,7 +407,7 @@ RunWords (
 }
 
 /**
-  Finds the subcommand and runs it with the words behind it.
+  Finds the subcommand and runs it with the words after it.
 **/
 STATIC
 SHELL_STATUS
@@ -424,7 +424,7 @@ RunCommandLine (
   SHELL_STATUS      Result;
 
   if (Parameters->Argc < 2) {
-    return ReportUsage ("list, get, info, set or export?", NULL);
+    return ReportUsage ("a subcommand is missing: list, get, info, set or export", NULL);
   }
 
   Found = NULL;
@@ -433,7 +433,7 @@ RunCommandLine (
   }
 
   if (Found == NULL) {
-    return ReportUsage ("list, get, info, set or export, not", Parameters->Argv[1]);
+    return ReportUsage ("subcommands are list, get, info, set and export, not", Parameters->Argv[1]);
   }
 
   Size = 1;
@@ -465,7 +465,7 @@ RunAttr (
   StartOutput ();
   Result = RunCommandLine (Parameters, Shell);
 
-  // The Shell keeps the status of a program as "lasterror", but not that of a command from the firmware.
+  // The Shell sets "lasterror" for programs only, not for commands from the firmware.
   UnicodeSPrint (Number, sizeof (Number), L"0x%x", Result);
   Shell->SetEnv (ATTR_STATUS_VARIABLE, Number, TRUE);
   return Result;

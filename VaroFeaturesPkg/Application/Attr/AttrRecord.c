@@ -1,5 +1,5 @@
 /** @file
-  AttrRecord: takes a record of GetAttributeInfo apart.
+  AttrRecord: decodes a record of GetAttributeInfo.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -33,7 +33,7 @@ TakePossible (
 }
 
 /**
-  Reads the attribute part, which gives the value part its place.
+  Reads the attribute part. The value part begins where it ends.
 **/
 STATIC
 VOID

@@ -63,7 +63,7 @@ FindPlace (
 }
 
 /**
-  Says what is wrong with a value.
+  Prints why a value is refused.
 **/
 STATIC
 VOID
@@ -93,7 +93,7 @@ PutVerdict (
 }
 
 /**
-  Checks the typed value, and says what is wrong with it.
+  Checks the typed value, and prints why it is refused.
 **/
 STATIC
 SHELL_STATUS
@@ -160,7 +160,7 @@ HasValue (
 }
 
 /**
-  Prints the new value as PutValue will once it is in force.
+  Prints the new value in the form of PutValue.
 **/
 STATIC
 VOID
@@ -239,7 +239,7 @@ SendByName (
 }
 
 /**
-  Asks for the password where one goes with the request, sends it and wipes it.
+  Sends the request, with a password if the command asks for one, and wipes the password.
 **/
 STATIC
 EFI_STATUS
@@ -272,7 +272,7 @@ Send (
 }
 
 /**
-  Reads the value back, and says what has become of it.
+  Reads the value back, and prints a message unless it is the new one.
 **/
 STATIC
 SHELL_STATUS
@@ -301,7 +301,7 @@ ReadBack (
 }
 
 /**
-  Says why there is no password, without which nothing was sent.
+  Prints why no password was read. Nothing was sent.
 **/
 STATIC
 SHELL_STATUS
@@ -311,7 +311,7 @@ ReportNoPassword (
 {
   switch (Status) {
     case EFI_ABORTED:
-      PutText ("attr: given up, nothing sent\n");
+      PutText ("attr: cancelled, nothing sent\n");
       return SHELL_ABORTED;
     case EFI_UNSUPPORTED:
       PutText ("attr: not a password of up to 255 printable characters, nothing sent\n");
@@ -323,7 +323,7 @@ ReportNoPassword (
 }
 
 /**
-  Changes an attribute whose new value passed all checks.
+  Sends a value that passed all checks, and prints the result.
 **/
 STATIC
 SHELL_STATUS

@@ -61,7 +61,7 @@ PutPossible (
 }
 
 /**
-  Prints the names at places among the possible values.
+  Prints the names of the possible values at the given places.
 **/
 STATIC
 VOID
@@ -179,7 +179,7 @@ PutDefault (
 }
 
 /**
-  Prints what values there can be.
+  Prints the bounds, or the possible values.
 **/
 STATIC
 VOID
@@ -257,8 +257,8 @@ PutLine (
 /**
   Prints a line for each attribute whose name matches.
 
-  @param[in]  Pattern  NULL = all.
-  @param[in]  Between  Name and value; NULL = lines as the host's inspector has them.
+  @param[in]  Pattern  NULL = all attributes.
+  @param[in]  Between  Stands between name and value; NULL = lines in the form of the host's inspector.
 **/
 STATIC
 SHELL_STATUS
@@ -303,10 +303,10 @@ PutLines (
 
   FreePool (Handles);
   if ((Result == SHELL_SUCCESS) && (Status == EFI_UNSUPPORTED)) {
-    PutText ("attr: an attribute of unknown type hides itself and all behind it\n");
+    PutText ("attr: an attribute of unknown type hides itself and all after it\n");
     Result = SHELL_UNSUPPORTED;
   } else if ((Result == SHELL_SUCCESS) && (Lines == 0)) {
-    PutFormat ("attr: no attribute%a\n", (Pattern == NULL) ? "" : " of such a name");
+    PutFormat ("attr: no attribute%a\n", (Pattern == NULL) ? "" : " has such a name");
     Result = SHELL_NOT_FOUND;
   }
 
@@ -330,7 +330,7 @@ ExportAttributes (
 }
 
 /**
-  Prints the value as the service gives it for a name.
+  Prints the value that the service gives for a name.
 **/
 STATIC
 SHELL_STATUS
@@ -344,7 +344,7 @@ PutValueByName (
   UINT32      Size;
   EFI_STATUS  Status;
 
-  // The length of the value is what is asked for when there is no room.
+  // A call without room for the value gives its length.
   Size   = 0;
   Value  = NULL;
   Status = Command->Access->GetAttributeValueByName (Command->Access, Name, &None, &Size);

@@ -17,7 +17,7 @@ attr list -l >a list.txt
 attr export >a exported.txt
 @echo %attrstatus%
 
-@echo "== One value, by handle and by name, with and without the suffix of the name"
+@echo "== One value, by handle and by name, in any case, with and without the suffix of the name"
 attr get ChargeStart
 @echo %attrstatus%
 attr get -n ChargeStart
@@ -28,7 +28,7 @@ attr get "WakeOnLan[ForceIf:BlockSleep=Disabled]"
 @echo %attrstatus%
 attr get -n LegacyRoms
 @echo %attrstatus%
-attr get Asset
+attr get asset
 @echo %attrstatus%
 attr get AdminPassword
 @echo %attrstatus%
@@ -50,6 +50,8 @@ attr info VirtualizationSupport
 attr set ChargeStart many -p
 @echo %attrstatus%
 attr set ChargeStart 96 -p
+@echo %attrstatus%
+attr set ChargeStart -5 -p
 @echo %attrstatus%
 attr set -n SlowChargeLimit 61 -p
 @echo %attrstatus%
@@ -82,6 +84,8 @@ attr set ChargeStart 50 -p
 attr set ChargeStart 60
 @echo %attrstatus%
 attr set -n ChargeStart 60
+@echo %attrstatus%
+attr set ServiceContact nobody
 @echo %attrstatus%
 attr set ChargeStart 60 -p
 @echo %attrstatus%

@@ -1,5 +1,5 @@
 /** @file
-  Tests of attr's command lines: what they print, their status, and what is sent.
+  Tests of attr's command lines: output, status, and the requests that are sent.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -30,7 +30,7 @@ class AttrCommandTest : public AttrFixture {
   size_t Sets() const { return Sent(REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_SET).size(); }
 };
 
-TEST_F(AttrCommandTest, ShowsWhatTheServiceHolds) {
+TEST_F(AttrCommandTest, EachSubcommand_PrintsTheServicesValues) {
   const struct {
     Words Line;
     std::string Result;
@@ -48,7 +48,7 @@ TEST_F(AttrCommandTest, ShowsWhatTheServiceHolds) {
        "20 Setup collection ro = Fan|?99 (default -) {-}\n"},
       {{u"list", u"SE"}, "0 Asset = NB\\x7F1\nSetup = Fan|?99\n"},
       {{u"list", u"-b", u"*s?et"}, "0 Asset = NB\\x7F1\n"},
-      {{u"list", u"s*p*x"}, "14 attr: no attribute of such a name\n"},
+      {{u"list", u"s*p*x"}, "14 attr: no attribute has such a name\n"},
       {{u"export"},
        "0 AdminPassword=hidden\nFan=60\nAsset=NB\\x7F1\nMode=Silent\nLevel=18446744073709551615\nSetup=Fan|?99\n"},
       {{u"get", u"Mode"}, "0 Silent\n"},
@@ -68,11 +68,11 @@ TEST_F(AttrCommandTest, ShowsWhatTheServiceHolds) {
       {{u"info", u"Asset"},
        "0 Name:     Asset\nHandle:   17\nType:     string\nValue:    NB\\x7F1\nDefault:  length 0\nLength:   1..6\n"
        "Pattern:  ^x$\n"},
-      {{}, "2 attr: list, get, info, set or export?; \"help attr\" says more\n"},
-      {{u"show"}, "2 attr: list, get, info, set or export, not show; \"help attr\" says more\n"},
+      {{}, "2 attr: a subcommand is missing: list, get, info, set or export; \"help attr\" says more\n"},
+      {{u"show"}, "2 attr: subcommands are list, get, info, set and export, not show; \"help attr\" says more\n"},
       {{u"get"}, "2 attr: a name is missing; \"help attr\" says more\n"},
       {{u"get", u"Fan", u"-l"}, "2 attr: unknown option -l; \"help attr\" says more\n"},
-      {{u"get", u"Fan", u"60"}, "2 attr: one word too many: 60; \"help attr\" says more\n"},
+      {{u"get", u"Fan", u"60"}, "2 attr: too many words, from 60; \"help attr\" says more\n"},
       {{u"set", u"Asset", u"\u00E9"},
        "2 attr: names and values are printable ASCII, not \xE9; \"help attr\" says more\n"},
   };
@@ -83,7 +83,7 @@ TEST_F(AttrCommandTest, ShowsWhatTheServiceHolds) {
   EXPECT_EQ(prompted, "[pages][no pages]");
 }
 
-TEST_F(AttrCommandTest, ChangesWhatPassesTheChecks) {
+TEST_F(AttrCommandTest, Set_SendsOnlyValuesThatPassTheChecks) {
   const struct {
     Words Line;
     std::string Result;
@@ -209,7 +209,7 @@ TEST_F(AttrCommandTest, SetOfAForcedAttribute_SaysByWhatAndToWhichValue) {
   }
 }
 
-TEST_F(AttrCommandTest, SendsByNameWhatTheServiceIsToLookUp) {
+TEST_F(AttrCommandTest, WithN_SendsNameAndValueAsText) {
   const struct {
     Words Line;
     UINT16 Handle;
@@ -239,7 +239,7 @@ TEST_F(AttrCommandTest, SendsByNameWhatTheServiceIsToLookUp) {
   EXPECT_EQ(Run({u"get", u"-n", u"Fan"}), "0 \n");
 }
 
-TEST_F(AttrCommandTest, SaysInWordsWhyTheServiceDidNotTakeAValue) {
+TEST_F(AttrCommandTest, Set_WhenTheServiceRefuses_PrintsTheReason) {
   const struct {
     UINT8 Status;
     std::u16string Option;
@@ -257,12 +257,12 @@ TEST_F(AttrCommandTest, SaysInWordsWhyTheServiceDidNotTakeAValue) {
     keys = u"wrong\r";
     EXPECT_EQ(Run({u"set", row.Option, u"Fan", u"65"}), row.Result);
   }
-  // Of a string the refusal is not told: the value is what it was.
+  // The protocol does not report the refusal of a string; reading back shows it.
   EXPECT_EQ(Run({u"set", u"Asset", u"a"}),
             "27 attr: not taken, the value is still NB\\x7F1; a password may be wanted (-p)\n");
 }
 
-TEST_F(AttrCommandTest, APasswordIsAskedForUnseenAndGoesWithTheRequest) {
+TEST_F(AttrCommandTest, WithP_ReadsAPasswordUnseenAndSendsItsKey) {
   const struct {
     std::u16string Keys;
     std::string Result;
@@ -270,7 +270,7 @@ TEST_F(AttrCommandTest, APasswordIsAskedForUnseenAndGoesWithTheRequest) {
   } rows[] = {
       {u"sexx\b\bcret\r", "0 Fan: 60 -> 65\n", 0xC0DE000A},
       {u"Secret\r", "0 Fan: 65 -> 60\n", 0},
-      {u"secret\x1B", "21 attr: given up, nothing sent\n", 1},
+      {u"secret\x1B", "21 attr: cancelled, nothing sent\n", 1},
       {u"s\u00E9cret\r", "2 attr: not a password of up to 255 printable characters, nothing sent\n", 1},
       {std::u16string(256, u'x') + u"\r", "2 attr: not a password of up to 255 printable characters, nothing sent\n",
        1},
@@ -293,8 +293,8 @@ TEST_F(AttrCommandTest, APasswordIsAskedForUnseenAndGoesWithTheRequest) {
   }
 }
 
-TEST_F(AttrCommandTest, SaysWhatIsNotThere) {
-  // Every operation of a driver that is gone leads nowhere: none is called.
+TEST_F(AttrCommandTest, WithoutDriverServiceOrValue_PrintsWhichIsMissing) {
+  // No operation of an unloaded driver is called: each would crash here.
   const auto table = *protocol;
   *protocol = {};
   EXPECT_EQ(Run({u"list"}), "25 attr: the attribute driver is of another revision (Incompatible Version)\n");
@@ -326,13 +326,13 @@ TEST_F(AttrCommandTest, SaysWhatIsNotThere) {
   EXPECT_EQ(Run({u"list"}), "21 ");
 }
 
-TEST_F(AttrCommandTest, AnUnknownTypeHidesTheRest) {
+TEST_F(AttrCommandTest, List_WithAnUnknownType_PrintsThatTheRestIsHidden) {
   Add(21, 9, "Odd", {}, {});
-  EXPECT_EQ(Run({u"list", u"Fan"}), "3 Fan = 60\nattr: an attribute of unknown type hides itself and all behind it\n");
+  EXPECT_EQ(Run({u"list", u"Fan"}), "3 Fan = 60\nattr: an attribute of unknown type hides itself and all after it\n");
 }
 
-// Whatever a record says, what is taken from it lies within it; the sanitizer sees the rest.
-TEST(AttrRecordTest, NoPartOfARecordIsReadBehindItsEnd) {
+// Every pointer and count lies within the record, whatever it holds. The sanitizer reports any other read.
+TEST(AttrRecordTest, ARecordIsNeverReadPastItsEnd) {
   for (unsigned type = 0; type < 9; ++type) {
     for (unsigned fill = 0; fill < 256; fill += 15) {
       for (size_t size = 0; size < 64; ++size) {

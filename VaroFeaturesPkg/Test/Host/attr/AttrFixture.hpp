@@ -1,5 +1,5 @@
 /** @file
-  Fixture of tests that type attr's command lines: the driver and a service behind it, a console that is kept as text.
+  Fixture of tests that run attr's command lines: the driver, a service for it, and a console whose output is kept.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,22 +16,22 @@ class AttrFixture : public AccessFixture {
  protected:
   AttrFixture();
 
-  /// What a command line leaves: its status, then what it printed, lines ended by "\n".
+  /// Runs a command line. Gives its status and its output, with "\n" at the ends of lines.
   std::string Run(const std::vector<std::u16string>& words);
-  /// Has the service answer value requests with what it was sent by handle, or with `namedPart` for `namedHandle` when
-  /// it was sent by name.
+  /// Stores a value that was sent, so that the service gives it from then on: by handle, or `namedPart` as the value of
+  /// `namedHandle` when it was sent by name.
   EFI_STATUS Apply(RequestBlock& request);
 
-  /// A name's string handle; it is entered at the end of the string table when it is new.
+  /// Gives a name's string handle. A new name is added at the end of the string table.
   UINT16 Name(std::string_view name);
   /// Adds an attribute at the end of the attribute table.
   void Add(UINT16 handle, unsigned type, std::string_view name, const Bytes& part, const Bytes& value);
 
   UINT16 namedHandle = 0;
   Bytes namedPart;
-  std::u16string keys;           ///< what is typed when a key is waited for
-  std::string prompted;          ///< on the console that no redirection takes away
-  size_t linesTaken = SIZE_MAX;  ///< before the reader leaves the page
+  std::u16string keys;           ///< keys that are typed
+  std::string prompted;          ///< output on the console that is never redirected
+  size_t linesTaken = SIZE_MAX;  ///< lines before the user leaves the page
   bool breakPressed = false;
 
  private:
