@@ -13,8 +13,8 @@
 #include <Library/TextOutputLib.h>
 #include "AttrDependencies.h"
 #include "AttrNames.h"
-#include "AttrPairing.h"
 #include "AttrShow.h"
+#include "AttrTexts.h"
 
 STATIC CONST CHAR8 *CONST  mTypeNames[] = {
   "enumeration", "string", "password", "integer", "boot-configuration", "collection", "configuration-set"
@@ -410,50 +410,6 @@ PutExpressions (
   }
 }
 
-/**
-  Prints display and help text, where they are known to be the attribute's.
-**/
-STATIC
-VOID
-PutTexts (
-  IN AttributeAccessProtocol  *Access,
-  IN CONST AttributeEntry     *Entries,
-  IN UINTN                    Count,
-  IN UINT16                   Handle
-  )
-{
-  TextPairing  Pairing;
-  CHAR16       *Help;
-  UINTN        Index;
-
-  PairTexts (Access, Entries, Count, &Pairing);   // what is not paired is not printed
-  for (Index = 0; (Pairing.Paired != NULL) && (Index < Count); Index++) {
-    if ((Entries[Index].Attribute.Handle != Handle) || (Pairing.Paired[Index].Display == NULL)) {
-      continue;
-    }
-
-    PutText ("Display:  ");
-    PutWideText (Pairing.Paired[Index].Display);
-    PutText ("\n");
-    Help = NULL;
-    if (Pairing.Paired[Index].HelpHandle != 0) {
-      Help = ReadText (Access, Access->GetTextStringA, Pairing.Paired[Index].HelpHandle);
-    }
-
-    if ((Help != NULL) && (*Help != L'\0')) {
-      PutText ("Help:     ");
-      PutWideText (Help);
-      PutText ("\n");
-    }
-
-    if (Help != NULL) {
-      FreePool (Help);
-    }
-  }
-
-  FreePairing (&Pairing);
-}
-
 SHELL_STATUS
 DescribeAttribute (
   IN CONST AttrCommand  *Command
@@ -463,6 +419,7 @@ DescribeAttribute (
   AttributeEntry  *Entries;
   UINTN           Count;
   UINTN           Index;
+  EFI_STATUS      Status;
   SHELL_STATUS    Result;
 
   Result = ReadNamedEntry (Command, &Entry);
@@ -489,12 +446,15 @@ DescribeAttribute (
 
   PutExpressions (Entry.Name);
   PutDependencies (Command->Access, &Entry, NULL);
-  ReadEntries (Command->Access, ReadEntry, &Entries, &Count);   // without the others, what depends on them is not printed
+  Status = ReadEntries (Command->Access, ReadEntry, &Entries, &Count);
   for (Index = 0; Index < Count; Index++) {
     PutDependencies (Command->Access, &Entries[Index], Entry.Name);
   }
 
-  PutTexts (Command->Access, Entries, Count, Entry.Attribute.Handle);
+  if (!EFI_ERROR (Status)) {
+    PutTexts (&Entry, Entries, Count);   // only a list of all attributes tells the driver's own from the setup's
+  }
+
   FreeEntries (Entries, Count);
   FreeEntry (&Entry);
   return SHELL_SUCCESS;

@@ -124,33 +124,6 @@ ReadName (
   return Name;
 }
 
-CHAR16 *
-ReadText (
-  IN AttributeAccessProtocol  *Access,
-  IN ATTRIBUTE_GET_TEXT       GetText,
-  IN UINT16                   Handle
-  )
-{
-  CHAR16      None;
-  CHAR16      *Text;
-  UINT32      Size;
-  EFI_STATUS  Status;
-
-  Size   = 0;
-  Status = GetText (Access, Handle, &None, &Size);
-  if ((EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) || (Size > ANSWER_LIMIT)) {
-    return NULL;
-  }
-
-  Text = AllocateZeroPool (Size + 2 * sizeof (CHAR16));
-  if ((Text != NULL) && EFI_ERROR (GetText (Access, Handle, Text, &Size))) {
-    FreePool (Text);
-    Text = NULL;
-  }
-
-  return Text;
-}
-
 /**
   Reads the record with both parts, of the size that ReadHead found.
 **/

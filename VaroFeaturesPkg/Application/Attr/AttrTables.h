@@ -126,16 +126,4 @@ ReadName (
   IN UINT16                   Handle
   );
 
-/**
-  Reads a text of a text table by the operation of that table.
-
-  @return  The text, to be freed by the caller; NULL when there is none.
-**/
-CHAR16 *
-ReadText (
-  IN AttributeAccessProtocol  *Access,
-  IN ATTRIBUTE_GET_TEXT       GetText,
-  IN UINT16                   Handle
-  );
-
 #endif

@@ -10,6 +10,10 @@
 #include "uefi/ByteReader.hpp"
 #include "uefi/Protocols.hpp"
 
+extern "C" {
+#include <Corvane/OwnAttributes.h>
+}
+
 namespace {
 
 size_t LengthOf(const EFI_DEVICE_PATH_PROTOCOL& node) {
@@ -160,15 +164,14 @@ EFI_STATUS ReadBootOptions(BootConfigurationState& state, PoolPtr<BootOptionBloc
 }
 
 void BuildBootConfiguration(AttributeDatabase& database, const BootConfigurationState& state) {
-  const CHAR16* const title = u"System boot configuration"_ucs2;
+  constexpr OwnAttribute own = OWN_BOOT_CONFIGURATION;
   OwnedRecord<BootConfigurationRecord> record = MakeRecord<BootConfigurationRecord>();
   PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(state.OptionCount);
   if (!record || !names) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: out of memory\n", title));
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", own.Name));
     return;
   }
-  record->Head.NameHandle = Raw(InternName(database, title));
-  InternDisplayString(database, title);
+  record->Head.NameHandle = Raw(InternOwnTexts(database, own.Name, own.DisplayText).Name);
   for (UINT8 position = 0; position < state.OptionCount; ++position) {
     const PoolPtr<CHAR16[]> name = SourceName(state.Options[state.PriorityOrder[position]], position);
     if (!name) {

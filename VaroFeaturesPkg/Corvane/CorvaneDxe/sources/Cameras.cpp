@@ -10,25 +10,23 @@
 #include "uefi/Protocols.hpp"
 
 extern "C" {
+#include <Corvane/OwnAttributes.h>
 #include <Protocol/CameraIdentifiers.h>
 }
 
 namespace {
 
-constexpr UINT32 kFirstCameraToken = 3732;
-constexpr UINT32 kCameraAttributes = 4;
+constexpr std::array<OwnAttribute, 4> kCameras = {{OWN_CAMERA_1, OWN_CAMERA_2, OWN_CAMERA_3, OWN_CAMERA_4}};
 
-void BuildCamera(AttributeDatabase& database, UINT32 camera, const CHAR16* name, const CHAR16* displayName,
-                 const CHAR8* identifier) {
+void BuildCamera(AttributeDatabase& database, const OwnAttribute& camera, const CHAR8* identifier) {
   OwnedRecord<StringRecord> record = MakeRecord<StringRecord>(true);
   PoolPtr<CHAR8[]> copy = CopyAscii(identifier);
   if (!record || !copy) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" dropped: out of memory\n", name));
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", camera.Name));
     return;
   }
-  record->Head.NameHandle = Raw(InternName(database, name));
-  InternDisplayString(database, displayName);
-  record->Head.Token = kFirstCameraToken + camera;
+  record->Head.NameHandle = Raw(InternOwnTexts(database, camera.Name, camera.DisplayText).Name);
+  record->Head.Token = camera.Token;
   record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
   record->MaxLength = static_cast<UINT16>(AsciiLength(identifier) + 1);
   record->CurrentString = copy.release();
@@ -45,14 +43,10 @@ EFI_STATUS BuildCameras(AttributeDatabase& database) {
   }
   UINT32 camera = 0;
   do {  // once even for no camera: the first identifier then tells
-    std::array<CHAR16, 12> name{};
-    std::array<CHAR16, 24> displayName{};
-    TextWriter{name}.Put(ViewOf(u"MIPICam"_ucs2)).PutDecimal(camera + 1);
-    TextWriter{displayName}.Put(ViewOf(u"MIPI Camera "_ucs2)).PutDecimal(camera + 1);
-    if (camera < kCameraAttributes && cameras->Identifiers != nullptr) {
+    if (camera < kCameras.size() && cameras->Identifiers != nullptr) {
       const CHAR8* const identifier = cameras->Identifiers[camera];
       if (identifier != nullptr && *identifier != 0) {
-        BuildCamera(database, camera, name.data(), displayName.data(), identifier);
+        BuildCamera(database, kCameras[camera], identifier);
       }
     }
     ++camera;

@@ -10,6 +10,7 @@
 #include "uefi/Protocols.hpp"
 
 extern "C" {
+#include <Corvane/OwnAttributes.h>
 #include <Protocol/PasswordStateQuery.h>
 }
 
@@ -55,31 +56,23 @@ PasswordStates QueryPasswordStates() {
 }
 
 struct Password {
-  const CHAR8* Name;
-  const CHAR8* DisplayName;
+  OwnAttribute Own;
   UINT16 Handle;
-  UINT16 Token;
   UINT16 LengthSetting;  // on a platform without an owner password
   UINT16 Kind;
 };
 
 constexpr std::array kPasswords = {
-    Password{.Name = "AdminPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
-             .DisplayName = "Admin Password",
+    Password{.Own = OWN_ADMIN_PASSWORD,
              .Handle = ATTRIBUTE_HANDLE_ADMIN_PASSWORD,
-             .Token = 1175,
              .LengthSetting = 1621,
              .Kind = PASSWORD_KIND_ADMIN},
-    Password{.Name = "SystemPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
-             .DisplayName = "System Password",
+    Password{.Own = OWN_SYSTEM_PASSWORD,
              .Handle = ATTRIBUTE_HANDLE_SYSTEM_PASSWORD,
-             .Token = 1174,
              .LengthSetting = 1623,
              .Kind = PASSWORD_KIND_SYSTEM},
-    Password{.Name = "OwnerPassword[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]",
-             .DisplayName = "Owner Password",
+    Password{.Own = OWN_OWNER_PASSWORD,
              .Handle = ATTRIBUTE_HANDLE_OWNER_PASSWORD,
-             .Token = 1176,
              .LengthSetting = kOwnerLengthSetting,
              .Kind = PASSWORD_KIND_OWNER},
 };
@@ -88,11 +81,11 @@ void PlacePassword(AttributeDatabase& database, SettingsProtocol* settings, cons
                    UINT32 lengthSetting, UINT32 state) {
   OwnedRecord<PasswordRecord> record = MakeRecord<PasswordRecord>();
   if (!record) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", password.Name));
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", password.Own.Name));
     return;
   }
-  record->Head.NameHandle = Raw(InternOwnTexts(database, password.Name, password.DisplayName).Name);
-  record->Head.Token = password.Token;
+  record->Head.NameHandle = Raw(InternOwnTexts(database, password.Own.Name, password.Own.DisplayText).Name);
+  record->Head.Token = password.Own.Token;
   // A length that cannot be read leaves 0.
   record->MaxLength = static_cast<UINT16>(ReadSetting(settings, lengthSetting).Value());
   record->PasswordInstalled = state & PASSWORD_STATE_INSTALLED;

@@ -8,6 +8,10 @@
 
 #include "sources/Interning.hpp"
 
+extern "C" {
+#include <Corvane/OwnAttributes.h>
+}
+
 namespace {
 
 struct PlatformValue {
@@ -22,9 +26,7 @@ constexpr std::array kServiceReset = {PlatformValue{"Disabled", "Disabled", 0},
                                       PlatformValue{"ProjectVariablesPreserve", "Project Variables Preserve", 2}};
 
 struct PlatformEnumeration {
-  const CHAR8* Name;
-  const CHAR8* DisplayName;
-  UINT32 Token;
+  OwnAttribute Own;
   std::span<const PlatformValue, 2> Values = kDisabledEnabled;
   UINT8 DefaultIndex = 0;
   bool ReadOnly = false;
@@ -33,9 +35,7 @@ struct PlatformEnumeration {
 };
 
 struct PlatformInteger {
-  const CHAR8* Name;
-  const CHAR8* DisplayName;
-  UINT32 Token;
+  OwnAttribute Own;
   UINT64 UpperBound;
   UINT64 DefaultValue;
   bool ReadOnly = false;
@@ -49,24 +49,24 @@ void WarnDropped([[maybe_unused]] const CHAR8* name, [[maybe_unused]] EFI_STATUS
 }
 
 void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, const PlatformEnumeration& attribute) {
-  const Result<UINT64> setting = ReadSetting(settings, attribute.Token);
+  const Result<UINT64> setting = ReadSetting(settings, attribute.Own.Token);
   if (!setting.Ok() && !(attribute.ToleratesNotFound && setting.Status() == EFI_NOT_FOUND)) {
-    return WarnDropped(attribute.Name, setting.Status());
+    return WarnDropped(attribute.Own.Name, setting.Status());
   }
   OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>(attribute.ReadOnly);
   const size_t count = attribute.Values.size();
   PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(count);
   PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(count);
   if (!record || !names || !values) {
-    return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
+    return WarnDropped(attribute.Own.Name, EFI_OUT_OF_RESOURCES);
   }
-  const InternedPair texts = InternOwnTexts(database, attribute.Name, attribute.DisplayName);
+  const InternedPair texts = InternOwnTexts(database, attribute.Own.Name, attribute.Own.DisplayText);
   record->Head.NameHandle = Raw(texts.Name);
   if (attribute.Help != nullptr) {
     SetHelpString(database, attribute.Help, texts.Display);
   }
   record->Head.ValueSize = 1;
-  record->Head.Token = attribute.Token;
+  record->Head.Token = attribute.Own.Token;
   const UINT64 current = setting.Value() & kValueMask;  // 0 when the setting was not found
   for (size_t i = count; i > 0; --i) {
     values[i - 1] = attribute.Values[i - 1].Value;
@@ -85,17 +85,17 @@ void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, c
 }
 
 void BuildInteger(AttributeDatabase& database, SettingsProtocol* settings, const PlatformInteger& attribute) {
-  const Result<UINT64> setting = ReadSetting(settings, attribute.Token);
+  const Result<UINT64> setting = ReadSetting(settings, attribute.Own.Token);
   if (!setting.Ok()) {
-    return WarnDropped(attribute.Name, setting.Status());
+    return WarnDropped(attribute.Own.Name, setting.Status());
   }
   OwnedRecord<IntegerRecord> record = MakeRecord<IntegerRecord>(attribute.ReadOnly);
   if (!record) {
-    return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
+    return WarnDropped(attribute.Own.Name, EFI_OUT_OF_RESOURCES);
   }
-  record->Head.NameHandle = Raw(InternOwnTexts(database, attribute.Name, attribute.DisplayName).Name);
+  record->Head.NameHandle = Raw(InternOwnTexts(database, attribute.Own.Name, attribute.Own.DisplayText).Name);
   record->Head.ValueSize = 2;
-  record->Head.Token = attribute.Token;
+  record->Head.Token = attribute.Own.Token;
   record->UpperBound = attribute.UpperBound;
   record->ScalarIncrement = 1;
   record->DefaultValue = attribute.DefaultValue;
@@ -104,13 +104,13 @@ void BuildInteger(AttributeDatabase& database, SettingsProtocol* settings, const
 }
 
 /// A read-only text that no setting stands behind.
-void BuildFixedText(AttributeDatabase& database, const CHAR8* name, const CHAR8* displayName, const CHAR8* text) {
+void BuildFixedText(AttributeDatabase& database, const OwnAttribute& attribute, const CHAR8* text) {
   OwnedRecord<StringRecord> record = MakeRecord<StringRecord>(true);
   PoolPtr<CHAR8[]> copy = CopyAscii(text);
   if (!record || !copy) {
-    return WarnDropped(name, EFI_OUT_OF_RESOURCES);
+    return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
   }
-  record->Head.NameHandle = Raw(InternOwnTexts(database, name, displayName).Name);
+  record->Head.NameHandle = Raw(InternOwnTexts(database, attribute.Name, attribute.DisplayText).Name);
   record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
   record->MinLength = 1;
   record->MaxLength = 255;
@@ -120,68 +120,32 @@ void BuildFixedText(AttributeDatabase& database, const CHAR8* name, const CHAR8*
 
 void BuildGenerationAndVendor(AttributeDatabase& database) {
   constexpr CHAR8 kGeneration[] = "23Q1";  // year and quarter
-  BuildFixedText(database, "Generation", "System Generation", kGeneration);
-  BuildFixedText(database, "IBV", "Independent BIOS Vendor", "VARO");
+  BuildFixedText(database, OWN_GENERATION, kGeneration);
+  BuildFixedText(database, OWN_VENDOR, "VARO");
 }
 
 }  // namespace
 
 void BuildFactoryAttributes(AttributeDatabase& database, SettingsProtocol* settings) {
-  BuildInteger(database, settings,
-               {.Name = "CommonSystemId",
-                .DisplayName = "Common System Identifier",
-                .Token = 3633,
-                .UpperBound = 0xFFFF,
-                .DefaultValue = 0});
-  BuildEnumeration(database, settings,
-                   {.Name = "OverrideBatteryChargeFactory",
-                    .DisplayName = "Override Battery Charging Limit in Factory",
-                    .Token = 1751,
-                    .DefaultIndex = 1});
-  BuildEnumeration(database, settings,
-                   {.Name = "ServiceResetConfig",
-                    .DisplayName = "Service reset configuration",
-                    .Token = 3728,
-                    .Values = kServiceReset,
-                    .ToleratesNotFound = true});
+  BuildInteger(database, settings, {.Own = OWN_COMMON_SYSTEM_ID, .UpperBound = 0xFFFF, .DefaultValue = 0});
+  BuildEnumeration(database, settings, {.Own = OWN_OVERRIDE_BATTERY_CHARGE, .DefaultIndex = 1});
+  BuildEnumeration(database, settings, {.Own = OWN_SERVICE_RESET, .Values = kServiceReset, .ToleratesNotFound = true});
   BuildGenerationAndVendor(database);
-  BuildInteger(database, settings,
-               {.Name = "MfgModePxeAttribute",
-                .DisplayName = "Manufacturing Mode PXE Attribute",
-                .Token = 1756,
-                .UpperBound = 6,
-                .DefaultValue = 4});
-  BuildEnumeration(database, settings, {.Name = "FrontFan", .DisplayName = "Front Fan", .Token = 1879});
-  BuildInteger(database, settings,
-               {.Name = "WlanCountryCode",
-                .DisplayName = "WLAN Country Code",
-                .Token = 9902,
-                .UpperBound = 0xFFFF,
-                .DefaultValue = 0x4150});
+  BuildInteger(database, settings, {.Own = OWN_MANUFACTURING_PXE, .UpperBound = 6, .DefaultValue = 4});
+  BuildEnumeration(database, settings, {.Own = OWN_FRONT_FAN});
+  BuildInteger(database, settings, {.Own = OWN_WLAN_COUNTRY, .UpperBound = 0xFFFF, .DefaultValue = 0x4150});
+  BuildEnumeration(database, settings, {.Own = OWN_ADVANCED_DEBUG_MENU, .ToleratesNotFound = true});
+  BuildEnumeration(database, settings, {.Own = OWN_HEVC, .ReadOnly = true});
   BuildEnumeration(
       database, settings,
-      {.Name = "AdvancedDebugMenu", .DisplayName = "Advanced Debug Menu", .Token = 1881, .ToleratesNotFound = true});
-  BuildEnumeration(database, settings,
-                   {.Name = "HEVC", .DisplayName = "High Efficiency Video Coding", .Token = 1469, .ReadOnly = true});
-  BuildEnumeration(database, settings,
-                   {.Name = "ChargePowerLimitFactoryFlag",
-                    .DisplayName = "Charge Power Limit Factory Flag",
-                    .Token = 12054,
-                    .ToleratesNotFound = true,
-                    .Help = u"A flag to configure charging performance limitation for EU products."_ucs2});
+      {.Own = OWN_CHARGE_POWER_LIMIT, .ToleratesNotFound = true, .Help = u"" OWN_CHARGE_POWER_LIMIT_HELP u""_ucs2});
 }
 
 void BuildMasterPasswordLockout(AttributeDatabase& database, SettingsProtocol* settings) {
-  BuildEnumeration(database, settings,
-                   {.Name = "MasterPasswordLockout", .DisplayName = "Master Password Lockout", .Token = 1843});
+  BuildEnumeration(database, settings, {.Own = OWN_MASTER_PASSWORD_LOCKOUT});
 }
 
 void BuildAuxoraSupportLevel(AttributeDatabase& database, SettingsProtocol* settings) {
   BuildInteger(database, settings,
-               {.Name = "AuxoraSupportLevel",
-                .DisplayName = "Auxora Support Level",
-                .Token = 1340,
-                .UpperBound = 0xFFFF,
-                .DefaultValue = 0,
-                .ReadOnly = true});
+               {.Own = OWN_SUPPORT_LEVEL, .UpperBound = 0xFFFF, .DefaultValue = 0, .ReadOnly = true});
 }
