@@ -12,11 +12,11 @@
 #include "AttrTables.h"
 
 ///
-/// The form in which a value is printed.
+/// How a value is written.
 ///
 typedef enum {
-  ValuePlain,   ///< names without their suffixes, texts without quotes
-  ValueExact    ///< the form of the host's inspector: names with their suffixes, texts quoted
+  ValuePlain,   ///< for eyes and scripts: names bare, texts as they are
+  ValueExact    ///< as the host's inspector writes it: names with their suffixes, texts quoted
 } ValueForm;
 
 /**

@@ -1,5 +1,5 @@
 /** @file
-  TextOutputLib: prints text on the console, in lines of any length.
+  TextOutputLib: text for the console, a line at a time, however long it is.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,7 +11,7 @@
 #include <Base.h>
 
 /**
-  Discards pending text and clears OutputStopped. Called before each command.
+  Begins anew after a command whose output was cut off.
 **/
 VOID
 StartOutput (
@@ -19,8 +19,8 @@ StartOutput (
   );
 
 /**
-  Tells whether the console rejected a line, which it does when the user leaves a page early. Nothing is printed after
-  that.
+  Says whether the console has refused a line, as it does when its reader leaves a page early. Nothing is printed from
+  then on.
 **/
 BOOLEAN
 OutputStopped (
@@ -54,7 +54,7 @@ PutFormat (
   );
 
 /**
-  Prints bytes, with \xHH for those that are not printable ASCII, or that are in AlsoEscaped.
+  Prints bytes, with \xHH for those that are not printable ASCII or are among the given ones.
 **/
 VOID
 PutEscaped (
