@@ -25,6 +25,10 @@ EFI_STATUS AttributeDatabase::AllocateStore() {
 void AttributeDatabase::PutRecord(OwnedRecord<AttributeRecord>&& record, UINT16 slot) {
   VOID*& place = store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot];
   const OwnedRecord<AttributeRecord> replaced{static_cast<AttributeRecord*>(place)};
+  if (record) {
+    const UINT32 token = record->Token;
+    tokensSeen_[token / 32 % tokensSeen_.size()] |= UINT32{1} << token % 32;
+  }
   place = record.release();  // to the store
 }
 
@@ -71,8 +75,13 @@ AttributeRecord* AttributeDatabase::FindAttributeByToken(UINT32 token) {
   if (lastSlot_ != 0 && lastToken_ == token) {
     return AttributeAt(lastSlot_);
   }
-  for (UINT16 slot = kFirstHandle; slot < AttributeLimit(); ++slot) {
-    AttributeRecord* const record = AttributeAt(slot);
+  if ((tokensSeen_[token / 32 % tokensSeen_.size()] >> token % 32 & 1) == 0) {
+    return nullptr;
+  }
+  const UINT16 limit = AttributeLimit();
+  VOID* const* const records = store_->Slots + ATTRIBUTE_STORE_ATTRIBUTES;
+  for (UINT16 slot = kFirstHandle; slot < limit; ++slot) {
+    auto* const record = static_cast<AttributeRecord*>(records[slot]);
     if (record == nullptr) {
       return nullptr;  // counted slots have no gaps: the first empty one is the end
     }
@@ -153,12 +162,12 @@ StringHandle AttributeDatabase::FindString(StringArray array, const TextKey& key
   if (index.Covers(CountOf(array))) {
     return StringHandle{index.Find(key, strings)};
   }
-  for (UINT16 handle = kFirstHandle; handle < StringLimit(array); ++handle) {
-    if (key.Matches(TextAt(array, StringHandle{handle}))) {
-      return StringHandle{handle};
-    }
-  }
-  return {};
+  StringHandle found{};
+  ForEachText(array, [&](UINT16 handle, const CHAR16* text) {
+    found = StringHandle{key.Matches(text) ? handle : UINT16{0}};
+    return Raw(found) == 0;
+  });
+  return found;
 }
 
 void AttributeDatabase::PutString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle) {

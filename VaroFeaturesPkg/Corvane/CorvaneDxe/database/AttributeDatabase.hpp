@@ -110,6 +110,7 @@ class AttributeDatabase {
   AttributeStore* store_ = nullptr;  // kept until boot services end: the published interface leads to it
   StringIndex nameIndex_;
   StringIndex displayIndex_;
-  UINT32 lastToken_ = 0;  // one-entry cache of FindAttributeByToken
-  UINT16 lastSlot_ = 0;   // 0 = the cache is empty
+  std::array<UINT32, 8> tokensSeen_{};  // a bit for each value of a token's low byte; most look-ups are for new tokens
+  UINT32 lastToken_ = 0;                // one-entry cache of FindAttributeByToken
+  UINT16 lastSlot_ = 0;                 // 0 = the cache is empty
 };

@@ -23,10 +23,12 @@ PoolPtr<CHAR16[]> PrefixWithStar(const CHAR16* text, size_t& length) {
 
 /// Interns a text of the driver's own. None is longer than a display text may be.
 [[gnu::noinline]] StringHandle InternOwn(AttributeDatabase& database, const CHAR8* text, StringArray array) {
-  std::array<CHAR16, kLongestDisplayText + 1> widened{};
-  for (size_t i = 0; text[i] != 0 && i < kLongestDisplayText; ++i) {
-    widened[i] = static_cast<UINT8>(text[i]);
+  std::array<CHAR16, kLongestDisplayText + 1> widened;
+  size_t length = 0;
+  for (; text[length] != 0 && length < kLongestDisplayText; ++length) {
+    widened[length] = static_cast<UINT8>(text[length]);
   }
+  widened[length] = 0;
   return array == StringArray::Names ? InternName(database, widened.data())
                                      : InternDisplayString(database, widened.data()).Handle;
 }

@@ -123,15 +123,17 @@ constexpr CHAR16* CleanString(CHAR16* destination, const CHAR16* source) {
 struct TextKey {
   const CHAR16* Start;  // behind the leading blanks
   size_t Length;        // characters of the text as it stands
-  UINT32 Hash = 0;
+  UINT32 Hash;
 
   constexpr explicit TextKey(const CHAR16* text) : Start(SkipBlanks(text)) {
     const CHAR16* next = Start;
+    UINT32 hash = 0;
     while (const UINT32 character = *next++) {
       if (IsKept(static_cast<CHAR16>(character))) {
-        Hash = Hash * 33 ^ character;
+        hash = hash * 33 ^ character;
       }
     }
+    Hash = hash;
     Length = static_cast<size_t>(next - 1 - text);
   }
 

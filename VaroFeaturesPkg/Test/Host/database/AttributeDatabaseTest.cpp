@@ -64,6 +64,7 @@ TEST_F(AttributeDatabaseTest, TokensAreFoundAmongCountedRecords) {
     EXPECT_EQ(database.FindAttributeByToken(7), first);
     EXPECT_EQ(database.FindAttributeByToken(8), other);
     EXPECT_EQ(database.FindAttributeByToken(9), nullptr);
+    EXPECT_EQ(database.FindAttributeByToken(0x100 + 8), nullptr);  // has the low byte of another token
     EXPECT_EQ(database.FindAttributeByToken(0), zero);
   }
 }
