@@ -15,7 +15,7 @@
 
 namespace {
 
-// The codes of one block wait here until its alphabets are known.
+// Size of the staging buffer, which holds the codes of one block until the prefix codes are known.
 constexpr size_t kStagingSize = 16384;
 constexpr size_t kSmallestStagingSize = 4096;
 
@@ -24,9 +24,9 @@ constexpr UINT32 kHashedBytes = 5;
 constexpr UINT32 kHashSize = 4096;
 constexpr UINT32 kShortHashBits = 10;  // of kMinMatch bytes, one candidate each
 constexpr UINT32 kLongestChain = 56;   // candidates tried at one position
-constexpr UINT32 kGoodMatch = 24;      // bytes; no better one is looked for behind its first byte
-constexpr UINT32 kLeastWorth = 10;     // below, the bytes themselves take no more room
-constexpr UINT32 kHesitation = 6;      // what a later match must be worth more, as a byte goes before it
+constexpr UINT32 kGoodMatch = 24;      // bytes; a match of this length is taken without a look at the next position
+constexpr INT32 kLeastWorth = 11;      // a match of less worth takes as much room as its bytes
+constexpr INT32 kLazyMatchBias = 6;    // the worth that a match at the next position must have more
 
 /// The three alphabets lie one behind the other in every array over symbols.
 struct Alphabet {
@@ -44,10 +44,8 @@ struct Match {
   UINT32 Length;  // 0: none
   UINT32 Distance;
 
-  /// Quarters of what a byte takes as itself, less what the distance takes.
-  [[nodiscard]] UINT32 Worth() const {
-    return Length == 0 ? 0 : Length * 4 - static_cast<UINT32>(std::bit_width(Distance));
-  }
+  /// Bits saved, roughly: a byte of the match would take 4 bits, and the distance takes its significant bits.
+  [[nodiscard]] INT32 Worth() const { return static_cast<INT32>(Length * 4) - std::bit_width(Distance); }
 };
 
 struct Code {
@@ -74,9 +72,11 @@ struct Workspace {
   Code Codes[kSymbols];
   UINT32 Counts[kSymbols];  // of the block so far
   UINT32 Crc[256];
-  UINT32 Head[kHashSize];                 // latest position with this hash; 0, which is never looked at: none
-  UINT32 Previous[kWindowSize];           // the one before it
-  UINT32 ShortHead[1 << kShortHashBits];  // latest position of kMinMatch bytes
+  // Positions modulo 64 KiB. A stale position does no harm: the bytes there are compared like any other.
+  UINT16 Head[kHashSize];                           // latest position with this hash
+  UINT16 Previous[kWindowSize];                     // the position before it with the same hash
+  UINT16 ShortHead[1 << kShortHashBits];            // latest position with this hash of kMinMatch bytes
+  UINT16 Distances[kStagingSize / sizeof(UINT16)];  // of the staged codes that are matches, each less 1
   LengthCode Lengths[kByteCodes];
   Node Nodes[2 * kByteCodes];  // the leaves by weight, then the inner nodes in the order of their making
 };
@@ -135,29 +135,22 @@ class Encoder {
 
   void Run() {
     const auto size = static_cast<UINT32>(source_.size());
-    const UINT32 lastHashed = size - std::min(size, kHashedBytes - 1);
     for (UINT32 position = 0; position < size;) {
       Match match = FindMatch(position);
       while (match.Length != 0 && match.Length < kGoodMatch) {
         const Match next = FindMatch(position + 1);
-        if (next.Worth() <= match.Worth() + kHesitation) {
+        if (next.Worth() <= match.Worth() + kLazyMatchBias) {
           break;
         }
-        Stage(Byte(position++));
+        Stage(Byte(position++), 0);
         match = next;
       }
       if (match.Length == 0) {
-        Stage(Byte(position++));
+        Stage(Byte(position++), 0);
         continue;
       }
-      StageMatch(match);
-      const UINT32 end = position + match.Length;
-      // Of a good match, the byte behind the first one was not looked at; entered again, it would be its own
-      // forerunner.
-      for (position += match.Length < kGoodMatch ? 2 : 1; position < std::min(end, lastHashed); ++position) {
-        Insert(position);
-      }
-      position = end;
+      Stage(static_cast<UINT16>(match.Length - kMinMatch + kFirstMatchCode), match.Distance);
+      position += match.Length;
     }
     WriteBlock();
     output_.Flush();
@@ -175,11 +168,41 @@ class Encoder {
     return (crc ^ (std::to_integer<UINT32>(bytes[4]) << 4)) % kHashSize;
   }
 
-  /// Enters a position, behind which there are kHashedBytes bytes, and gives the one before it with the same hash.
-  UINT32 Insert(UINT32 position) {
-    const UINT32 before = std::exchange(work_.Head[Hash(&source_[position])], position);
-    work_.Previous[position % kWindowSize] = before;
-    return before;
+  /// Whether the byte is the high half of a UCS-2 character. No search begins there: a match that begins at the next
+  /// character nearly always extends backwards by this zero.
+  [[nodiscard]] bool IsHighHalf(UINT32 position) const {
+    return source_[position] == std::byte{0} && source_[position + 1] != std::byte{0};
+  }
+
+  /// Enters all positions up to this one into the hash chains. The position is followed by kHashedBytes bytes.
+  void EnterUpTo(UINT32 position) {
+    for (; entered_ <= position; ++entered_) {
+      if (!IsHighHalf(entered_)) {
+        work_.Previous[entered_ % kWindowSize] =
+            std::exchange(work_.Head[Hash(&source_[entered_])], static_cast<UINT16>(entered_));
+      }
+    }
+  }
+
+  /// The match at a position that promises the most, or one of length 0.
+  Match FindMatch(UINT32 position) {
+    if (source_.size() - position <= kHashedBytes) {
+      return {};
+    }
+    const bool extend = IsHighHalf(position);
+    // The look at the next position and the step to it often search the same position.
+    if (const UINT32 start = position + (extend ? 1 : 0); start != searched_) {
+      searched_ = start;
+      found_ = Search(start);
+    }
+    Match match = found_;
+    if (extend && match.Length != 0) {
+      if (match.Distance > position || source_[position - match.Distance] != std::byte{0}) {
+        return {};
+      }
+      match.Length = std::min(match.Length + 1, kMaxMatch);
+    }
+    return match;
   }
 
   [[nodiscard]] static UINT32 MatchLength(const std::byte* here, const std::byte* there, UINT32 limit) {
@@ -196,39 +219,40 @@ class Encoder {
     return length;
   }
 
-  /// The longest match at a position, of several the nearest; enters the position.
-  Match FindMatch(UINT32 position) {
-    const std::byte* const text = source_.data();
-    const std::byte* const here = text + position;
+  /// The longest match at a position, and the nearest of these. Of kMinMatch bytes, only the latest place is compared.
+  Match Search(UINT32 position) {
+    const std::byte* const here = source_.data() + position;
     const auto limit = static_cast<UINT32>(std::min<size_t>(source_.size() - position, kMaxMatch));
-    if (limit < kHashedBytes) {
-      return {};
-    }
+    const UINT32 farthest = std::min(position, kWindowSize);
     Match best{kMinMatch - 1, 0};
-    const UINT32 lowest = position > kWindowSize ? position - kWindowSize : 1;
-    UINT32 candidate = Insert(position);
-    for (UINT32 tries = kLongestChain; tries > 0 && candidate >= lowest; --tries) {
+    EnterUpTo(position);
+    UINT32 distance = 0;
+    for (UINT32 tries = kLongestChain; tries > 0; --tries) {
+      const UINT32 next = static_cast<UINT16>(position - work_.Previous[(position - distance) % kWindowSize]);
+      if (next <= distance || next > farthest) {
+        break;
+      }
+      distance = next;
       // Two bytes, as every other byte of a text is zero.
-      const std::byte* const there = text + candidate;
+      const std::byte* const there = here - distance;
       if (Load<UINT16>(there + best.Length - 1) == Load<UINT16>(here + best.Length - 1)) {
         const UINT32 length = MatchLength(here, there, limit);
         if (length > best.Length) {
-          best = {length, position - candidate};
+          best = {length, distance};
           if (length >= limit) {
             break;
           }
         }
       }
-      candidate = work_.Previous[candidate % kWindowSize];
     }
     if (best.Length < kHashedBytes) {
       constexpr UINT32 kSpread = 0x9E3779B1;
-      UINT32& head = work_.ShortHead[(Load<UINT32>(here) << 8) * kSpread >> (32 - kShortHashBits)];
-      candidate = std::exchange(head, position);
-      if (candidate >= lowest) {
-        const UINT32 length = MatchLength(here, text + candidate, limit);
+      UINT16& head = work_.ShortHead[(Load<UINT32>(here) << 8) * kSpread >> (32 - kShortHashBits)];
+      distance = static_cast<UINT16>(position - std::exchange(head, static_cast<UINT16>(position)));
+      if (distance != 0 && distance <= farthest) {
+        const UINT32 length = MatchLength(here, here - distance, limit);
         if (length > best.Length) {
-          best = {length, position - candidate};
+          best = {length, distance};
         }
       }
     }
@@ -237,35 +261,29 @@ class Encoder {
 
   static UINT32 BitWidth(UINT32 number) { return static_cast<UINT32>(std::bit_width(number)); }
 
-  static UINT32 MatchCode(UINT32 length) { return length - kMinMatch + kFirstMatchCode; }
-
-  void StageMatch(const Match& match) {
-    Stage(static_cast<UINT16>(MatchCode(match.Length)));
-    const auto distance = static_cast<UINT16>(match.Distance - 1);
-    staging_[staged_++] = distance;
-    ++work_.Counts[kDistances.First + BitWidth(distance)];
-  }
-
-  void Stage(UINT16 code) {
-    if (staging_.size() - staged_ < 2) {
+  /// Stages a byte, or the code of a match's length with its distance.
+  void Stage(UINT16 code, UINT32 distance) {
+    if (staged_ == staging_.size()) {
       WriteBlock();
     }
+    if (distance != 0) {
+      work_.Distances[staged_] = static_cast<UINT16>(--distance);
+      ++work_.Counts[kDistances.First + BitWidth(distance)];
+    }
     staging_[staged_++] = code;
-    ++blockSize_;
     ++work_.Counts[kBytes.First + code];
   }
 
   void StartBlock() {
     staged_ = 0;
-    blockSize_ = 0;
     ZeroMem(work_.Counts, sizeof(work_.Counts));
   }
 
   void WriteBlock() {
-    if (blockSize_ == 0) {
+    if (staged_ == 0) {
       return;
     }
-    output_.Put(blockSize_, kBlockSizeBits);
+    output_.Put(staged_, kBlockSizeBits);
     const UINT32 used = BuildCode(kBytes);
     const std::span<const LengthCode> lengths = EncodeLengths(used);
     for (const LengthCode& length : lengths) {
@@ -283,11 +301,11 @@ class Encoder {
     }
     WriteLengths(kDistances, BuildCode(kDistances));
 
-    for (size_t next = 0; next < staged_;) {
-      const UINT32 code = staging_[next++];
+    for (UINT32 next = 0; next < staged_; ++next) {
+      const UINT32 code = staging_[next];
       PutSymbol(kBytes, code);
       if (code >= kFirstMatchCode) {
-        const UINT32 distance = staging_[next++];
+        const UINT32 distance = work_.Distances[next];
         const UINT32 width = BitWidth(distance);
         PutSymbol(kDistances, width);
         if (width > 1) {
@@ -449,8 +467,10 @@ class Encoder {
   std::span<UINT16> staging_;
   Workspace& work_;
   BitWriter& output_;
-  size_t staged_ = 0;
-  UINT32 blockSize_ = 0;
+  UINT32 staged_ = 0;
+  UINT32 entered_ = 0;   // first position that is not in the hash chains yet
+  UINT32 searched_ = 0;  // position of the latest search, none at 0; and what it found
+  Match found_{};
 };
 
 }  // namespace
