@@ -18,7 +18,7 @@ bool ProcessorHasCrc32() {
 }
 
 /// The remainder after eight more bytes, the first one lowest.
-UINT32 Crc32OfEight(UINT32 remainder, UINT64 bytes) {
+[[gnu::always_inline]] inline UINT32 Crc32OfEight(UINT32 remainder, UINT64 bytes) {
   asm(".arch_extension crc\n\tcrc32x %w0, %w0, %1" : "+r"(remainder) : "r"(bytes));
   return remainder;
 }
@@ -30,6 +30,12 @@ constexpr UINT32 Crc32OfEight(UINT32 remainder, UINT64) {
   return remainder;
 }
 #endif
+
+[[gnu::always_inline]] inline UINT64 EightAt(const std::byte* bytes) {
+  UINT64 value;
+  __builtin_memcpy(&value, bytes, sizeof(value));
+  return value;
+}
 
 }  // namespace
 
@@ -55,10 +61,14 @@ UINT32 Crc32::Of(std::span<const std::byte> bytes) const {
   const std::byte* next = bytes.data();
   const std::byte* const end = next + bytes.size();
   if (hasInstruction_) {
+    for (; end - next >= 32; next += 32) {
+      remainder = Crc32OfEight(remainder, EightAt(next));
+      remainder = Crc32OfEight(remainder, EightAt(next + 8));
+      remainder = Crc32OfEight(remainder, EightAt(next + 16));
+      remainder = Crc32OfEight(remainder, EightAt(next + 24));
+    }
     for (; end - next >= 8; next += 8) {
-      UINT64 eight;
-      __builtin_memcpy(&eight, next, sizeof(eight));
-      remainder = Crc32OfEight(remainder, eight);
+      remainder = Crc32OfEight(remainder, EightAt(next));
     }
   }
   for (; next < end; ++next) {

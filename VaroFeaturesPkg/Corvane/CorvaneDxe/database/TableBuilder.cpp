@@ -78,14 +78,14 @@ EFI_STATUS TableBuilder::BuildStringTable() {
   return writer_.FinishTable(TABLE_STRINGS);
 }
 
-EFI_STATUS TableBuilder::AppendAttributeEntry(const AttributeRecord& record) {
-  if (writer_.EntryCount(TABLE_ATTRIBUTES) >= kMostAttributeEntries) {
+EFI_STATUS TableBuilder::AppendAttributeEntry(TableDescriptor& table, const AttributeRecord& record) {
+  if (table.EntryCount >= kMostAttributeEntries) {
     return EFI_BUFFER_TOO_SMALL;
   }
   const AttributeEntry entry = EntryOf(record);
   const size_t size = AttributeEntrySize(record, entry);
-  // An exact fit is refused: readers of this table never met a full one.
-  std::byte* place = writer_.Room(TABLE_ATTRIBUTES) == size ? nullptr : writer_.AddEntry(TABLE_ATTRIBUTES, size);
+  // Kept for compatibility: an entry that would fill the table exactly is rejected.
+  std::byte* place = TableWriter::Room(table) == size ? nullptr : TableWriter::AddEntry(table, size);
   if (place == nullptr) {
     return EFI_BUFFER_TOO_SMALL;
   }
@@ -103,9 +103,10 @@ EFI_STATUS TableBuilder::BuildAttributeTable() {
   if (const EFI_STATUS status = writer_.AllocateTable(TABLE_ATTRIBUTES); EFI_ERROR(status)) {
     return status;
   }
+  TableDescriptor& table = *writer_.Filling(TABLE_ATTRIBUTES);
   UINT16 slot = 0;
   while (const AttributeRecord* const record = database_.NextAttribute(slot)) {
-    if (EFI_ERROR(AppendAttributeEntry(*record))) {
+    if (EFI_ERROR(AppendAttributeEntry(table, *record))) {
       DEBUG((DEBUG_WARN, "CorvaneDxe: attribute table cut before handle %d \"%s\"\n", record->Handle,
              database_.GetNameString(StringHandle{record->NameHandle})));
       break;
@@ -138,14 +139,15 @@ EFI_STATUS TableBuilder::StartTextTable(UINT32 index) {
 }
 
 void TableBuilder::AppendTexts(UINT32 index, StringArray array) {
-  database_.ForEachText(array, [this, index, array](UINT16 handle, const CHAR16* text) {
+  TableDescriptor& table = *writer_.Filling(index);
+  database_.ForEachText(array, [&table, array](UINT16 handle, const CHAR16* text) {
     const bool narrow = array == StringArray::Names;
     const Ucs2View shown = ViewOf(array == StringArray::Display ? AttributeDatabase::WithoutStars(text) : text);
     const size_t size = narrow ? shown.size() : shown.size_bytes();
     const PLDM_BIOS_STRING_ENTRY head{handle, static_cast<UINT16>(size)};
-    std::byte* const entry = writer_.AddEntry(index, sizeof(head) + size);
+    std::byte* const entry = TableWriter::AddEntry(table, sizeof(head) + size);
     if (entry == nullptr) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d \"%s\"\n", index, handle, text));
+      DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d \"%s\"\n", table.TableType, handle, text));
       return false;
     }
     __builtin_memcpy(entry, &head, sizeof(head));

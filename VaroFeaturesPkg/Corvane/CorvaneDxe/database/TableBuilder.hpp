@@ -25,7 +25,7 @@ class TableBuilder {
   EFI_STATUS BuildDisplayTable();
   EFI_STATUS BuildHelpTable();
 
-  [[nodiscard]] EFI_STATUS AppendAttributeEntry(const AttributeRecord& record);
+  [[nodiscard]] static EFI_STATUS AppendAttributeEntry(TableDescriptor& table, const AttributeRecord& record);
   [[nodiscard]] EFI_STATUS StartTextTable(UINT32 index);
   /// One entry for every live handle, with or without a text; of names in eight bits a character, else in sixteen.
   void AppendTexts(UINT32 index, StringArray array);

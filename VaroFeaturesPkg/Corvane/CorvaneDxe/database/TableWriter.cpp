@@ -60,7 +60,7 @@ void TableWriter::InitTableDescriptor(UINT32 index) {
 
 size_t TableWriter::Room(UINT32 index) const {
   const TableDescriptor* const table = Filling(index);
-  return table == nullptr || table->Used > table->Limit ? 0 : static_cast<size_t>(table->Limit - table->Used);
+  return table == nullptr ? 0 : Room(*table);
 }
 
 EFI_STATUS TableWriter::AllocateTable(UINT32 index) {
@@ -119,13 +119,12 @@ void TableWriter::AppendAsciiFromUcs2(std::byte* place, Ucs2View text) {
   }
 }
 
-std::byte* TableWriter::AddEntry(UINT32 index, size_t size) {
-  TableDescriptor* const table = Filling(index);
-  if (table == nullptr || table->Used + size > table->Limit) {
+std::byte* TableWriter::AddEntry(TableDescriptor& table, size_t size) {
+  if (table.Used + size > table.Limit) {
     return nullptr;
   }
-  ++table->EntryCount;
-  return Extend(*table, size);
+  ++table.EntryCount;
+  return Extend(table, size);
 }
 
 EFI_STATUS TableWriter::CountTableEntry(UINT32 index) {

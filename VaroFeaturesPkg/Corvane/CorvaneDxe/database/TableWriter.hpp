@@ -47,25 +47,26 @@ class TableWriter {
 
   EFI_STATUS CountTableEntry(UINT32 index);
 
-  /// Counts an entry of `size` bytes and gives the place to write them, or null when they do not fit the room left.
-  [[nodiscard]] std::byte* AddEntry(UINT32 index, size_t size);
+  /// Returns the descriptor of a table that is being filled, or null. Builders look it up once per table.
+  [[nodiscard]] TableDescriptor* Filling(UINT32 index) const {
+    TableDescriptor* const table = descriptors_ + index;
+    return descriptors_ == nullptr || table->Finished != 0 || table->Data == 0 ? nullptr : table;
+  }
+
+  /// Counts an entry of `size` bytes and returns the place to write them, or null if they do not fit.
+  [[nodiscard]] static std::byte* AddEntry(TableDescriptor& table, size_t size);
 
   /// Pads to four bytes, appends the CRC-32 and locks the table in a buffer of its exact length.
   EFI_STATUS FinishTable(UINT32 index);
 
   /// Bytes left for entries.
   [[nodiscard]] size_t Room(UINT32 index) const;
-
-  [[nodiscard]] UINT16 EntryCount(UINT32 index) const { return descriptors_[index].EntryCount; }
+  [[nodiscard]] static size_t Room(const TableDescriptor& table) {
+    return table.Used > table.Limit ? 0 : static_cast<size_t>(table.Limit - table.Used);
+  }
 
  private:
   void InitTableDescriptor(UINT32 index);
-
-  /// The descriptor of a table that is being filled, or null.
-  [[nodiscard]] TableDescriptor* Filling(UINT32 index) const {
-    TableDescriptor* const table = descriptors_ + index;
-    return descriptors_ == nullptr || table->Finished != 0 || table->Data == 0 ? nullptr : table;
-  }
 
   /// Takes bytes at the end of a table that has them, and gives their place.
   static std::byte* Extend(TableDescriptor& table, size_t size) {

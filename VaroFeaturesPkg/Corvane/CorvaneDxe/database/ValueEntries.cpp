@@ -50,6 +50,26 @@ PoolPtr<CHAR8[]> FetchPlatformString(StringRecord& record) {
   return text;
 }
 
+/// The bytes of an entry that have a fixed number.
+class ValueEntryBytes {
+ public:
+  template <std::unsigned_integral T>
+  void Put(T value) {
+    __builtin_memcpy(bytes_ + size_, &value, sizeof(value));
+    size_ += sizeof(value);
+  }
+  /// Bytes [offset, end) of a record.
+  [[gnu::always_inline]] void Put(const AttributeRecord& record, size_t offset, size_t end) {
+    __builtin_memcpy(bytes_ + size_, RecordBytes(record, offset, end).data(), end - offset);
+    size_ += end - offset;
+  }
+  [[nodiscard]] std::span<const std::byte> Bytes() const { return {bytes_, size_}; }
+
+ private:
+  std::byte bytes_[sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY) + sizeof(UINT64)];
+  size_t size_ = 0;
+};
+
 }  // namespace
 
 size_t ValueEntries::ValueEntrySize(const AttributeRecord& record) {
@@ -98,16 +118,6 @@ void ValueEntries::RefreshInteger(IntegerRecord& record) const {
   record.CurrentValue = (record.Head.Token & ~UINT32{1}) == kBcdTokens ? FromBcd(value) : value;
 }
 
-void ValueEntries::AppendString(TableWriter& writer, UINT32 index, StringRecord& record) const {
-  const PoolPtr<CHAR8[]> fetched = restored_ ? FetchPlatformString(record) : nullptr;
-  const CHAR8* const current = record.CurrentString;
-  // A record without a string stays without one, whatever was fetched.
-  const CHAR8* const text = current == nullptr ? nullptr : fetched ? fetched.get() : current;
-  const auto length = static_cast<UINT16>(text != nullptr ? AsciiLength(text) : 0);
-  writer.AppendValue(index, length);
-  writer.AppendTableBytes(index, ArrayBytes(text, length));
-}
-
 EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, AttributeRecord& record) const {
   if (BaseType(record) == AttributeType::Password && As<PasswordRecord>(record).PasswordInstalled == 0) {
     return EFI_SUCCESS;
@@ -115,49 +125,64 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
   if (writer.Room(index) < ValueEntrySize(record)) {
     return EFI_BUFFER_TOO_SMALL;
   }
+  // Most entries are a few bytes: they are put together here and appended at once. `rest` follows them.
+  ValueEntryBytes entry;
+  entry.Put(record, 0, sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY));
+  std::span<const std::byte> rest;
+  PoolPtr<CHAR8[]> fetched;
   static_assert(offsetof(AttributeRecord, NameHandle) == sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY));
-  writer.AppendTableBytes(index, RecordBytes(record, 0, sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY)));
   switch (BaseType(record)) {
     case AttributeType::Enumeration: {
-      constexpr UINT8 kCurrentCount = 1;
       auto& enumeration = As<EnumerationRecord>(record);
       if (restored_) {
         RefreshEnumeration(enumeration);
       }
-      writer.AppendValue(index, kCurrentCount);
-      writer.AppendValue(index, UINT8{enumeration.CurrentIndex});
+      entry.Put(UINT8{1});  // number of current values
+      entry.Put(record, offsetof(EnumerationRecord, CurrentIndex), sizeof(EnumerationRecord));
       break;
     }
-    case AttributeType::String:
-      AppendString(writer, index, As<StringRecord>(record));
+    case AttributeType::String: {
+      auto& string = As<StringRecord>(record);
+      if (restored_) {
+        fetched = FetchPlatformString(string);
+      }
+      // A record without a string stays without one, whatever was fetched.
+      const CHAR8* const current = string.CurrentString;
+      const CHAR8* const text = current != nullptr && fetched ? fetched.get() : current;
+      const auto length = static_cast<UINT16>(text != nullptr ? AsciiLength(text) : 0);
+      entry.Put(length);
+      rest = ArrayBytes(text, length);
       break;
+    }
     case AttributeType::Password:
-      writer.AppendValue(index, UINT16{0});  // no password leaves the firmware
+      entry.Put(UINT16{0});  // no password leaves the firmware
       break;
     case AttributeType::Integer: {
-      auto& integer = As<IntegerRecord>(record);
       if (restored_) {
-        RefreshInteger(integer);
+        RefreshInteger(As<IntegerRecord>(record));
       }
-      writer.AppendValue(index, UINT64{integer.CurrentValue});
+      entry.Put(record, offsetof(IntegerRecord, CurrentValue), sizeof(IntegerRecord));
       break;
     }
     case AttributeType::BootConfiguration: {
       constexpr size_t kCurrent = offsetof(BootConfigurationRecord, CurrentBootConfigType);
-      writer.AppendTableBytes(
-          index, RecordBytes(record, kCurrent, kCurrent + 3 + As<BootConfigurationRecord>(record).CurrentSourceCount));
+      rest = RecordBytes(record, kCurrent, kCurrent + 3 + As<BootConfigurationRecord>(record).CurrentSourceCount);
       break;
     }
     case AttributeType::Collection: {
       // Members that do not fit are left out; the count stays.
       const auto& collection = As<CollectionRecord>(record);
-      writer.AppendValue(index, UINT8{collection.ItemCount});
-      writer.AppendTableBytes(index, ArrayBytes(collection.Items, collection.ItemCount));
+      entry.Put(UINT8{collection.ItemCount});
+      rest = ArrayBytes(collection.Items, collection.ItemCount);
       break;
     }
     case AttributeType::ConfigurationSet:
-      writer.AppendValue(index, UINT8{As<ConfigurationSetRecord>(record).CurrentConfig});
+      entry.Put(record, offsetof(ConfigurationSetRecord, CurrentConfig), sizeof(ConfigurationSetRecord));
       break;
+  }
+  writer.AppendTableBytes(index, entry.Bytes());
+  if (!rest.empty()) {
+    writer.AppendTableBytes(index, rest);
   }
   writer.CountTableEntry(index);
   return EFI_SUCCESS;

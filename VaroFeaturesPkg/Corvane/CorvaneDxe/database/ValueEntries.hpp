@@ -24,7 +24,6 @@ class ValueEntries {
  private:
   void RefreshEnumeration(EnumerationRecord& record) const;
   void RefreshInteger(IntegerRecord& record) const;
-  void AppendString(TableWriter& writer, UINT32 index, StringRecord& record) const;
 
   SettingsProtocol* settings_;
   bool restored_;
