@@ -13,13 +13,14 @@ readonly BENCH_COUNTER="$BENCH/host/libinstruction_counter.so"
 readonly BENCH_PROCESSOR=cortex-a57
 
 command_bench() {
-  no_arguments "$@"
+  (($# <= 1)) || wrong_usage 'bench takes at most one folder'
+  (($# == 0)) || [[ -d $1 ]] || wrong_usage "$1: no such folder"
   set_up bench
   build_firmware RELEASE
   build_bench
   say '==> Booting the virtual notebook, cold and warm, with its instructions counted'
   measure_boots
-  measure_database "$OUT/bench/cold/vars.fd"
+  measure_database "$OUT/bench/cold/vars.fd" "$@"
   report_bench --boots "$OUT"
 }
 
@@ -38,19 +39,37 @@ build_bench() {
   done
 }
 
-# measure_database VARS: on the lists of the cache that a boot left in its variable flash, and on generated stores.
+# measure_database VARS [FOLDER]: on the cache that a boot left in its variable flash, on the form sets in the EDK II tree,
+# on the boots under a folder, and on generated stores.
 measure_database() {
-  python3 "$ROOT/scripts/python/bench.py" lists "$1" "$BENCH/lists" || die 'the boot left no attribute cache'
+  local name path boots=''
+  rm -rf "$BENCH/stores"
+  make_store boot "$1" notebook
+  make_store edk2 "$EDK2_DIR" edk2
+  BENCH_STORES=(notebook edk2)
+  if [[ -n ${2:-} ]]; then
+    boots=$(python3 "$ROOT/scripts/python/bench_stores.py" find "$2")
+    [[ -n $boots ]] || die "$2: no vars.fd and no records.bin"
+    while read -r name path; do
+      make_store boot "$path" "outside-$name"
+      BENCH_STORES+=("outside-$name")
+    done <<<"$boots"
+  fi
   run_counted aarch64 qemu-aarch64 -cpu "$BENCH_PROCESSOR"
   run_counted host qemu-x86_64
+}
+
+# make_store KIND SOURCE NAME
+make_store() {
+  python3 "$ROOT/scripts/python/bench_stores.py" "$1" "$2" "$BENCH/stores/$3" || die "$2: no store to measure"
 }
 
 # Environment and folder would show in the stack's alignment.
 run_counted() {
   local name=$1
   shift
-  (cd "$BENCH/lists" && env -i PATH=/usr/bin:/bin "$@" -plugin "$BENCH_COUNTER,output=$BENCH/$name.counts" \
-    "../$name/corvane_bench" . >"$BENCH/$name.labels") || die "the benchmarks ($name) failed"
+  (cd "$BENCH/stores" && env -i PATH=/usr/bin:/bin "$@" -plugin "$BENCH_COUNTER,output=$BENCH/$name.counts" \
+    "../$name/corvane_bench" "${BENCH_STORES[@]}" >"$BENCH/$name.labels") || die "the benchmarks ($name) failed"
 }
 
 # measure_boots: instructions on each page of memory, from power-on to power-off.
@@ -75,5 +94,5 @@ job_bench() {
 # report_bench [OPTION OF bench.py]...: the limit for the image's size is that of the first supported toolchain alone.
 report_bench() {
   if [[ $TOOLCHAIN == GCC5 ]]; then set -- --image "$(driver_elf RELEASE)" "$@"; fi
-  python3 "$ROOT/scripts/python/bench.py" table "$BENCH" "$OUT/bench.json" "$@"
+  python3 "$ROOT/scripts/python/bench.py" "$BENCH" "$OUT/bench.json" "$@"
 }

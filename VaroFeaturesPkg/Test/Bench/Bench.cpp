@@ -2,7 +2,8 @@
   Benchmarks of the database: codec, interning, tables, restore. Prints lines for bench.py: "label NUMBER MEASURE STORE
   [LIST]" for stretches whose instructions are counted, "value MEASURE STORE [LIST] NUMBER" for sizes.
 
-  Usage: corvane_bench FOLDER     where FOLDER has the notebook's cache variables, a file each
+  Usage: corvane_bench FOLDER...    each has the cache variables of one store, a file per variable; the folder's name is
+                                    the store's name, and the first store is the model of the generated ones
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -12,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "Bench/FormWalk.hpp"
 #include "Bench/References.hpp"
 #include "Bench/Stores.hpp"
 #include "database/Cache.hpp"
@@ -195,11 +197,19 @@ void MeasureWarm(const std::string& store) {
   FreeStore(database);
 }
 
+void MeasureWalk(const AttributeDatabase& finished, const std::string& store) {
+  AttributeDatabase database;
+  Require(database.AllocateStore() == EFI_SUCCESS, "there is memory for a store");
+  PrintValue("walked-attributes " + store, MeasureFormWalk(finished, database, "walk " + store));
+  FreeStore(database);
+}
+
 void Measure(BenchUefi& uefi, AttributeDatabase& database, const std::string& store) {
   MeasureCodec(uefi, store);
   MeasureInterning(database, store);
   MeasureTables(database, store);
   MeasureWarm(store);
+  MeasureWalk(database, store);
 }
 
 struct Generated {
@@ -209,29 +219,74 @@ struct Generated {
 };
 constexpr Generated kGenerated[] = {{"texts-225", 60, 225}, {"texts-430", 120, 430}, {"texts-900", 240, 900}};
 
+/// For the growth of interning alone: these texts are far more than the tables hold.
+constexpr Generated kManyTexts[] = {{"texts-1250", 60, 1250}, {"texts-5000", 240, 5000}};
+
+/// Takes the cache variables from a folder. Uncompressed content is compressed first.
+void ReadVariables(BenchUefi& uefi, const std::string& folder) {
+  uefi.Variables.clear();
+  uefi.Variables[u"AttributesCount"] = ReadFile(folder + "/AttributesCount");
+  for (const std::string list : kLists) {
+    const std::string path = folder + "/" + list;
+    if (std::ifstream(path).good()) {
+      uefi.Variables[Widened(list)] = ReadFile(path);
+      continue;
+    }
+    const Bytes content = ReadFile(path + ".content");
+    Bytes stream(2 * content.size() + 1000);
+    auto size = static_cast<UINT32>(stream.size());
+    Require(Compress(content, stream.data(), size) == EFI_SUCCESS, "a list compresses");
+    stream.resize(size);
+    uefi.Variables[Widened(list)] = stream;
+  }
+}
+
+/// A database for one measurement.
+class Store {
+ public:
+  Store() { Require(Database.AllocateStore() == EFI_SUCCESS, "there is memory for a store"); }
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+  ~Store() { FreeStore(Database); }
+
+  AttributeDatabase Database;
+};
+
+void MeasureGenerated(BenchUefi& uefi, Store& store, const char* name) {
+  uefi.Variables.clear();
+  Require(WriteCache(store.Database) == EFI_SUCCESS, "the cache is written");
+  Measure(uefi, store.Database, name);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    Die("usage: corvane_bench FOLDER");
+  if (argc < 2) {
+    Die("usage: corvane_bench FOLDER...");
   }
   BenchUefi uefi;
-  for (const char* const name : {"PldmString", "DispString", "HelpString", "AttributesData", "AttributesCount"}) {
-    uefi.Variables[Widened(name)] = ReadFile(std::string(argv[1]) + "/" + name);
+  Store model;
+  for (int i = 1; i < argc; ++i) {
+    const std::string folder = argv[i];
+    ReadVariables(uefi, folder);
+    Store other;
+    Store& store = i == 1 ? model : other;
+    RestoreCache(store.Database);
+    Measure(uefi, store.Database, folder.substr(folder.rfind('/') + 1));
   }
-  AttributeDatabase notebook;
-  Require(notebook.AllocateStore() == EFI_SUCCESS, "there is memory for a store");
-  RestoreCache(notebook);
-  Measure(uefi, notebook, "notebook");
-
   for (const auto& [name, attributes, texts] : kGenerated) {
-    AttributeDatabase database;
-    Require(database.AllocateStore() == EFI_SUCCESS, "there is memory for a store");
-    GenerateStore(database, notebook, attributes, texts);
-    uefi.Variables.clear();
-    Require(WriteCache(database) == EFI_SUCCESS, "the cache is written");
-    Measure(uefi, database, name);
-    FreeStore(database);
+    Store store;
+    GenerateStore(store.Database, model.Database, attributes, texts);
+    MeasureGenerated(uefi, store, name);
   }
-  FreeStore(notebook);
+  for (const auto& [name, attributes, texts] : kManyTexts) {
+    Store store;
+    GenerateStore(store.Database, model.Database, attributes, texts);
+    MeasureInterning(store.Database, name);
+  }
+  for (const Setup& setup : kSetups) {
+    Store store;
+    GenerateStore(store.Database, setup);
+    MeasureGenerated(uefi, store, setup.Name);
+  }
 }

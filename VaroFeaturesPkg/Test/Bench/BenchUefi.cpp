@@ -17,6 +17,9 @@ extern "C" {
 #include <Corvane/AttributeCache.h>
 #include <Protocol/AssetTagLength.h>
 #include <Protocol/FirmwareVersion.h>
+#include <Protocol/FormBrowserData.h>
+#include <Protocol/HiiString.h>
+#include <Protocol/SettingDefaults.h>
 #include <Protocol/Settings.h>
 
 #include "Bench/InstructionCounter.h"
@@ -28,6 +31,10 @@ EFI_GUID gVaroAttributeVariableGuid = VARO_ATTRIBUTE_VARIABLE_GUID;
 EFI_GUID gVaroAssetTagLengthProtocolGuid = VARO_ASSET_TAG_LENGTH_PROTOCOL_GUID;
 EFI_GUID gVaroFirmwareVersionProtocolGuid = VARO_FIRMWARE_VERSION_PROTOCOL_GUID;
 EFI_GUID gVaroSettingsNamespaceGuid = VARO_SETTINGS_NAMESPACE_GUID;
+EFI_GUID gVaroSettingDefaultsProtocolGuid = VARO_SETTING_DEFAULTS_PROTOCOL_GUID;
+EFI_GUID gVaroSetupFormSetsGuid = VARO_SETUP_FORM_SETS_GUID;
+EFI_GUID gVaroSetupHiddenFormSetGuid = VARO_SETUP_HIDDEN_FORM_SET_GUID;
+EFI_GUID gEfiHiiStringProtocolGuid = EFI_HII_STRING_PROTOCOL_GUID;
 
 VOID* EFIAPI CopyMem(VOID* destination, const VOID* source, UINTN length) {
   return std::memmove(destination, source, length);
@@ -41,6 +48,9 @@ VOID* EFIAPI ZeroMem(VOID* buffer, UINTN length) {
 VOID* EFIAPI SetMem16(VOID* buffer, UINTN length, UINT16 value) {
   std::fill_n(static_cast<UINT16*>(buffer), length / sizeof(value), value);
   return buffer;
+}
+BOOLEAN EFIAPI CompareGuid(const GUID* left, const GUID* right) {
+  return std::memcmp(left, right, sizeof(*left)) == 0;
 }
 INTN EFIAPI CompareMem(const VOID* left, const VOID* right, UINTN length) {
   return std::memcmp(left, right, length);
@@ -77,7 +87,9 @@ BenchUefi::BenchUefi() {
   bootServices_.LocateProtocol = [](EFI_GUID* guid, VOID*, VOID** interface) -> EFI_STATUS {
     static constexpr FirmwareVersionData kVersion{"1"};
     static FirmwareVersionProtocol version{&kVersion};
-    *interface = guid == &gVaroFirmwareVersionProtocolGuid ? &version : nullptr;
+    *interface = guid == &gVaroFirmwareVersionProtocolGuid ? &version
+                 : guid == &gEfiHiiStringProtocolGuid      ? gCurrent->HiiString
+                                                           : nullptr;
     return *interface != nullptr ? EFI_SUCCESS : EFI_NOT_FOUND;
   };
   runtimeServices_.GetVariable = [](CHAR16* name, EFI_GUID*, UINT32*, UINTN* size, VOID* data) -> EFI_STATUS {
@@ -99,6 +111,10 @@ BenchUefi::BenchUefi() {
   };
 }
 
+BenchUefi& BenchUefi::Current() {
+  return *gCurrent;
+}
+
 EFI_STATUS BenchUefi::Allocate(size_t size, void** block) {
   const size_t whole = sizeof(Header) + (size + sizeof(Header) - 1) / sizeof(Header) * sizeof(Header);
   if (whole > kArenaSize - arenaUsed_) {
@@ -111,6 +127,14 @@ EFI_STATUS BenchUefi::Allocate(size_t size, void** block) {
   PoolPeak = std::max(PoolPeak, PoolInUse);
   *block = header + 1;
   return EFI_SUCCESS;
+}
+
+CountPause::CountPause() {
+  syscall(BENCH_SYSCALL, BENCH_PAUSE);
+}
+
+CountPause::~CountPause() {
+  syscall(BENCH_SYSCALL, BENCH_PAUSE);
 }
 
 void BeginCount(const std::string& what) {

@@ -19,10 +19,12 @@ using Bytes = std::vector<std::byte>;
 class BenchUefi {
  public:
   BenchUefi();
+  static BenchUefi& Current();
 
   std::map<std::u16string, Bytes> Variables;
   size_t PoolInUse = 0;  ///< bytes
   size_t PoolPeak = 0;
+  VOID* HiiString = nullptr;  ///< what stands behind gEfiHiiStringProtocolGuid
 
  private:
   EFI_STATUS Allocate(size_t size, void** block);
@@ -31,6 +33,15 @@ class BenchUefi {
   size_t arenaUsed_ = 0;
   EFI_BOOT_SERVICES bootServices_{};
   EFI_RUNTIME_SERVICES runtimeServices_{};
+};
+
+/// Instructions do not count while one of these lives: for services that are no part of the driver.
+class CountPause {
+ public:
+  CountPause();
+  CountPause(const CountPause&) = delete;
+  CountPause& operator=(const CountPause&) = delete;
+  ~CountPause();
 };
 
 /// Marks a stretch, and prints "label NUMBER WHAT": the counter gives its instructions by the number.

@@ -2,7 +2,8 @@
   InstructionCounter: a QEMU plugin that counts the instructions of a guest.
 
   A program that runs in user mode marks a stretch by two system calls of a number that no kernel knows, with the same
-  label; the plugin prints a line "count LABEL INSTRUCTIONS" for it. Of a machine, it prints at the end how many
+  label; the plugin prints a line "count LABEL INSTRUCTIONS" for it. What runs between two calls with the label of a pause
+  does not count. Of a machine, it prints at the end how many
   instructions ran on each page of 4 KiB: "page ADDRESS INSTRUCTIONS".
 
   Copyright (c) 2026, Corvane contributors
@@ -47,6 +48,8 @@ uint64_t qemu_plugin_tb_vaddr(const struct qemu_plugin_tb*);
 __attribute__((visibility("default"))) int qemu_plugin_version = 1;
 
 static uint64_t gAll;
+static uint64_t gAtPause;
+static bool gPaused;
 static uint64_t gBegun[BENCH_LABELS];
 static bool gRunning[BENCH_LABELS];
 
@@ -58,6 +61,14 @@ static FILE* gOutput;
 static void OnSyscall(qemu_plugin_id_t id, unsigned vcpu, int64_t number, uint64_t label, uint64_t a2, uint64_t a3,
                       uint64_t a4, uint64_t a5, uint64_t a6, uint64_t a7, uint64_t a8) {
   if (number != BENCH_SYSCALL || label >= BENCH_LABELS) {
+    return;
+  }
+  if (label == BENCH_PAUSE) {
+    if (gPaused) {
+      gAll = gAtPause;
+    }
+    gAtPause = gAll;
+    gPaused = !gPaused;
     return;
   }
   if (gRunning[label]) {

@@ -10,6 +10,9 @@
 /// A system call of this number with a label begins a stretch, and with the same label ends it.
 #define BENCH_SYSCALL 59999
 
+/// With this label the first call of a pair pauses all counts, and the second one resumes them.
+#define BENCH_PAUSE 0
+
 /// Labels are below.
 #define BENCH_LABELS 4096
 

@@ -34,13 +34,45 @@ std::vector<Text> WordsOf(const AttributeDatabase& model, StringArray array) {
   return words;
 }
 
+/// Words of an invented language, the first ones the most frequent. `letters` are the vowels and consonants in turn.
+std::vector<Text> InventedWords(std::u16string_view letters, size_t count, UINT32 seed) {
+  std::mt19937 random{seed};
+  std::vector<Text> words;
+  for (size_t i = 0; i < count; ++i) {
+    Text word;
+    for (size_t syllables = 1 + random() % (i < 40 ? 2 : 4); syllables > 0; --syllables) {
+      word += letters[random() % (letters.size() / 2) * 2 + 1];
+      word += letters[random() % (letters.size() / 2) * 2];
+    }
+    words.push_back(word += ' ');
+  }
+  return words;
+}
+
+constexpr std::u16string_view kPlainLetters = u"atensirolumdcgupebahevifykowax";
+// Letters with marks: some have bit 7 set, so that only help texts keep them.
+constexpr std::u16string_view kMarkedLetters =
+    u"\u0105\u010D\u0119\u0159e\u0161\u016F\u017E\u0131\u0142\u00E1tok\u00EDn";
+
 class Writer {
  public:
   explicit Writer(const AttributeDatabase& model)
       : displayWords_(WordsOf(model, StringArray::Display)), helpWords_(WordsOf(model, StringArray::Help)) {}
 
+  explicit Writer(const Setup& setup)
+      : displayWords_(InventedWords(kPlainLetters, 700, 1)), helpWords_(displayWords_), invented_(true) {
+    if (setup.TwoLanguages) {
+      displayWords_ = InventedWords(kMarkedLetters, 500, 2);
+    }
+  }
+
   Text Prompt() { return Sentence(displayWords_, 2 + random_() % 3, 2); }
-  Text Help() { return Sentence(helpWords_, 6 + random_() % 24, 6); }
+  Text Help() { return Help(6, 24); }
+  Text Help(size_t least, size_t spread) {
+    // In a setup of two languages, every third text is in the other one.
+    return Sentence(random_() % 3 == 0 ? displayWords_ : helpWords_, least + random_() % spread, 6);
+  }
+  Text Option() { return Sentence(displayWords_, 1 + random_() % 2, 1); }
   Text Name() {
     Text name = Sentence(displayWords_, 2 + random_() % 2, 1);
     std::erase(name, CHAR16{' '});
@@ -58,9 +90,13 @@ class Writer {
   }
 
  private:
-  /// Runs of neighbouring words, as a language repeats its phrases.
+  /// Runs of neighbouring words, as a language repeats its phrases; invented words one by one, rare ones rarely.
   Text Sentence(const std::vector<Text>& words, size_t length, size_t longestRun) {
     Text sentence;
+    for (; invented_ && length > 0; --length) {
+      sentence +=
+          words[std::min<size_t>({random_() % words.size(), random_() % words.size(), random_() % words.size()})];
+    }
     while (length > 0) {
       const size_t run = std::min<size_t>(1 + random_() % longestRun, length);
       const size_t start = random_() % (words.size() - run);
@@ -75,6 +111,7 @@ class Writer {
 
   std::vector<Text> displayWords_;
   std::vector<Text> helpWords_;
+  bool invented_ = false;
   std::mt19937 random_{20260101};
 };
 
@@ -125,6 +162,41 @@ void GenerateStore(AttributeDatabase& database, const AttributeDatabase& model, 
       enumeration.PossibleValues[value] = value;
     }
     enumeration.CurrentIndex = static_cast<UINT8>(i % kValuesPerEnumeration);
+    Add(database, AttributeType::Enumeration, i, name, enumeration);
+  }
+  database.ReleaseIndexes();
+}
+
+void GenerateStore(AttributeDatabase& database, const Setup& setup) {
+  Writer writer(setup);
+  size_t texts = 0;
+  const auto addText = [&](const Text& text) {
+    const InternedString display = InternDisplayString(database, text.c_str());
+    if (!display.AlreadyPresent && texts++ % setup.HelpInterval == 0) {
+      SetHelpString(database, writer.Help(setup.ShortestHelp, setup.HelpSpread).c_str(), display.Handle);
+    }
+  };
+  std::vector<std::vector<UINT16>> lists(setup.SharedLists);
+  for (std::vector<UINT16>& list : lists) {
+    for (size_t i = 0; i < setup.Options; ++i) {
+      const Text option = writer.Option();
+      list.push_back(Raw(InternName(database, option.c_str())));
+      addText(option);
+    }
+  }
+  for (size_t i = 0; i < setup.Attributes; ++i) {
+    const StringHandle name = writer.New([&] { return writer.Name(); },
+                                         [&](const CHAR16* text) { return InternAttributeName(database, text); });
+    addText(writer.Prompt());
+    const std::vector<UINT16>& list = lists[i % lists.size()];
+    EnumerationRecord enumeration{};
+    enumeration.PossibleValueCount = static_cast<UINT8>(list.size());
+    enumeration.PossibleValueNames = static_cast<UINT16*>(AllocateZeroedBytes(list.size(), sizeof(UINT16)));
+    enumeration.PossibleValues = static_cast<UINT64*>(AllocateZeroedBytes(list.size(), sizeof(UINT64)));
+    for (size_t value = 0; value < list.size(); ++value) {
+      enumeration.PossibleValueNames[value] = list[value];
+      enumeration.PossibleValues[value] = value;
+    }
     Add(database, AttributeType::Enumeration, i, name, enumeration);
   }
   database.ReleaseIndexes();
