@@ -1,11 +1,10 @@
 /** @file
-  AccessInstances: a UEFI Shell program that lists, unloads and clears up the drivers that carry the attribute access
-  protocol.
+  AccessInstances: a UEFI Shell program that lists and removes instances of the attribute access protocol.
 
-    AccessInstances      one line for each handle with the protocol: what its image was loaded from, or that it has none
-    AccessInstances -u   unloads those images; their protocols stay behind and lead nowhere
-    AccessInstances -r   removes the protocols of handles without an image: a driver that starts would take their records
-                         for an earlier one's
+    AccessInstances      prints a line for each handle with the protocol: the place that its image was loaded from, or
+                         "unloaded"
+    AccessInstances -u   unloads these images; their protocols stay installed and can no longer be called
+    AccessInstances -r   uninstalls the protocol from handles without an image, so that a driver can be loaded again
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -51,9 +50,9 @@ PutInstance (
 }
 
 /**
-  Does with one handle what the option says.
+  Lists, unloads or removes one handle.
 
-  @param[in]  Option  L'u', L'r', or neither to list it.
+  @param[in]  Option  L'u' = unload, L'r' = remove, other = list.
 **/
 STATIC
 VOID

@@ -15,12 +15,12 @@
 #include "AttrTables.h"
 
 //
-// Variable of the Shell, for scripts, in the form of "lasterror".
+// The Shell variable that scripts test. It has the form of "lasterror".
 //
 #define ATTR_STATUS_VARIABLE  L"attrstatus"
 
 ///
-/// What the command line asks for.
+/// The command line, decoded.
 ///
 typedef struct {
   AttributeAccessProtocol    *Access;
@@ -35,10 +35,10 @@ typedef struct {
 /**
   Runs the command and leaves its status in the Shell's variable ATTR_STATUS_VARIABLE.
 
-  @param[in]  Parameters  Its words; the first is the command's own name.
-  @param[in]  Shell       The Shell that it was typed in.
+  @param[in]  Parameters  The words of the command line; the first is the command's own name.
+  @param[in]  Shell       The Shell that runs the command.
 
-  @return  The status; the help text says what each means.
+  @return  The status. The help text explains each.
 **/
 SHELL_STATUS
 RunAttr (
@@ -47,7 +47,7 @@ RunAttr (
   );
 
 /**
-  Says whether the reader has had enough: left a page, or pressed Ctrl-C.
+  Tells whether the user ended the output: left a page, or pressed Ctrl-C.
 **/
 BOOLEAN
 IsInterrupted (
@@ -55,9 +55,9 @@ IsInterrupted (
   );
 
 /**
-  Prints why the tables could not be had.
+  Prints why the tables could not be read.
 
-  @return  The Shell's status for it.
+  @return  The Shell status for it.
 **/
 SHELL_STATUS
 ReportNoTables (
@@ -65,11 +65,11 @@ ReportNoTables (
   );
 
 /**
-  Prints why the service did not give or take a value, in words and as its status.
+  Prints why the service did not give or accept a value, in words and as a status.
 
-  @param[in]  WithPassword  A password went with the request.
+  @param[in]  WithPassword  The request had a password.
 
-  @return  The Shell's status for it.
+  @return  The Shell status for it.
 **/
 SHELL_STATUS
 ReportRefusal (

@@ -1,5 +1,5 @@
 /** @file
-  AttrApp: attr as a program of its own, for a Shell that does not have it built in.
+  AttrApp: attr as a program, for a Shell without the built-in command.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,7 +11,7 @@
 #include "Attr.h"
 
 ///
-/// The Shell looks for the help text in the image's resources; naming it puts it there.
+/// The Shell reads the help text from the image's resources. This reference keeps the text in the image.
 ///
 GLOBAL_REMOVE_IF_UNREFERENCED EFI_STRING_ID  mHelpText = STRING_TOKEN (STR_GET_HELP_ATTR);
 
@@ -36,5 +36,5 @@ AttrAppEntryPoint (
     return Status;
   }
 
-  return (EFI_STATUS)RunAttr (Parameters, Shell);   // the Shell takes it as its own status
+  return (EFI_STATUS)RunAttr (Parameters, Shell);   // the Shell treats a Shell status as the program's
 }

@@ -1,5 +1,5 @@
 /** @file
-  AttrNames: attribute and value names as somebody types them.
+  AttrNames: compares typed names with the names of attributes and values.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -10,7 +10,7 @@
 #include "AttrNames.h"
 
 //
-// Longer names are compared up to here.
+// Characters of a name that are compared for a suggestion.
 //
 #define COMPARED_LENGTH  63
 
@@ -41,18 +41,29 @@ BareLength (
 BOOLEAN
 NameIs (
   IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Typed
+  IN CONST CHAR8  *Typed,
+  IN BOOLEAN      AnyCase
   )
 {
   UINTN  Length;
+  UINTN  Index;
 
-  Length = BareLength (Name);
-  return (BOOLEAN)((AsciiStrCmp (Name, Typed) == 0) ||
-                   ((Length > 0) && (AsciiStrLen (Typed) == Length) && (AsciiStrnCmp (Name, Typed, Length) == 0)));
+  Length = AsciiStrLen (Typed);
+  if ((Length != AsciiStrLen (Name)) && ((Length == 0) || (Length != BareLength (Name)))) {
+    return FALSE;
+  }
+
+  for (Index = 0; Index < Length; Index++) {
+    if ((Name[Index] != Typed[Index]) && (!AnyCase || (Lower (Name[Index]) != Lower (Typed[Index])))) {
+      return FALSE;
+    }
+  }
+
+  return TRUE;
 }
 
 /**
-  Looks for a text within the name.
+  Searches the name for a text, in any case.
 **/
 STATIC
 BOOLEAN
@@ -84,8 +95,8 @@ NameMatches (
   )
 {
   CONST CHAR8  *End;
-  CONST CHAR8  *AfterStar;   // of the pattern, behind its last "*" so far
-  CONST CHAR8  *Retry;       // where the name goes on once that "*" has swallowed a character more
+  CONST CHAR8  *AfterStar;   // the pattern after its last "*" so far
+  CONST CHAR8  *Retry;       // the rest of the name that follows what that "*" has matched
 
   End = Name + BareLength (Name);
   if ((AsciiStrStr (Pattern, "*") == NULL) && (AsciiStrStr (Pattern, "?") == NULL)) {
@@ -146,7 +157,7 @@ NextAnnotation (
 }
 
 /**
-  Counts the characters that have to be changed, inserted or left out to make one text of the other.
+  Counts the characters that must be changed, inserted or deleted to turn one text into the other.
 **/
 STATIC
 UINTN
@@ -201,7 +212,7 @@ SuggestName (
 
   Distance = EditDistance (Name, NameLength, Typed, TypedLength);
   if ((TypedLength < NameLength) && (EditDistance (Name, TypedLength, Typed, TypedLength) == 0)) {
-    Distance = 1;   // the beginning of a name: as good as one wrong character
+    Distance = 1;   // the beginning of a name ranks like one wrong character
   } else if (Distance > MAX (TypedLength / 3, 1)) {
     return;
   }

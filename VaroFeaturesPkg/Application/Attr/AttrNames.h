@@ -1,5 +1,5 @@
 /** @file
-  AttrNames: attribute and value names as somebody types them.
+  AttrNames: compares typed names with the names of attributes and values.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,15 +16,15 @@
 typedef struct {
   CONST CHAR8    *Keyword;         ///< such as "ForceIf"
   UINTN          KeywordLength;
-  CONST CHAR8    *Text;            ///< what stands between ":" and "]"
+  CONST CHAR8    *Text;            ///< the text between ":" and "]"
   UINTN          TextLength;
-  UINTN          SubjectLength;    ///< characters of Text before its "=", all of them where it has none
+  UINTN          SubjectLength;    ///< characters of Text before "="; TextLength when there is no "="
 } NameAnnotation;
 
 #define SUGGESTION_CAPACITY  5
 
 ///
-/// The names nearest to a wrong one, the nearest first.
+/// The names most similar to a wrong one, the most similar first.
 ///
 typedef struct {
   CONST CHAR8    *Names[SUGGESTION_CAPACITY];
@@ -33,7 +33,7 @@ typedef struct {
 } NameSuggestions;
 
 /**
-  Gives the characters of a name before its bracketed suffix.
+  Counts the characters of a name before its bracketed suffix.
 **/
 UINTN
 BareLength (
@@ -41,17 +41,20 @@ BareLength (
   );
 
 /**
-  Compares a typed name with a known one, whose bracketed suffix may be left out. Case counts.
+  Compares a typed name with a known one, whose bracketed suffix may be left out.
+
+  @param[in]  AnyCase  Letters that differ in case only are equal.
 **/
 BOOLEAN
 NameIs (
   IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Typed
+  IN CONST CHAR8  *Typed,
+  IN BOOLEAN      AnyCase
   );
 
 /**
-  Compares the bare name with a pattern, without regard to case: "*" stands for any characters and "?" for one. A
-  pattern without either is looked for within the name.
+  Compares the bare name with a pattern in any case: "*" matches any text and "?" one character. A pattern without
+  either matches names that contain it.
 **/
 BOOLEAN
 NameMatches (
@@ -62,9 +65,9 @@ NameMatches (
 /**
   Takes the next annotation.
 
-  @param[in,out]  Rest  A name at first.
+  @param[in,out]  Rest  The name at first.
 
-  @retval FALSE  There is none left.
+  @retval FALSE  None is left.
 **/
 BOOLEAN
 NextAnnotation (
@@ -73,8 +76,8 @@ NextAnnotation (
   );
 
 /**
-  Enters a name among the suggestions when it is near enough to the typed one: it begins like it, or a few characters
-  are wrong, missing or too many. Case makes no difference here.
+  Adds a name to the suggestions if it is similar to the typed one in any case: it begins like it, or a few characters
+  are wrong, missing or too many.
 **/
 VOID
 SuggestName (
@@ -84,12 +87,12 @@ SuggestName (
   );
 
 /**
-  Makes ASCII of a word of the command line.
+  Converts a word of the command line to ASCII.
 
-  @param[out]  Ascii     The word, cut at Capacity; empty unless TRUE.
-  @param[in]   Capacity  Bytes of Ascii, its terminator included.
+  @param[out]  Ascii     The word; empty when FALSE is returned.
+  @param[in]   Capacity  Bytes of Ascii, the terminator included.
 
-  @retval FALSE  It holds other characters than printable ASCII, or is too long.
+  @retval FALSE  The word has characters other than printable ASCII, or is too long.
 **/
 BOOLEAN
 AsciiFromWord (

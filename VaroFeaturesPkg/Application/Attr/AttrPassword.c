@@ -24,7 +24,7 @@ WipeBytes (
 }
 
 /**
-  Shows a text on the console that no redirection of the output takes away.
+  Prints on the console, even when the output is redirected.
 **/
 STATIC
 VOID
@@ -91,7 +91,7 @@ AskPassword (
     if (Key.UnicodeChar == CHAR_BACKSPACE) {
       Length -= (Length > 0) ? 1 : 0;
     } else if ((Key.UnicodeChar < L' ') || (Key.UnicodeChar > L'~') || (Length == PASSWORD_CAPACITY - 1)) {
-      Result = (Key.UnicodeChar == CHAR_NULL) ? Result : EFI_UNSUPPORTED;   // a cursor or function key is none
+      Result = (Key.UnicodeChar == CHAR_NULL) ? Result : EFI_UNSUPPORTED;   // cursor and function keys have no character
     } else {
       Password[Length++] = (CHAR8)Key.UnicodeChar;
     }

@@ -11,19 +11,19 @@
 #include <Uefi/UefiBaseType.h>
 
 //
-// Longer than any the service can have: it tells its limit in one byte.
+// The service reports its limit in one byte, so no password is longer.
 //
 #define PASSWORD_CAPACITY  256
 
 /**
-  Asks for a password at the keyboard. Printable ASCII, Backspace, Enter; Escape gives up.
+  Reads a password from the keyboard: printable ASCII, Backspace, Enter. Escape cancels.
 
-  @param[out]  Password  Room for PASSWORD_CAPACITY bytes, which the caller wipes with WipeBytes once it is used.
-                         Nothing is left in it unless EFI_SUCCESS.
+  @param[out]  Password  Buffer of PASSWORD_CAPACITY bytes. The caller wipes it with WipeBytes after use. After an error
+                         it holds zeros.
 
   @retval EFI_SUCCESS       Password is terminated.
   @retval EFI_ABORTED       Escape.
-  @retval EFI_UNSUPPORTED   It holds other characters, or too many.
+  @retval EFI_UNSUPPORTED   The password has other characters, or too many.
   @retval others            The keyboard could not be read.
 **/
 EFI_STATUS
@@ -32,7 +32,7 @@ AskPassword (
   );
 
 /**
-  Overwrites bytes with zero, even where nobody reads them any more.
+  Overwrites bytes with zeros. The compiler does not remove these writes.
 **/
 VOID
 WipeBytes (

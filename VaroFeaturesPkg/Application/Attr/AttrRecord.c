@@ -1,15 +1,15 @@
 /** @file
-  AttrRecord: takes a record of GetAttributeInfo apart.
+  AttrRecord: decodes a record of GetAttributeInfo.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
 #include <Base.h>
+#include <Corvane/ByteReader.h>
 #include <IndustryStandard/PldmBios.h>
 #include <Library/BaseLib.h>
 #include <Library/BaseMemoryLib.h>
-#include <TableReader.h>
 #include "AttrRecord.h"
 
 UINT16
@@ -24,8 +24,8 @@ HandleAt (
 STATIC
 VOID
 TakePossible (
-  IN OUT TableReader  *Reader,
-  OUT    Attribute    *Attribute
+  IN OUT ByteReader  *Reader,
+  OUT    Attribute   *Attribute
   )
 {
   Attribute->PossibleCount = (UINTN)TakeNumber (Reader, sizeof (UINT8));
@@ -33,13 +33,13 @@ TakePossible (
 }
 
 /**
-  Reads the attribute part, which gives the value part its place.
+  Reads the attribute part. The value part begins where it ends.
 **/
 STATIC
 VOID
 TakeBounds (
-  IN OUT TableReader  *Reader,
-  OUT    Attribute    *Attribute
+  IN OUT ByteReader  *Reader,
+  OUT    Attribute   *Attribute
   )
 {
   switch (Attribute->Type) {
@@ -81,8 +81,8 @@ TakeBounds (
 STATIC
 VOID
 TakeValue (
-  IN OUT TableReader  *Reader,
-  OUT    Attribute    *Attribute
+  IN OUT ByteReader  *Reader,
+  OUT    Attribute   *Attribute
   )
 {
   switch (Attribute->Type) {
@@ -121,7 +121,7 @@ ParseAttribute (
   OUT Attribute            *Attribute
   )
 {
-  TableReader  Reader;
+  ByteReader  Reader;
 
   ZeroMem (Attribute, sizeof (*Attribute));
   Attribute->Handle     = Record->Handle;
@@ -132,7 +132,9 @@ ParseAttribute (
     return;
   }
 
-  OpenBytes (Record + 1, Size - sizeof (*Record), &Reader);
+  Reader.Next   = (CONST UINT8 *)(Record + 1);
+  Reader.Left   = Size - sizeof (*Record);
+  Reader.Failed = FALSE;
   TakeBounds (&Reader, Attribute);
   Attribute->ValueOffset = Size - Reader.Left;
   TakeValue (&Reader, Attribute);

@@ -1,5 +1,5 @@
 /** @file
-  AttrRecord: what a record of GetAttributeInfo says, checked against its length.
+  AttrRecord: decodes a record of GetAttributeInfo and checks it against its length.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -12,7 +12,7 @@
 #include <Protocol/AttributeAccess.h>
 
 ///
-/// One attribute. The pointers lead into the record; numbers there are little-endian and unaligned.
+/// One attribute. The pointers lead into the record, whose numbers are little-endian and unaligned.
 ///
 typedef struct {
   UINT16         Handle;
@@ -35,10 +35,10 @@ typedef struct {
 } Attribute;
 
 /**
-  Takes a record apart.
+  Decodes a record.
 
-  @param[in]   Record     Of the service, so nothing of it is trusted.
-  @param[in]   Size       Bytes of it.
+  @param[in]   Record     From the service, so it is not trusted.
+  @param[in]   Size       Bytes of Record.
   @param[out]  Attribute  HasParts is FALSE when the parts do not fit the record.
 **/
 VOID
@@ -49,7 +49,7 @@ ParseAttribute (
   );
 
 /**
-  Gives a string or attribute handle of a list of them.
+  Reads one string or attribute handle of a list.
 **/
 UINT16
 HandleAt (

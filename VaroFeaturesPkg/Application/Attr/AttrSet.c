@@ -12,6 +12,7 @@
 #include <Library/MemoryAllocationLib.h>
 #include <Library/PrintLib.h>
 #include <Library/TextOutputLib.h>
+#include "AttrDependencies.h"
 #include "AttrNames.h"
 #include "AttrPassword.h"
 #include "AttrSet.h"
@@ -23,11 +24,11 @@
 ///
 typedef struct {
   CONST CHAR8    *Text;      ///< of a string
-  UINT64         Number;     ///< of an integer; place of an enumeration's value
+  UINT64         Number;     ///< of an integer, or the place of an enumeration's value
 } NewValue;
 
 /**
-  Finds an enumeration's value by its name, or else by its place.
+  Finds an enumeration's value: by its name, by its name in any case where one value alone has it, or by its place.
 **/
 STATIC
 BOOLEAN
@@ -39,27 +40,30 @@ FindPlace (
   )
 {
   CHAR8    *Name;
-  BOOLEAN  Found;
+  BOOLEAN  Exact;
+  UINTN    Alike;
   UINTN    Index;
 
-  for (Index = 0; Index < Attribute->PossibleCount; Index++) {
-    Name  = ReadName (Access, HandleAt (Attribute->Possible, Index));
-    Found = (BOOLEAN)((Name != NULL) && NameIs (Name, Typed));
+  Alike = 0;
+  Exact = FALSE;
+  for (Index = 0; !Exact && (Index < Attribute->PossibleCount); Index++) {
+    Name = ReadName (Access, HandleAt (Attribute->Possible, Index));
+    if ((Name != NULL) && NameIs (Name, Typed, TRUE)) {
+      Exact  = NameIs (Name, Typed, FALSE);
+      *Place = Index;
+      Alike++;
+    }
+
     if (Name != NULL) {
       FreePool (Name);
     }
-
-    if (Found) {
-      *Place = Index;
-      return TRUE;
-    }
   }
 
-  return (BOOLEAN)(ReadNumber (Typed, Place) && (*Place < Attribute->PossibleCount));
+  return (BOOLEAN)(Exact || (Alike == 1) || (ReadNumber (Typed, Place) && (*Place < Attribute->PossibleCount)));
 }
 
 /**
-  Says what is wrong with a value.
+  Prints why a value is refused.
 **/
 STATIC
 VOID
@@ -89,7 +93,7 @@ PutVerdict (
 }
 
 /**
-  Checks the typed value, and says what is wrong with it.
+  Checks the typed value, and prints why it is refused.
 **/
 STATIC
 SHELL_STATUS
@@ -103,9 +107,10 @@ CheckValue (
   ValueVerdict     Verdict;
   UINTN            Index;
 
-  Attribute   = &Entry->Attribute;
-  Value->Text = Command->Value;
-  Verdict     = ValueAccepted;
+  Attribute     = &Entry->Attribute;
+  Value->Text   = Command->Value;
+  Value->Number = 0;
+  Verdict       = ValueAccepted;
   switch (Attribute->Type) {
     case PLDM_BIOS_ATTRIBUTE_INTEGER:
       Verdict = CheckInteger (Attribute, Command->Value, &Value->Number);
@@ -155,7 +160,7 @@ HasValue (
 }
 
 /**
-  Prints the new value as PutValue will once it is in force.
+  Prints the new value in the form of PutValue.
 **/
 STATIC
 VOID
@@ -234,7 +239,7 @@ SendByName (
 }
 
 /**
-  Asks for the password where one goes with the request, sends it and wipes it.
+  Sends the request, with a password if the command asks for one, and wipes the password.
 **/
 STATIC
 EFI_STATUS
@@ -267,7 +272,7 @@ Send (
 }
 
 /**
-  Reads the value back, and says what has become of it.
+  Reads the value back, and prints a message unless it is the new one.
 **/
 STATIC
 SHELL_STATUS
@@ -296,7 +301,7 @@ ReadBack (
 }
 
 /**
-  Says why there is no password, without which nothing was sent.
+  Prints why no password was read. Nothing was sent.
 **/
 STATIC
 SHELL_STATUS
@@ -306,7 +311,7 @@ ReportNoPassword (
 {
   switch (Status) {
     case EFI_ABORTED:
-      PutText ("attr: given up, nothing sent\n");
+      PutText ("attr: cancelled, nothing sent\n");
       return SHELL_ABORTED;
     case EFI_UNSUPPORTED:
       PutText ("attr: not a password of up to 255 printable characters, nothing sent\n");
@@ -318,7 +323,7 @@ ReportNoPassword (
 }
 
 /**
-  Changes an attribute whose new value passed all checks.
+  Sends a value that passed all checks, and prints the result.
 **/
 STATIC
 SHELL_STATUS
@@ -332,6 +337,7 @@ ChangeValue (
   EFI_STATUS    Status;
   SHELL_STATUS  Result;
 
+  PutForces (Command->Access, Entry, Value->Number);
   Status = Send (Command, Entry, Value, &Asking);
   if (EFI_ERROR (Status) && Asking) {
     return ReportNoPassword (Status);

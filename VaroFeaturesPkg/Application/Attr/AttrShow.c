@@ -11,9 +11,10 @@
 #include <Library/BaseMemoryLib.h>
 #include <Library/MemoryAllocationLib.h>
 #include <Library/TextOutputLib.h>
+#include "AttrDependencies.h"
 #include "AttrNames.h"
-#include "AttrPairing.h"
 #include "AttrShow.h"
+#include "AttrTexts.h"
 
 STATIC CONST CHAR8 *CONST  mTypeNames[] = {
   "enumeration", "string", "password", "integer", "boot-configuration", "collection", "configuration-set"
@@ -60,7 +61,7 @@ PutPossible (
 }
 
 /**
-  Prints the names at places among the possible values.
+  Prints the names of the possible values at the given places.
 **/
 STATIC
 VOID
@@ -178,7 +179,7 @@ PutDefault (
 }
 
 /**
-  Prints what values there can be.
+  Prints the bounds, or the possible values.
 **/
 STATIC
 VOID
@@ -256,8 +257,8 @@ PutLine (
 /**
   Prints a line for each attribute whose name matches.
 
-  @param[in]  Pattern  NULL = all.
-  @param[in]  Between  Name and value; NULL = lines as the host's inspector has them.
+  @param[in]  Pattern  NULL = all attributes.
+  @param[in]  Between  Stands between name and value; NULL = lines in the form of the host's inspector.
 **/
 STATIC
 SHELL_STATUS
@@ -302,10 +303,10 @@ PutLines (
 
   FreePool (Handles);
   if ((Result == SHELL_SUCCESS) && (Status == EFI_UNSUPPORTED)) {
-    PutText ("attr: an attribute of unknown type hides itself and all behind it\n");
+    PutText ("attr: an attribute of unknown type hides itself and all after it\n");
     Result = SHELL_UNSUPPORTED;
   } else if ((Result == SHELL_SUCCESS) && (Lines == 0)) {
-    PutFormat ("attr: no attribute%a\n", (Pattern == NULL) ? "" : " of such a name");
+    PutFormat ("attr: no attribute%a\n", (Pattern == NULL) ? "" : " has such a name");
     Result = SHELL_NOT_FOUND;
   }
 
@@ -329,7 +330,7 @@ ExportAttributes (
 }
 
 /**
-  Prints the value as the service gives it for a name.
+  Prints the value that the service gives for a name.
 **/
 STATIC
 SHELL_STATUS
@@ -343,7 +344,7 @@ PutValueByName (
   UINT32      Size;
   EFI_STATUS  Status;
 
-  // The length of the value is what is asked for when there is no room.
+  // A call without room for the value gives its length.
   Size   = 0;
   Value  = NULL;
   Status = Command->Access->GetAttributeValueByName (Command->Access, Name, &None, &Size);
@@ -389,106 +390,6 @@ GetAttribute (
   return Result;
 }
 
-/**
-  Says whether an annotation is a dependency, and how it is put.
-
-  @param[out]  Relation  What stands between the other attribute and its value.
-**/
-STATIC
-BOOLEAN
-IsDependency (
-  IN  CONST NameAnnotation  *Annotation,
-  OUT CONST CHAR8           **Relation
-  )
-{
-  STATIC CONST CHAR8  If[]    = "ForceIf";
-  STATIC CONST CHAR8  IfNot[] = "ForceIfNot";
-
-  *Relation = (Annotation->KeywordLength == sizeof (If) - 1) ? " = " : " is not ";
-  if ((Annotation->KeywordLength != sizeof (If) - 1) && (Annotation->KeywordLength != sizeof (IfNot) - 1)) {
-    return FALSE;
-  }
-
-  return (BOOLEAN)((CompareMem (Annotation->Keyword, IfNot, Annotation->KeywordLength) == 0) &&
-                   (Annotation->SubjectLength < Annotation->TextLength));
-}
-
-/**
-  Prints the dependencies that a name carries.
-
-  @param[in]  Forced   What the name is of: an attribute, or NULL for one of Described's values.
-  @param[in]  Subject  Only those on this attribute are printed; NULL = all.
-**/
-STATIC
-VOID
-PutNameDependencies (
-  IN CONST CHAR8  *Forced,
-  IN CONST CHAR8  *Name,
-  IN CONST CHAR8  *Subject
-  )
-{
-  NameAnnotation  Annotation;
-  CONST CHAR8     *Relation;
-  CONST CHAR8     *Rest;
-
-  Rest = Name;
-  while (NextAnnotation (&Rest, &Annotation)) {
-    if (!IsDependency (&Annotation, &Relation) ||
-        ((Subject != NULL) && ((BareLength (Subject) != Annotation.SubjectLength) ||
-                               (CompareMem (Subject, Annotation.Text, Annotation.SubjectLength) != 0))))
-    {
-      continue;
-    }
-
-    PutText ((Subject == NULL) ? "Depends:  " : "Forces:   ");
-    if (Forced != NULL) {
-      PutEscaped (Forced, BareLength (Forced), "");
-      PutText (" = ");
-    }
-
-    PutEscaped (Name, BareLength (Name), "");
-    PutText (" is forced if ");
-    PutEscaped (Annotation.Text, Annotation.SubjectLength, "");
-    PutText (Relation);
-    PutEscaped (
-      Annotation.Text + Annotation.SubjectLength + 1,
-      Annotation.TextLength - Annotation.SubjectLength - 1,
-      ""
-      );
-    PutText ("\n");
-  }
-}
-
-/**
-  Prints the dependencies of an attribute's own name and of its values' names.
-
-  @param[in]  Subject  NULL: the attribute is the one described. Otherwise that one's name.
-**/
-STATIC
-VOID
-PutDependencies (
-  IN AttributeAccessProtocol  *Access,
-  IN CONST AttributeEntry     *Entry,
-  IN CONST CHAR8              *Subject
-  )
-{
-  CHAR8  *Value;
-  UINTN  Index;
-
-  PutNameDependencies (NULL, Entry->Name, Subject);
-  if (Entry->Attribute.Type != PLDM_BIOS_ATTRIBUTE_ENUMERATION) {
-    return;
-  }
-
-  for (Index = 0; Index < Entry->Attribute.PossibleCount; Index++) {
-    Value = ReadName (Access, HandleAt (Entry->Attribute.Possible, Index));
-    if (Value != NULL) {
-      PutNameDependencies ((Subject == NULL) ? NULL : Entry->Name, Value, Subject);
-      FreePool (Value);
-    }
-  }
-}
-
 STATIC
 VOID
 PutExpressions (
@@ -509,50 +410,6 @@ PutExpressions (
   }
 }
 
-/**
-  Prints display and help text, where they are known to be the attribute's.
-**/
-STATIC
-VOID
-PutTexts (
-  IN AttributeAccessProtocol  *Access,
-  IN CONST AttributeEntry     *Entries,
-  IN UINTN                    Count,
-  IN UINT16                   Handle
-  )
-{
-  TextPairing  Pairing;
-  CHAR16       *Help;
-  UINTN        Index;
-
-  PairTexts (Access, Entries, Count, &Pairing);   // what is not paired is not printed
-  for (Index = 0; (Pairing.Paired != NULL) && (Index < Count); Index++) {
-    if ((Entries[Index].Attribute.Handle != Handle) || (Pairing.Paired[Index].Display == NULL)) {
-      continue;
-    }
-
-    PutText ("Display:  ");
-    PutWideText (Pairing.Paired[Index].Display);
-    PutText ("\n");
-    Help = NULL;
-    if (Pairing.Paired[Index].HelpHandle != 0) {
-      Help = ReadText (Access, Access->GetTextStringA, Pairing.Paired[Index].HelpHandle);
-    }
-
-    if ((Help != NULL) && (*Help != L'\0')) {
-      PutText ("Help:     ");
-      PutWideText (Help);
-      PutText ("\n");
-    }
-
-    if (Help != NULL) {
-      FreePool (Help);
-    }
-  }
-
-  FreePairing (&Pairing);
-}
-
 SHELL_STATUS
 DescribeAttribute (
   IN CONST AttrCommand  *Command
@@ -562,6 +419,7 @@ DescribeAttribute (
   AttributeEntry  *Entries;
   UINTN           Count;
   UINTN           Index;
+  EFI_STATUS      Status;
   SHELL_STATUS    Result;
 
   Result = ReadNamedEntry (Command, &Entry);
@@ -588,12 +446,15 @@ DescribeAttribute (
 
   PutExpressions (Entry.Name);
   PutDependencies (Command->Access, &Entry, NULL);
-  ReadEntries (Command->Access, ReadEntry, &Entries, &Count);   // without the others, what depends on them is not printed
+  Status = ReadEntries (Command->Access, ReadEntry, &Entries, &Count);
   for (Index = 0; Index < Count; Index++) {
     PutDependencies (Command->Access, &Entries[Index], Entry.Name);
   }
 
-  PutTexts (Command->Access, Entries, Count, Entry.Attribute.Handle);
+  if (!EFI_ERROR (Status)) {
+    PutTexts (&Entry, Entries, Count);   // only a list of all attributes tells the driver's own from the setup's
+  }
+
   FreeEntries (Entries, Count);
   FreeEntry (&Entry);
   return SHELL_SUCCESS;

@@ -12,11 +12,11 @@
 #include "AttrTables.h"
 
 ///
-/// How a value is written.
+/// The form in which a value is printed.
 ///
 typedef enum {
-  ValuePlain,   ///< for eyes and scripts: names bare, texts as they are
-  ValueExact    ///< as the host's inspector writes it: names with their suffixes, texts quoted
+  ValuePlain,   ///< names without their suffixes, texts without quotes
+  ValueExact    ///< the form of the host's inspector: names with their suffixes, texts quoted
 } ValueForm;
 
 /**

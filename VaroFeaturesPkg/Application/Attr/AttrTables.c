@@ -1,5 +1,5 @@
 /** @file
-  AttrTables: asks the attribute access protocol, and trusts none of its answers.
+  AttrTables: reads attributes through the attribute access protocol, and checks every answer.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,12 +15,12 @@
 #include "AttrTables.h"
 
 //
-// No answer is longer than the buffer that it came through.
+// Upper limit of an answer: the size of the buffer that requests and answers share.
 //
 #define ANSWER_LIMIT  SIZE_64KB
 
 //
-// A type that no attribute has, to tell that GetAttributeInfo left the record alone.
+// No attribute has this type. It stays in a record that GetAttributeInfo did not write.
 //
 #define NO_TYPE  MAX_UINT32
 
@@ -42,7 +42,7 @@ OpenAttributeAccess (
 
   Status = EFI_NOT_STARTED;
   for (Index = 0; (Index < Count) && (Status == EFI_NOT_STARTED); Index++) {
-    // The protocol outlives an image that ended with an error or was unloaded, and its record may be gone with it.
+    // An image that was unloaded leaves its protocol behind, and the interface may be freed memory.
     if (EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gEfiLoadedImageProtocolGuid, &Image)) ||
         EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gVaroAttributeAccessProtocolGuid, (VOID **)Access)))
     {
@@ -124,33 +124,6 @@ ReadName (
   return Name;
 }
 
-CHAR16 *
-ReadText (
-  IN AttributeAccessProtocol  *Access,
-  IN ATTRIBUTE_GET_TEXT       GetText,
-  IN UINT16                   Handle
-  )
-{
-  CHAR16      None;
-  CHAR16      *Text;
-  UINT32      Size;
-  EFI_STATUS  Status;
-
-  Size   = 0;
-  Status = GetText (Access, Handle, &None, &Size);
-  if ((EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) || (Size > ANSWER_LIMIT)) {
-    return NULL;
-  }
-
-  Text = AllocateZeroPool (Size + 2 * sizeof (CHAR16));
-  if ((Text != NULL) && EFI_ERROR (GetText (Access, Handle, Text, &Size))) {
-    FreePool (Text);
-    Text = NULL;
-  }
-
-  return Text;
-}
-
 /**
   Reads the record with both parts, of the size that ReadHead found.
 **/
@@ -213,7 +186,7 @@ ReadHead (
   ParseAttribute (&Head, 0, &Entry->Attribute);
   Entry->Name = ReadName (Access, Head.NameHandle);
   if (Entry->Name == NULL) {
-    Entry->Name = AllocateZeroPool (sizeof (CHAR8));   // nameless: nobody can ask for it, a list shows it
+    Entry->Name = AllocateZeroPool (sizeof (CHAR8));   // without a name: only a list shows the attribute
   }
 
   return (Entry->Name == NULL) ? EFI_OUT_OF_RESOURCES : EFI_SUCCESS;

@@ -1,5 +1,5 @@
 /** @file
-  AttrTables: asks the attribute access protocol, and trusts none of its answers.
+  AttrTables: reads attributes through the attribute access protocol, and checks every answer.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,7 +11,7 @@
 #include "AttrRecord.h"
 
 ///
-/// An attribute with the record that it points into.
+/// An attribute, with the record that its pointers lead into.
 ///
 typedef struct {
   Attribute        Attribute;
@@ -22,12 +22,12 @@ typedef struct {
 } AttributeEntry;
 
 /**
-  Finds a driver that is still loaded behind its protocol.
+  Finds an instance of the protocol whose driver is still loaded.
 
   @retval EFI_SUCCESS               Access may be called.
   @retval EFI_NOT_FOUND             No handle carries the protocol.
-  @retval EFI_NOT_STARTED           Only handles whose image is gone carry it.
-  @retval EFI_INCOMPATIBLE_VERSION  It is not of the revision that this program knows.
+  @retval EFI_NOT_STARTED           The drivers of all handles with the protocol have been unloaded.
+  @retval EFI_INCOMPATIBLE_VERSION  The protocol has another revision than this program expects.
 **/
 EFI_STATUS
 OpenAttributeAccess (
@@ -37,12 +37,12 @@ OpenAttributeAccess (
 /**
   Lists the attribute handles.
 
-  @param[out]  Handles  To be freed by the caller.
-  @param[out]  Count    Of them.
+  @param[out]  Handles  The caller frees them; NULL when there are none to free.
+  @param[out]  Count    Number of Handles.
 
-  @retval EFI_SUCCESS      All of them.
-  @retval EFI_UNSUPPORTED  Those before an attribute of unknown type, which nobody can see past.
-  @retval others           Nothing to be freed.
+  @retval EFI_SUCCESS      Handles has all handles.
+  @retval EFI_UNSUPPORTED  Handles has those before an attribute of unknown type. The rest cannot be read.
+  @retval others           The tables could not be read.
 **/
 EFI_STATUS
 ReadHandles (
@@ -123,18 +123,6 @@ FreeEntries (
 CHAR8 *
 ReadName (
   IN AttributeAccessProtocol  *Access,
-  IN UINT16                   Handle
-  );
-
-/**
-  Reads a text of a text table by the operation of that table.
-
-  @return  The text, to be freed by the caller; NULL when there is none.
-**/
-CHAR16 *
-ReadText (
-  IN AttributeAccessProtocol  *Access,
-  IN ATTRIBUTE_GET_TEXT       GetText,
   IN UINT16                   Handle
   );
 

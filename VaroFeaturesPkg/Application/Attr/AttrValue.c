@@ -1,5 +1,5 @@
 /** @file
-  AttrValue: checks a typed value against what an attribute takes, before anything is sent.
+  AttrValue: checks a typed value against the attribute, before anything is sent.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,7 +20,7 @@ ReadNumber (
 {
   CHAR8  *End;
 
-  // The library's reader allows for blanks in front, which are no part of a number here.
+  // The library's functions skip leading blanks, which are not allowed here.
   if ((*Text < '0') || (*Text > '9')) {
     return FALSE;
   }
@@ -39,11 +39,11 @@ CheckInteger (
   OUT UINT64           *Number
   )
 {
-  if (!ReadNumber (Text, Number)) {
+  if (!ReadNumber ((*Text == '-') ? Text + 1 : Text, Number)) {
     return ValueNoNumber;
   }
 
-  if ((*Number < Attribute->Minimum) || (*Number > Attribute->Maximum)) {
+  if ((*Text == '-') || (*Number < Attribute->Minimum) || (*Number > Attribute->Maximum)) {
     return ValueOutOfBounds;
   }
 

@@ -1,5 +1,5 @@
 /** @file
-  AttrValue: checks a typed value against what an attribute takes, before anything is sent.
+  AttrValue: checks a typed value against the attribute, before anything is sent.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -22,7 +22,7 @@ typedef enum {
 /**
   Reads a decimal number, or a hexadecimal one after "0x".
 
-  @retval FALSE  It is no number, or none of 64 bits.
+  @retval FALSE  The text is not a number, or the number has more than 64 bits.
 **/
 BOOLEAN
 ReadNumber (
@@ -31,7 +31,7 @@ ReadNumber (
   );
 
 /**
-  Checks the value for an integer: bounds, and whole steps from the lower bound.
+  Checks a value for an integer: its bounds, and whole steps from the lower bound.
 **/
 ValueVerdict
 CheckInteger (
@@ -50,14 +50,15 @@ CheckLength (
   );
 
 /**
-  Makes the record that SetAttributeValue is to send.
+  Makes the record for SetAttributeValue.
 
-  @param[in]   Record   As the service gave it.
+  @param[in]   Record   The record that the service gave.
   @param[in]   Text     New text of a string, of Attribute->Maximum characters at most.
-  @param[in]   Number   New number of an integer; place of the new value of an enumeration.
+  @param[in]   Number   New number of an integer, or place of the new value of an enumeration.
   @param[out]  Size     Bytes of the new record.
 
-  @return  The new record, to be freed by the caller; NULL when there is no memory, or no such value in the record.
+  @return  The new record, which the caller frees; NULL without memory, or when the record of an enumeration has no
+           current value.
 **/
 AttributeInfo *
 MakeRecord (

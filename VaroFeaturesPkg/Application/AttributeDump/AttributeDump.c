@@ -1,12 +1,10 @@
 /** @file
-  AttributeDump: a UEFI Shell program that prints the attributes of the published tables and checks the cache.
+  AttributeDump: a UEFI Shell program that writes what the driver's protocols give into files, for comparison on a host.
 
-    AttributeDump      one line for each attribute, as the host's `inspect show --no-tables` prints them
-    AttributeDump -c   one line for each of the driver's variables, "NAME SIZE LENGTH CRC32 ok" or "NAME STATUS"; LENGTH
-                       is what the firmware's own decompressor makes of a compressed one
-    AttributeDump -i   where the driver's image lies: "CorvaneDxe BASE SIZE", in hexadecimal
-
-  Lines are long; redirect them with `>a FILE` to have them as ASCII.
+    AttributeDump FILE     the blocks of PublishedTablesInterface one after another, as the transport records carry them:
+                           directory, descriptors, five tables
+    AttributeDump -t FILE  the help texts of AttributeAccessProtocol, as entries of the help table
+    AttributeDump -i       prints the place of the driver's image: "CorvaneDxe BASE SIZE", in hexadecimal
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,329 +12,154 @@
 
 #include <Uefi.h>
 #include <Library/BaseLib.h>
+#include <Library/MemoryAllocationLib.h>
 #include <Library/TextOutputLib.h>
 #include <Library/UefiBootServicesTableLib.h>
 #include <Protocol/AttributeAccess.h>
 #include <Protocol/LoadedImage.h>
 #include <Protocol/PublishedTables.h>
+#include <Protocol/Shell.h>
 #include <Protocol/ShellParameters.h>
-#include <TableReader.h>
-#include "CacheCheck.h"
+#include <Protocol/SimpleFileSystem.h>
 
-STATIC CONST CHAR8 *CONST  mTypeNames[] = {
-  "enumeration", "string", "password", "integer", "boot-configuration", "collection", "configuration-set"
-};
+/**
+  Writes what a protocol gives into an open file.
+**/
+typedef
+EFI_STATUS
+(*WRITE_CONTENT)(
+  IN EFI_SHELL_PROTOCOL  *Shell,
+  IN SHELL_FILE_HANDLE   File
+  );
 
-///
-/// An attribute while it is printed: each reader stands behind the head of its entry.
-///
-typedef struct {
-  CONST PublishedTablesInterface    *Tables;
-  UINT8                             BaseType;
-  TableReader                       Bounds;       ///< entry of the attribute table
-  TableReader                       Value;        ///< entry of the value table
-  BOOLEAN                           HasValue;
-  UINT8                             NameCount;
-  TableReader                       Names;        ///< names of possible values, sources or configurations
-} Attribute;
+STATIC CONST UINT8  mTables[] = { TABLE_STRINGS, TABLE_ATTRIBUTES, TABLE_VALUES, TABLE_DISPLAY, TABLE_HELP };
 
 STATIC
-VOID
-PutName (
-  IN CONST PublishedTablesInterface  *Tables,
-  IN UINT16                          Handle
+EFI_STATUS
+WriteBytes (
+  IN EFI_SHELL_PROTOCOL  *Shell,
+  IN SHELL_FILE_HANDLE   File,
+  IN CONST VOID          *Bytes,
+  IN UINTN               Count
   )
 {
-  TableReader  Entries;
-  UINT16       Found;
-  UINT16       Length;
+  return (Count == 0) ? EFI_SUCCESS : Shell->WriteFile (File, &Count, (VOID *)Bytes);
+}
 
-  OpenTable (&Tables->Descriptors[TABLE_STRINGS], &Entries);
-  while (MoreEntries (&Entries)) {
-    Found  = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    Length = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    if (Found == Handle) {
-      PutEscaped ((CONST CHAR8 *)TakeBytes (&Entries, Length), Entries.Failed ? 0 : Length, "");
-      return;
-    }
+STATIC
+EFI_STATUS
+WriteTables (
+  IN EFI_SHELL_PROTOCOL  *Shell,
+  IN SHELL_FILE_HANDLE   File
+  )
+{
+  PublishedTablesInterface  *Tables;
+  CONST TableDescriptor     *Table;
+  UINTN                     Index;
+  EFI_STATUS                Status;
 
-    TakeBytes (&Entries, Length);
+  Status = gBS->LocateProtocol (&gVaroPublishedTablesProtocolGuid, NULL, (VOID **)&Tables);
+  if (!EFI_ERROR (Status) && (Tables->Directory != NULL)) {
+    Status = WriteBytes (Shell, File, Tables->Directory, sizeof (*Tables->Directory));
   }
 
-  PutFormat ("?%u", Handle);
+  if (!EFI_ERROR (Status)) {
+    Status = WriteBytes (Shell, File, Tables->Descriptors, TABLE_DESCRIPTOR_COUNT * sizeof (*Tables->Descriptors));
+  }
+
+  for (Index = 0; !EFI_ERROR (Status) && (Index < ARRAY_SIZE (mTables)); Index++) {
+    Table  = &Tables->Descriptors[mTables[Index]];
+    Status = WriteBytes (Shell, File, (CONST VOID *)(UINTN)Table->Data, Table->Limit);
+  }
+
+  return Status;
 }
 
 /**
-  Prints `Count` names from their handles.
+  Writes the help text of one handle, unless there is none: handle, length in bytes, text.
 **/
 STATIC
-VOID
-PutNames (
-  IN CONST PublishedTablesInterface  *Tables,
-  IN TableReader                     Handles,
-  IN UINTN                           Count
+EFI_STATUS
+WriteHelpText (
+  IN EFI_SHELL_PROTOCOL       *Shell,
+  IN SHELL_FILE_HANDLE        File,
+  IN AttributeAccessProtocol  *Access,
+  IN UINT16                   Handle
   )
 {
-  UINTN  Index;
+  UINT16      Head[2];
+  CHAR16      None;
+  CHAR16      *Text;
+  UINT32      Size;
+  EFI_STATUS  Status;
 
-  for (Index = 0; Index < Count; Index++) {
-    PutText ((Index == 0) ? "" : "|");
-    PutName (Tables, (UINT16)TakeNumber (&Handles, sizeof (UINT16)));
+  Size   = 0;
+  Status = Access->GetTextStringA (Access, Handle, &None, &Size);
+  if (Status == EFI_NOT_FOUND) {
+    return EFI_SUCCESS;
   }
 
-  PutText ((Count == 0) ? "-" : "");
-}
-
-/**
-  Prints `Count` names from their places among the attribute's possible ones.
-**/
-STATIC
-VOID
-PutPlaces (
-  IN     CONST Attribute  *This,
-  IN OUT TableReader      *Places,
-  IN     UINTN            Count
-  )
-{
-  TableReader  Names;
-  UINTN        Index;
-  UINT8        Place;
-
-  for (Index = 0; Index < Count; Index++) {
-    PutText ((Index == 0) ? "" : "|");
-    Place = (UINT8)TakeNumber (Places, sizeof (Place));
-    if (Place >= This->NameCount) {
-      PutFormat ("#%u", Place);
-      continue;
-    }
-
-    Names = This->Names;
-    TakeBytes (&Names, Place * sizeof (UINT16));
-    PutName (This->Tables, (UINT16)TakeNumber (&Names, sizeof (UINT16)));
+  if (EFI_ERROR (Status) && (Status != EFI_BUFFER_TOO_SMALL)) {
+    return Status;
   }
 
-  PutText ((Count == 0) ? "-" : "");
-}
-
-/**
-  Moves a reader of the attribute table behind the entry that it stands in.
-**/
-STATIC
-VOID
-SkipBounds (
-  IN OUT TableReader  *Entries,
-  IN     UINT8        BaseType
-  )
-{
-  switch (BaseType) {
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)) * sizeof (UINT16));
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_STRING:
-    case PLDM_BIOS_ATTRIBUTE_PASSWORD:
-      TakeBytes (Entries, sizeof (UINT8) + 3 * sizeof (UINT16));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_INTEGER:
-      TakeBytes (Entries, 2 * sizeof (UINT64) + sizeof (UINT32) + sizeof (UINT64));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
-      TakeBytes (Entries, 4 * sizeof (UINT8));
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)) * sizeof (UINT16));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_COLLECTION:
-      TakeBytes (Entries, 4);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET:
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)) * sizeof (UINT16));
-      break;
-    default:
-      break;
+  Text = AllocateZeroPool (Size + sizeof (*Text));
+  if (Text == NULL) {
+    return EFI_OUT_OF_RESOURCES;
   }
+
+  Status  = Access->GetTextStringA (Access, Handle, Text, &Size);
+  Head[0] = Handle;
+  Head[1] = (UINT16)(StrLen (Text) * sizeof (*Text));
+  Status  = EFI_ERROR (Status) ? Status : WriteBytes (Shell, File, Head, sizeof (Head));
+  Status  = EFI_ERROR (Status) ? Status : WriteBytes (Shell, File, Text, Head[1]);
+  FreePool (Text);
+  return Status;
 }
 
 STATIC
-VOID
-SkipValue (
-  IN OUT TableReader  *Entries,
-  IN     UINT8        BaseType
+EFI_STATUS
+WriteHelpTexts (
+  IN EFI_SHELL_PROTOCOL  *Shell,
+  IN SHELL_FILE_HANDLE   File
   )
 {
-  switch (BaseType) {
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_STRING:
-    case PLDM_BIOS_ATTRIBUTE_PASSWORD:
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT16)));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_INTEGER:
-      TakeBytes (Entries, sizeof (UINT64));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
-      TakeBytes (Entries, 2 * sizeof (UINT8));
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_COLLECTION:
-      TakeBytes (Entries, (UINTN)TakeNumber (Entries, sizeof (UINT8)) * sizeof (UINT16));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET:
-      TakeBytes (Entries, sizeof (UINT8));
-      break;
-    default:
-      break;
-  }
-}
+  AttributeAccessProtocol  *Access;
+  UINT16                   Handle;
+  EFI_STATUS               Status;
 
-/**
-  Finds the entry of the value table; one of another type, or one that is cut, does not count.
-**/
-STATIC
-BOOLEAN
-FindValue (
-  IN  CONST PublishedTablesInterface  *Tables,
-  IN  UINT16                          Handle,
-  IN  UINT8                           BaseType,
-  OUT TableReader                     *Value
-  )
-{
-  TableReader  Rest;
-  UINT16       Found;
-  UINT8        Type;
-
-  OpenTable (&Tables->Descriptors[TABLE_VALUES], Value);
-  while (MoreEntries (Value)) {
-    Found = (UINT16)TakeNumber (Value, sizeof (UINT16));
-    Type  = PLDM_BIOS_ATTRIBUTE_BASE_TYPE (TakeNumber (Value, sizeof (UINT8)));
-    if (Found == Handle) {
-      Rest = *Value;
-      SkipValue (&Rest, Type);
-      return (BOOLEAN)(!Rest.Failed && (Type == BaseType));
-    }
-
-    SkipValue (Value, Type);
+  Status = gBS->LocateProtocol (&gVaroAttributeAccessProtocolGuid, NULL, (VOID **)&Access);
+  for (Handle = ATTRIBUTE_STORE_FIRST_HANDLE; !EFI_ERROR (Status) && (Handle < ATTRIBUTE_STORE_STRING_LIMIT); Handle++) {
+    Status = WriteHelpText (Shell, File, Access, Handle);
   }
 
-  return FALSE;
-}
-
-/**
-  Prints the name of the attribute with a handle, as a member of a collection.
-**/
-STATIC
-VOID
-PutMember (
-  IN CONST PublishedTablesInterface  *Tables,
-  IN UINT16                          Handle
-  )
-{
-  TableReader  Entries;
-  UINT16       Found;
-  UINT16       Name;
-  UINT8        Type;
-
-  OpenTable (&Tables->Descriptors[TABLE_ATTRIBUTES], &Entries);
-  while (MoreEntries (&Entries)) {
-    Found = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    Type  = (UINT8)TakeNumber (&Entries, sizeof (UINT8));
-    Name  = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    if (Found == Handle) {
-      PutName (Tables, Name);
-      return;
-    }
-
-    SkipBounds (&Entries, PLDM_BIOS_ATTRIBUTE_BASE_TYPE (Type));
-  }
-
-  PutFormat ("?%u", Handle);
-}
-
-/**
-  Finds the names that places refer to.
-**/
-STATIC
-VOID
-FindNames (
-  IN OUT Attribute  *This
-  )
-{
-  This->NameCount = 0;
-  This->Names     = This->Bounds;
-  switch (This->BaseType) {
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
-      TakeBytes (&This->Names, 4 * sizeof (UINT8));
-      This->NameCount = (UINT8)TakeNumber (&This->Names, sizeof (UINT8));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET:
-      This->NameCount = (UINT8)TakeNumber (&This->Names, sizeof (UINT8));
-      break;
-    default:
-      break;
-  }
+  return Status;
 }
 
 STATIC
-VOID
-PutCurrent (
-  IN Attribute  *This
+EFI_STATUS
+WriteFile (
+  IN CONST CHAR16   *Name,
+  IN WRITE_CONTENT  Write
   )
 {
-  TableReader  *Value;
-  UINTN        Count;
-  UINTN        Index;
-  CONST UINT8  *Bytes;
+  EFI_SHELL_PROTOCOL  *Shell;
+  SHELL_FILE_HANDLE   File;
+  EFI_STATUS          Status;
 
-  Value = &This->Value;
-  if (!This->HasValue) {
-    PutText ((This->BaseType == PLDM_BIOS_ATTRIBUTE_PASSWORD) ? "not installed" : "?");
-    return;
+  Status = gBS->LocateProtocol (&gEfiShellProtocolGuid, NULL, (VOID **)&Shell);
+  if (!EFI_ERROR (Status)) {
+    Status = Shell->OpenFileByName (Name, &File, EFI_FILE_MODE_READ | EFI_FILE_MODE_WRITE | EFI_FILE_MODE_CREATE);
   }
 
-  switch (This->BaseType) {
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
-      Count = (UINTN)TakeNumber (Value, sizeof (UINT8));
-      PutPlaces (This, Value, Count);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_STRING:
-      Count = (UINTN)TakeNumber (Value, sizeof (UINT16));
-      Bytes = TakeBytes (Value, Count);
-      PutText ("\"");
-      PutEscaped ((CONST CHAR8 *)Bytes, (Bytes == NULL) ? 0 : Count, "\"\\");
-      PutText ("\"");
-      break;
-    case PLDM_BIOS_ATTRIBUTE_PASSWORD:
-      PutText ("installed");
-      break;
-    case PLDM_BIOS_ATTRIBUTE_INTEGER:
-      PutFormat ("%lu", TakeNumber (Value, sizeof (UINT64)));
-      break;
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
-      TakeBytes (Value, 2 * sizeof (UINT8));
-      Count = (UINTN)TakeNumber (Value, sizeof (UINT8));
-      PutPlaces (This, Value, Count);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_COLLECTION:
-      Count = (UINTN)TakeNumber (Value, sizeof (UINT8));
-      for (Index = 0; Index < Count; Index++) {
-        PutText ((Index == 0) ? "" : "|");
-        PutMember (This->Tables, (UINT16)TakeNumber (Value, sizeof (UINT16)));
-      }
-
-      PutText ((Count == 0) ? "-" : "");
-      break;
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET:
-      PutPlaces (This, Value, 1);
-      break;
-    default:
-      PutText ("-");
-      break;
+  if (!EFI_ERROR (Status)) {
+    Status = Write (Shell, File);
+    Shell->CloseFile (File);
   }
+
+  return Status;
 }
 
-/**
-  Prints where the driver's image lies, for whoever has an address out of it: "CorvaneDxe BASE SIZE", in hexadecimal.
-**/
 STATIC
 EFI_STATUS
 PutDriverImage (
@@ -361,95 +184,6 @@ PutDriverImage (
   return Status;
 }
 
-/**
-  Prints the default and the domain, which lie behind one another in the attribute table.
-**/
-STATIC
-VOID
-PutBounds (
-  IN Attribute  *This
-  )
-{
-  TableReader  *Bounds;
-  UINT64       Low;
-  UINT64       High;
-  UINT64       Step;
-  UINTN        Count;
-
-  Bounds = &This->Bounds;
-  switch (This->BaseType) {
-    case PLDM_BIOS_ATTRIBUTE_ENUMERATION:
-      TakeBytes (Bounds, sizeof (UINT8) + This->NameCount * sizeof (UINT16));
-      PutText (" (default ");
-      Count = (UINTN)TakeNumber (Bounds, sizeof (UINT8));
-      PutPlaces (This, Bounds, Count);
-      PutText (") {");
-      PutNames (This->Tables, This->Names, This->NameCount);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_STRING:
-    case PLDM_BIOS_ATTRIBUTE_PASSWORD:
-      TakeBytes (Bounds, sizeof (UINT8));
-      Low  = TakeNumber (Bounds, sizeof (UINT16));
-      High = TakeNumber (Bounds, sizeof (UINT16));
-      PutFormat (" (default length %lu) {%lu..%lu", TakeNumber (Bounds, sizeof (UINT16)), Low, High);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_INTEGER:
-      Low  = TakeNumber (Bounds, sizeof (UINT64));
-      High = TakeNumber (Bounds, sizeof (UINT64));
-      Step = TakeNumber (Bounds, sizeof (UINT32));
-      PutFormat (" (default %lu) {%lu..%lu step %lu", TakeNumber (Bounds, sizeof (UINT64)), Low, High, Step);
-      break;
-    case PLDM_BIOS_ATTRIBUTE_BOOT_CONFIG_SETTING:
-    case PLDM_BIOS_ATTRIBUTE_CONFIG_SET:
-      PutText (" (default -) {");
-      PutNames (This->Tables, This->Names, This->NameCount);
-      break;
-    default:
-      PutText (" (default -) {-");
-      break;
-  }
-
-  PutText ("}\n");
-}
-
-STATIC
-VOID
-PutAttributes (
-  IN CONST PublishedTablesInterface  *Tables
-  )
-{
-  TableReader  Entries;
-  Attribute    This;
-  UINT16       Handle;
-  UINT16       Name;
-  UINT8        Type;
-
-  OpenTable (&Tables->Descriptors[TABLE_ATTRIBUTES], &Entries);
-  while (MoreEntries (&Entries)) {
-    Handle        = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    Type          = (UINT8)TakeNumber (&Entries, sizeof (UINT8));
-    Name          = (UINT16)TakeNumber (&Entries, sizeof (UINT16));
-    This.Tables   = Tables;
-    This.BaseType = PLDM_BIOS_ATTRIBUTE_BASE_TYPE (Type);
-    This.Bounds   = Entries;
-    This.HasValue = FindValue (Tables, Handle, This.BaseType, &This.Value);
-    FindNames (&This);
-
-    PutFormat ("%u ", Handle);
-    PutName (Tables, Name);
-    if (This.BaseType < ARRAY_SIZE (mTypeNames)) {
-      PutFormat (" %a", mTypeNames[This.BaseType]);
-    } else {
-      PutFormat (" type-%u", This.BaseType);
-    }
-
-    PutText (((Type & PLDM_BIOS_ATTRIBUTE_READ_ONLY) != 0) ? " ro = " : " = ");
-    PutCurrent (&This);
-    PutBounds (&This);
-    SkipBounds (&Entries, This.BaseType);
-  }
-}
-
 EFI_STATUS
 EFIAPI
 AttributeDumpEntryPoint (
@@ -458,20 +192,17 @@ AttributeDumpEntryPoint (
   )
 {
   EFI_SHELL_PARAMETERS_PROTOCOL  *Parameters;
-  PublishedTablesInterface       *Tables;
   EFI_STATUS                     Status;
 
   Status = gBS->HandleProtocol (ImageHandle, &gEfiShellParametersProtocolGuid, (VOID **)&Parameters);
-  if (!EFI_ERROR (Status) && (Parameters->Argc > 1)) {
-    if (StrCmp (Parameters->Argv[1], L"-c") == 0) {
-      Status = CheckCache ();
-    } else {
-      Status = (StrCmp (Parameters->Argv[1], L"-i") == 0) ? PutDriverImage () : EFI_INVALID_PARAMETER;
-    }
-  } else {
-    Status = gBS->LocateProtocol (&gVaroPublishedTablesProtocolGuid, NULL, (VOID **)&Tables);
-    if (!EFI_ERROR (Status)) {
-      PutAttributes (Tables);
+  if (!EFI_ERROR (Status)) {
+    Status = EFI_INVALID_PARAMETER;
+    if ((Parameters->Argc == 2) && (StrCmp (Parameters->Argv[1], L"-i") == 0)) {
+      Status = PutDriverImage ();
+    } else if (Parameters->Argc == 2) {
+      Status = WriteFile (Parameters->Argv[1], WriteTables);
+    } else if ((Parameters->Argc == 3) && (StrCmp (Parameters->Argv[1], L"-t") == 0)) {
+      Status = WriteFile (Parameters->Argv[2], WriteHelpTexts);
     }
   }
 

@@ -1,5 +1,5 @@
 /** @file
-  TextOutputLib: text for the console, a line at a time, however long it is.
+  TextOutputLib: prints text on the console, in lines of any length.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,7 +11,7 @@
 #include <Base.h>
 
 /**
-  Begins anew after a command whose output was cut off.
+  Discards pending text and clears OutputStopped. Called before each command.
 **/
 VOID
 StartOutput (
@@ -19,8 +19,8 @@ StartOutput (
   );
 
 /**
-  Says whether the console has refused a line, as it does when its reader leaves a page early. Nothing is printed from
-  then on.
+  Tells whether the console rejected a line, which it does when the user leaves a page early. Nothing is printed after
+  that.
 **/
 BOOLEAN
 OutputStopped (
@@ -54,7 +54,7 @@ PutFormat (
   );
 
 /**
-  Prints bytes, with \xHH for those that are not printable ASCII or are among the given ones.
+  Prints bytes, with \xHH for those that are not printable ASCII, or that are in AlsoEscaped.
 **/
 VOID
 PutEscaped (

@@ -1,5 +1,5 @@
 /** @file
-  TextOutputLib: text for the console, a line at a time, however long it is.
+  TextOutputLib: prints text on the console, in lines of any length.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
