@@ -10,9 +10,23 @@
 #include <algorithm>
 #include <numeric>
 
+#include "capture/FieldReader.hpp"
+#include "capture/Layout.hpp"
 #include "bytes/Wire.hpp"
 
 namespace corvane::inspect {
+namespace {
+
+template <typename Entry>
+void ReadEach(Bytes bytes, std::vector<Entry>& entries) {
+  ByteReader reader(bytes);
+  FieldReader fields(reader);
+  for (Entry& entry : entries) {
+    Fields(fields, entry);
+  }
+}
+
+}  // namespace
 
 std::optional<Directory> DecodeDirectory(Bytes payload, Findings& findings) {
   ByteReader reader(payload);
@@ -29,12 +43,8 @@ std::optional<Directory> DecodeDirectory(Bytes payload, Findings& findings) {
   const Bytes summed = payload.first(std::min<std::size_t>(directory.Length, payload.size()));
   directory.Sum = std::accumulate(summed.begin(), summed.end(), std::uint8_t{0},
                                   [](std::uint8_t sum, std::uint8_t byte) -> std::uint8_t { return sum + byte; });
-  const std::size_t count = std::min<std::size_t>(wire.EntryCount, TABLE_DIRECTORY_ENTRY_CAPACITY);
-  for (std::size_t i = 0; i < count; ++i) {
-    const TableDirectoryEntry entry = wire.Entries[i];
-    directory.Entries.push_back(
-        {entry.TableType, entry.SubType, entry.Format, entry.TableId, entry.Length, entry.AddressLow});
-  }
+  directory.Entries.resize(std::min<std::size_t>(wire.EntryCount, TABLE_DIRECTORY_ENTRY_CAPACITY));
+  ReadEach(payload.subspan(offsetof(TableDirectory, Entries)), directory.Entries);
   if (directory.Signature != "$ACI" || directory.Content != "PLDM" || directory.Version != 1) {
     findings.Add("directory-head", "the directory does not begin as \"$ACI\", version 1, \"PLDM\"");
   }
@@ -55,12 +65,8 @@ std::optional<std::vector<Descriptor>> DecodeDescriptors(Bytes payload, Findings
                  TABLE_DESCRIPTOR_COUNT * sizeof(TableDescriptor));
     return std::nullopt;
   }
-  std::vector<Descriptor> descriptors;
-  for (ByteReader reader(payload); reader.Left() > 0;) {
-    const auto wire = reader.Read<TableDescriptor>();
-    descriptors.push_back({wire.Data, wire.TableType, wire.TableIndex, wire.Limit, wire.Capacity, wire.Used,
-                           wire.EntryCount, wire.Checksum, wire.PadLength, wire.Finished, wire.Reserved});
-  }
+  std::vector<Descriptor> descriptors(TABLE_DESCRIPTOR_COUNT);
+  ReadEach(payload, descriptors);
   return descriptors;
 }
 

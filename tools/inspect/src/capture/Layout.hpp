@@ -1,9 +1,9 @@
 /** @file
-  The fields of each wire structure in wire order, told once for whoever writes bytes, writes JSON or reads JSON.
+  The fields of each wire structure in wire order. Reading and writing of bytes and of JSON share this description.
 
   An archive has Number, Flag (a byte), List (a byte with the count first), Array (a count known beforehand), Padded (a
   count, then a fixed number of bytes), Text (UINT16 length, 8-bit characters), Terminated (8-bit characters and a
-zero), WideText (UINT16 length in bytes, UCS-2) and Reserved (zeros).
+zero), WideText (UINT16 length in bytes, UCS-2) and Reserved (zeros). kWrites tells writers from readers.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,8 +11,8 @@ zero), WideText (UINT16 length in bytes, UCS-2) and Reserved (zeros).
 
 #pragma once
 
-#include "capture/Directory.hpp"
 #include "bytes/Overloaded.hpp"
+#include "capture/Directory.hpp"
 #include "capture/Stream.hpp"
 #include "capture/Tables.hpp"
 
@@ -35,6 +35,15 @@ template <typename Archive>
 void Fields(Archive& archive, TextEntry& entry) {
   archive.Number("handle", entry.Handle);
   archive.WideText("text", entry.Text);
+}
+
+template <typename Archive>
+void BoundsFields(Archive&, std::monostate&) {}
+
+template <typename Archive>
+void BoundsFields(Archive& archive, EnumerationBounds& bounds) {
+  archive.List("possible", bounds.Names);
+  archive.List("defaultIndices", bounds.Defaults);
 }
 
 template <typename Archive>
@@ -83,24 +92,11 @@ void Fields(Archive& archive, AttributeEntry& entry) {
   if constexpr (!Archive::kWrites) {
     entry.Bounds = EmptyBounds(entry.Type);
   }
-  std::visit(Overloaded{
-                 [](std::monostate&) {},
-                 [&](EnumerationBounds& bounds) {
-                   archive.List("possible", bounds.Names);
-                   archive.List("defaultIndices", bounds.Defaults);
-                 },
-                 [&](auto& bounds) { BoundsFields(archive, bounds); },
-             },
-             entry.Bounds);
+  std::visit([&](auto& bounds) { BoundsFields(archive, bounds); }, entry.Bounds);
 }
 
 template <typename Archive>
-void Fields(Archive& archive, ValueEntry& entry) {
-  archive.Number("handle", entry.Handle);
-  archive.Number("type", entry.Type);
-  if constexpr (!Archive::kWrites) {
-    entry.Value = EmptyValue(entry.Type);
-  }
+void ValueFields(Archive& archive, Value& any) {
   std::visit(Overloaded{
                  [](std::monostate&) {},
                  [&](EnumerationValue& value) { archive.List("indices", value.Indices); },
@@ -115,8 +111,21 @@ void Fields(Archive& archive, ValueEntry& entry) {
                  [&](CollectionValue& value) { archive.List("members", value.Members); },
                  [&](ConfigurationSetValue& value) { archive.Number("index", value.Index); },
              },
-             entry.Value);
+             any);
 }
+
+template <typename Archive>
+void Fields(Archive& archive, ValueEntry& entry) {
+  archive.Number("handle", entry.Handle);
+  archive.Number("type", entry.Type);
+  if constexpr (!Archive::kWrites) {
+    entry.Value = EmptyValue(entry.Type);
+  }
+  ValueFields(archive, entry.Value);
+}
+
+template <typename Archive>
+void BodyFields(Archive&, StreamRecord&, std::monostate&) {}
 
 template <typename Archive>
 void BodyFields(Archive& archive, StreamRecord& record, EnumerationBounds& bounds) {
@@ -177,11 +186,7 @@ void Fields(Archive& archive, StreamRecord& record) {
     record.Attribute.Bounds = EmptyBounds(record.Attribute.Type);
     record.Value = EmptyValue(record.Attribute.Type);
   }
-  std::visit(Overloaded{
-                 [](std::monostate&) {},
-                 [&](auto& bounds) { BodyFields(archive, record, bounds); },
-             },
-             record.Attribute.Bounds);
+  std::visit([&](auto& bounds) { BodyFields(archive, record, bounds); }, record.Attribute.Bounds);
 }
 
 template <typename Archive>

@@ -7,67 +7,14 @@
 
 #include "capture/Stream.hpp"
 
+#include "capture/FieldReader.hpp"
+#include "capture/Layout.hpp"
 #include "bytes/Wire.hpp"
 
 namespace corvane::inspect {
 namespace {
 
 constexpr std::uint64_t kSlotLimit = 256;  // the stream visits no slot above 255
-
-std::string ReadTerminated(ByteReader& reader) {
-  const Bytes rest = reader.Rest();
-  const auto end = std::find(rest.begin(), rest.end(), std::uint8_t{0});
-  const Bytes text = reader.Take(static_cast<std::size_t>(end - rest.begin()));
-  reader.Take(1);  // fails where there is no terminator
-  return std::string(text.begin(), text.end());
-}
-
-void ReadBody(ByteReader& reader, StreamRecord& record, TextForm form) {
-  switch (BaseType{BaseTypeOf(record.Attribute.Type)}) {
-    case BaseType::Enumeration: {
-      EnumerationBounds bounds;
-      const auto count = reader.Read<std::uint8_t>();
-      bounds.Names = ReadMany<std::uint16_t>(reader, count);
-      record.PlatformValues = ReadMany<std::uint64_t>(reader, count);
-      bounds.Defaults = {reader.Read<std::uint8_t>()};
-      record.Value = EnumerationValue{{reader.Read<std::uint8_t>()}};
-      record.Attribute.Bounds = std::move(bounds);
-      return;
-    }
-    case BaseType::String:
-      record.Attribute.Bounds = ReadLengthBounds(reader);
-      record.Value = StringValue{form == TextForm::Terminated ? ReadTerminated(reader)
-                                                              : ReadText(reader, reader.Read<std::uint16_t>())};
-      return;
-    case BaseType::Password:
-      record.Attribute.Bounds = ReadLengthBounds(reader);
-      record.PasswordInstalled = reader.Read<std::uint8_t>() != 0;
-      return;
-    case BaseType::Integer:
-      record.Attribute.Bounds = ReadIntegerBounds(reader);
-      record.Value = IntegerValue{reader.Read<std::uint64_t>()};
-      return;
-    case BaseType::BootConfiguration: {
-      record.Attribute.Bounds = ReadBootBounds(reader);
-      BootValue value;
-      value.ConfigType = reader.Read<std::uint8_t>();
-      value.Mode = reader.Read<std::uint8_t>();
-      const std::size_t count = reader.Read<std::uint8_t>();
-      value.Order = ReadMany<std::uint8_t>(reader, BOOT_SOURCE_ORDER_CAPACITY);
-      value.Order.resize(std::min(count, value.Order.size()));
-      record.Value = std::move(value);
-      return;
-    }
-    case BaseType::Collection:
-      record.Attribute.Bounds = CollectionBounds{reader.Read<std::array<std::uint8_t, 4>>()};
-      record.Value = CollectionValue{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
-      return;
-    case BaseType::ConfigurationSet:
-      record.Attribute.Bounds = ConfigurationSetBounds{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
-      record.Value = ConfigurationSetValue{reader.Read<std::uint8_t>()};
-      return;
-  }
-}
 
 // A slot of an unknown type leaves no byte in the stream, so a record may be ahead of the slots counted.
 bool IsRecordOf(const AttributeRecord& head, std::uint64_t slot, std::uint64_t slots) {
@@ -100,14 +47,9 @@ bool ReadSlots(ByteReader& reader, std::uint64_t slots, Stream& stream) {
 }  // namespace
 
 StreamRecord ReadRecord(ByteReader& reader, TextForm form) {
-  const auto head = reader.Read<AttributeRecord>();
   StreamRecord record;
-  record.Attribute.Handle = head.Handle;
-  record.Attribute.Type = head.Type;
-  record.Attribute.NameHandle = head.NameHandle;
-  record.ValueSize = head.ValueSize;
-  record.Token = head.Token;
-  ReadBody(reader, record, form);
+  FieldReader fields(reader, form);
+  Fields(fields, record);
   return record;
 }
 

@@ -15,7 +15,7 @@ namespace corvane::inspect {
 
 struct StreamRecord {
   AttributeEntry Attribute;  // as the attribute table should have it
-  inspect::Value Value;      // as the value table should have it; empty for a password
+  inspect::Value Value;      // as the value table should have it
   std::uint16_t ValueSize = 0;
   std::uint32_t Token = 0;
   std::vector<std::uint64_t> PlatformValues;  // of an enumeration, parallel to its names

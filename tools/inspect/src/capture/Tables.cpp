@@ -8,6 +8,8 @@
 #include "capture/Tables.hpp"
 
 #include "bytes/Text.hpp"
+#include "capture/FieldReader.hpp"
+#include "capture/Layout.hpp"
 #include "bytes/Wire.hpp"
 
 namespace corvane::inspect {
@@ -46,13 +48,15 @@ Bytes OpenFrame(TableId id, Bytes content, TableFrame& frame, Findings& findings
   return body;
 }
 
-template <typename Entry, typename ReadEntry>
-void ReadEntries(TableId id, ByteReader& reader, Table<Entry>& table, ReadEntry readEntry, Findings& findings) {
+template <typename Entry>
+void ReadEntries(TableId id, ByteReader& reader, Table<Entry>& table, Findings& findings) {
   const char* name = KindOf(id).Name;
   while (!IsPad(reader.Rest())) {
     const std::size_t offset = reader.Offset();
     const std::size_t before = reader.Left();
-    Entry entry = readEntry(reader);
+    Entry entry;
+    FieldReader fields(reader);
+    Fields(fields, entry);
     if (!reader.Ok()) {
       table.Frame.Sound = false;
       findings.Add("table-malformed", "the {} table breaks off within entry {} at offset {}", name,
@@ -70,81 +74,11 @@ void ReadEntries(TableId id, ByteReader& reader, Table<Entry>& table, ReadEntry 
   table.Frame.Pad = reader.Left();
 }
 
-StringEntry ReadStringEntry(ByteReader& reader) {
-  const auto head = reader.Read<PLDM_BIOS_STRING_ENTRY>();
-  const std::uint16_t length = head.StringLength;
-  return {head.StringHandle, ReadText(reader, length)};
-}
-
-TextEntry ReadTextEntry(ByteReader& reader) {
-  const auto handle = reader.Read<std::uint16_t>();
-  const auto length = reader.Read<std::uint16_t>();
-  return {handle, Ucs2FromBytes(reader.Take(length))};
-}
-
-Bounds ReadBounds(ByteReader& reader, std::uint8_t type) {
-  switch (BaseType{BaseTypeOf(type)}) {
-    case BaseType::Enumeration: {
-      EnumerationBounds bounds;
-      bounds.Names = ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>());
-      bounds.Defaults = ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>());
-      return bounds;
-    }
-    case BaseType::String:
-    case BaseType::Password:
-      return ReadLengthBounds(reader);
-    case BaseType::Integer:
-      return ReadIntegerBounds(reader);
-    case BaseType::BootConfiguration:
-      return ReadBootBounds(reader);
-    case BaseType::Collection:
-      return CollectionBounds{reader.Read<std::array<std::uint8_t, 4>>()};
-    case BaseType::ConfigurationSet:
-      return ConfigurationSetBounds{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
-  }
-  return std::monostate{};  // nothing follows the head of an unknown type
-}
-
-AttributeEntry ReadAttributeEntry(ByteReader& reader) {
-  const auto head = reader.Read<PLDM_BIOS_ATTRIBUTE_ENTRY>();
-  return {head.AttributeHandle, head.AttributeType, head.AttributeNameHandle, ReadBounds(reader, head.AttributeType)};
-}
-
-Value ReadValue(ByteReader& reader, std::uint8_t type) {
-  switch (BaseType{BaseTypeOf(type)}) {
-    case BaseType::Enumeration:
-      return EnumerationValue{ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>())};
-    case BaseType::String:
-      return StringValue{ReadText(reader, reader.Read<std::uint16_t>())};
-    case BaseType::Password:
-      return PasswordValue{ReadText(reader, reader.Read<std::uint16_t>())};
-    case BaseType::Integer:
-      return IntegerValue{reader.Read<std::uint64_t>()};
-    case BaseType::BootConfiguration: {
-      BootValue value;
-      value.ConfigType = reader.Read<std::uint8_t>();
-      value.Mode = reader.Read<std::uint8_t>();
-      value.Order = ReadMany<std::uint8_t>(reader, reader.Read<std::uint8_t>());
-      return value;
-    }
-    case BaseType::Collection:
-      return CollectionValue{ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>())};
-    case BaseType::ConfigurationSet:
-      return ConfigurationSetValue{reader.Read<std::uint8_t>()};
-  }
-  return std::monostate{};
-}
-
-ValueEntry ReadValueEntry(ByteReader& reader) {
-  const auto head = reader.Read<PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY>();
-  return {head.AttributeHandle, head.AttributeType, ReadValue(reader, head.AttributeType)};
-}
-
-template <typename Entry, typename ReadEntry>
-Table<Entry> DecodeTable(TableId id, Bytes content, ReadEntry readEntry, Findings& findings) {
+template <typename Entry>
+Table<Entry> DecodeTable(TableId id, Bytes content, Findings& findings) {
   Table<Entry> table;
   ByteReader reader(OpenFrame(id, content, table.Frame, findings));
-  ReadEntries(id, reader, table, readEntry, findings);
+  ReadEntries(id, reader, table, findings);
   return table;
 }
 
@@ -186,44 +120,55 @@ std::uint32_t Crc32(Bytes bytes) {
   return ~crc;
 }
 
-LengthBounds ReadLengthBounds(ByteReader& reader) {
-  LengthBounds bounds;
-  bounds.Subtype = reader.Read<std::uint8_t>();
-  bounds.Minimum = reader.Read<std::uint16_t>();
-  bounds.Maximum = reader.Read<std::uint16_t>();
-  bounds.DefaultLength = reader.Read<std::uint16_t>();
-  return bounds;
+Bounds EmptyBounds(std::uint8_t type) {
+  switch (BaseType{BaseTypeOf(type)}) {
+    case BaseType::Enumeration:
+      return EnumerationBounds{};
+    case BaseType::String:
+    case BaseType::Password:
+      return LengthBounds{};
+    case BaseType::Integer:
+      return IntegerBounds{};
+    case BaseType::BootConfiguration:
+      return BootBounds{};
+    case BaseType::Collection:
+      return CollectionBounds{};
+    case BaseType::ConfigurationSet:
+      return ConfigurationSetBounds{};
+  }
+  return std::monostate{};
 }
 
-IntegerBounds ReadIntegerBounds(ByteReader& reader) {
-  IntegerBounds bounds;
-  bounds.Lower = reader.Read<std::uint64_t>();
-  bounds.Upper = reader.Read<std::uint64_t>();
-  bounds.Step = reader.Read<std::uint32_t>();
-  bounds.Default = reader.Read<std::uint64_t>();
-  return bounds;
-}
-
-BootBounds ReadBootBounds(ByteReader& reader) {
-  BootBounds bounds;
-  bounds.ConfigType = reader.Read<std::uint8_t>();
-  bounds.Modes = reader.Read<std::uint8_t>();
-  bounds.MinimumSources = reader.Read<std::uint8_t>();
-  bounds.MaximumSources = reader.Read<std::uint8_t>();
-  bounds.Sources = ReadMany<std::uint16_t>(reader, reader.Read<std::uint8_t>());
-  return bounds;
+Value EmptyValue(std::uint8_t type) {
+  switch (BaseType{BaseTypeOf(type)}) {
+    case BaseType::Enumeration:
+      return EnumerationValue{};
+    case BaseType::String:
+      return StringValue{};
+    case BaseType::Password:
+      return PasswordValue{};
+    case BaseType::Integer:
+      return IntegerValue{};
+    case BaseType::BootConfiguration:
+      return BootValue{};
+    case BaseType::Collection:
+      return CollectionValue{};
+    case BaseType::ConfigurationSet:
+      return ConfigurationSetValue{};
+  }
+  return std::monostate{};
 }
 
 Table<StringEntry> DecodeStringTable(Bytes content, Findings& findings) {
-  return DecodeTable<StringEntry>(TableId::Strings, content, ReadStringEntry, findings);
+  return DecodeTable<StringEntry>(TableId::Strings, content, findings);
 }
 
 Table<AttributeEntry> DecodeAttributeTable(Bytes content, Findings& findings) {
-  return DecodeTable<AttributeEntry>(TableId::Attributes, content, ReadAttributeEntry, findings);
+  return DecodeTable<AttributeEntry>(TableId::Attributes, content, findings);
 }
 
 Table<ValueEntry> DecodeValueTable(Bytes content, Findings& findings) {
-  return DecodeTable<ValueEntry>(TableId::Values, content, ReadValueEntry, findings);
+  return DecodeTable<ValueEntry>(TableId::Values, content, findings);
 }
 
 TextTable DecodeTextTable(TableId id, Bytes content, Findings& findings) {
@@ -240,8 +185,25 @@ TextTable DecodeTextTable(TableId id, Bytes content, Findings& findings) {
     findings.Add("table-language", "the {} table is tagged {}", KindOf(id).Name,
                  QuoteUtf8(Utf8FromUcs2(table.Language)));
   }
-  ReadEntries(id, reader, table, ReadTextEntry, findings);
+  ReadEntries(id, reader, table, findings);
   return table;
+}
+
+TableMeasure MeasureTable(TableId id, Bytes content) {
+  Findings ignored;
+  const auto measure = [](const auto& table) { return TableMeasure{table.Frame, table.Entries.size()}; };
+  switch (id) {
+    case TableId::Strings:
+      return measure(DecodeStringTable(content, ignored));
+    case TableId::Attributes:
+      return measure(DecodeAttributeTable(content, ignored));
+    case TableId::Values:
+      return measure(DecodeValueTable(content, ignored));
+    case TableId::Display:
+    case TableId::Help:
+      return measure(DecodeTextTable(id, content, ignored));
+  }
+  return {};
 }
 
 }  // namespace corvane::inspect

@@ -187,6 +187,12 @@ Table<AttributeEntry> DecodeAttributeTable(Bytes content, Findings& findings);
 Table<ValueEntry> DecodeValueTable(Bytes content, Findings& findings);
 TextTable DecodeTextTable(TableId id, Bytes content, Findings& findings);
 
+struct TableMeasure {
+  TableFrame Frame;
+  std::size_t Entries = 0;
+};
+TableMeasure MeasureTable(TableId id, Bytes content);
+
 std::uint32_t Crc32(Bytes bytes);
 
 // `count` little-endian integers; fewer than announced never come back without the reader having failed.
@@ -200,14 +206,18 @@ std::vector<T> ReadMany(ByteReader& reader, std::size_t count) {
   return values;
 }
 
-// Bounds that an attribute entry and a record of the attribute stream have alike.
-LengthBounds ReadLengthBounds(ByteReader& reader);
-IntegerBounds ReadIntegerBounds(ByteReader& reader);
-BootBounds ReadBootBounds(ByteReader& reader);
-
 inline std::string ReadText(ByteReader& reader, std::size_t length) {
   const Bytes bytes = reader.Take(length);
   return std::string(bytes.begin(), bytes.end());
+}
+
+// Text up to a zero byte, which is taken too. The reader fails where there is none.
+inline std::string ReadTerminated(ByteReader& reader) {
+  const Bytes rest = reader.Rest();
+  const auto end = std::find(rest.begin(), rest.end(), std::uint8_t{0});
+  const Bytes text = reader.Take(static_cast<std::size_t>(end - rest.begin()));
+  reader.Take(1);
+  return std::string(text.begin(), text.end());
 }
 
 }  // namespace corvane::inspect

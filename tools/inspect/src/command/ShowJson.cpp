@@ -7,9 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "bytes/Overloaded.hpp"
-#include "command/Show.hpp"
 #include "bytes/Text.hpp"
+#include "command/Show.hpp"
+#include "export/JsonWriter.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -34,65 +34,40 @@ Json NamesAsJson(const Image& image, const std::vector<std::uint16_t>& handles,
   return names;
 }
 
-void AddBounds(const Image& image, const Bounds& bounds, const std::vector<std::uint64_t>& platformValues, Json& to) {
-  std::visit(Overloaded{
-                 [](const std::monostate&) {},
-                 [&](const EnumerationBounds& value) {
-                   to["possible"] = NamesAsJson(image, value.Names, platformValues);
-                   to["defaultIndices"] = value.Defaults;
-                 },
-                 [&](const LengthBounds& value) {
-                   to["subtype"] = value.Subtype;
-                   to["minLength"] = value.Minimum;
-                   to["maxLength"] = value.Maximum;
-                   to["defaultLength"] = value.DefaultLength;
-                 },
-                 [&](const IntegerBounds& value) {
-                   to["lower"] = value.Lower;
-                   to["upper"] = value.Upper;
-                   to["step"] = value.Step;
-                   to["default"] = value.Default;
-                 },
-                 [&](const BootBounds& value) {
-                   to["bootConfigType"] = value.ConfigType;
-                   to["supportedModes"] = value.Modes;
-                   to["minSources"] = value.MinimumSources;
-                   to["maxSources"] = value.MaximumSources;
-                   to["possible"] = NamesAsJson(image, value.Sources);
-                 },
-                 [&](const CollectionBounds& value) { to["collectionInfo"] = value.Info; },
-                 [&](const ConfigurationSetBounds& value) { to["possible"] = NamesAsJson(image, value.Names); },
-             },
-             bounds);
+// Shows names in place of string handles.
+class ShowWriter : public JsonWriter {
+ public:
+  ShowWriter(const Image& image, const std::vector<std::uint64_t>& platformValues)
+      : image_(image), platformValues_(platformValues) {}
+
+  template <typename T>
+  void Number(const char* key, const T& value) {
+    std::string_view(key).starts_with("information") ? Object["collectionInfo"].push_back(value)
+                                                     : void(Object[key] = value);
+  }
+  void List(const char* key, const std::vector<std::uint16_t>& handles) {
+    Object[key] = NamesAsJson(image_, handles, platformValues_);
+  }
+  void List(const char* key, const std::vector<std::uint8_t>& indices) { Object[key] = indices; }
+
+ private:
+  const Image& image_;
+  const std::vector<std::uint64_t>& platformValues_;
+};
+
+void AddBounds(const Image& image, Bounds bounds, const std::vector<std::uint64_t>& platformValues, Json& to) {
+  ShowWriter writer(image, platformValues);
+  std::visit([&writer](auto& alternative) { BoundsFields(writer, alternative); }, bounds);
+  to.update(writer.Object);
 }
 
-Json ValueAsJson(const Value& value) {
-  return std::visit(
-      Overloaded{
-          [](const std::monostate&) { return Json::object(); },
-          [](const EnumerationValue& current) {
-            return Json{{"indices", current.Indices}};
-          },
-          [](const StringValue& current) {
-            return Json{{"text", Utf8FromLatin1(current.Text)}};
-          },
-          [](const PasswordValue& current) {
-            return Json{{"length", current.Text.size()}};
-          },
-          [](const IntegerValue& current) {
-            return Json{{"value", current.Value}};
-          },
-          [](const BootValue& current) {
-            return Json{{"bootConfigType", current.ConfigType}, {"mode", current.Mode}, {"order", current.Order}};
-          },
-          [](const CollectionValue& current) {
-            return Json{{"members", current.Members}};
-          },
-          [](const ConfigurationSetValue& current) {
-            return Json{{"index", current.Index}};
-          },
-      },
-      value);
+Json ValueAsJson(Value value) {
+  if (const auto* password = std::get_if<PasswordValue>(&value)) {
+    return {{"length", password->Text.size()}};
+  }
+  JsonWriter writer;
+  ValueFields(writer, value);
+  return std::move(writer.Object);
 }
 
 Json AttributeHead(const Image& image, const AttributeEntry& attribute) {
@@ -171,14 +146,6 @@ Json TablesAsJson(const Image& image) {
   return tables;
 }
 
-Json StringsAsJson(const Image& image) {
-  Json strings = Json::array();
-  for (const StringEntry& entry : image.Strings.Entries) {
-    strings.push_back({{"handle", entry.Handle}, {"text", Utf8FromLatin1(entry.Text)}});
-  }
-  return strings;
-}
-
 Json ValuesAsJson(const Image& image) {
   Json values = Json::array();
   for (const ValueEntry& entry : image.Values.Entries) {
@@ -194,53 +161,19 @@ Json TextsAsJson(const std::optional<TextTable>& table) {
   if (!table) {
     return {};
   }
-  Json entries = Json::array();
-  for (const TextEntry& entry : table->Entries) {
-    entries.push_back({{"handle", entry.Handle}, {"text", Utf8FromUcs2(entry.Text)}});
-  }
-  return {{"language", Utf8FromUcs2(table->Language)}, {"entries", std::move(entries)}};
+  return {{"language", Utf8FromUcs2(table->Language)}, {"entries", EntriesAsJson(table->Entries)}};
 }
 
 Json DirectoryAsJson(const std::optional<Directory>& directory) {
   if (!directory) {
     return {};
   }
-  Json entries = Json::array();
-  for (const DirectoryEntry& entry : directory->Entries) {
-    entries.push_back({{"tableType", entry.TableType},
-                       {"subType", entry.SubType},
-                       {"format", entry.Format},
-                       {"tableId", entry.TableId},
-                       {"length", entry.Length},
-                       {"addressLow", entry.AddressLow}});
-  }
   return {{"signature", Utf8FromLatin1(directory->Signature)},
           {"version", directory->Version},
           {"content", Utf8FromLatin1(directory->Content)},
           {"length", directory->Length},
           {"checksumOk", directory->Sum == 0},
-          {"entries", std::move(entries)}};
-}
-
-Json DescriptorsAsJson(const std::optional<std::vector<Descriptor>>& descriptors) {
-  if (!descriptors) {
-    return {};
-  }
-  Json list = Json::array();
-  for (const Descriptor& descriptor : *descriptors) {
-    list.push_back({{"data", descriptor.Data},
-                    {"tableType", descriptor.TableType},
-                    {"tableIndex", descriptor.TableIndex},
-                    {"limit", descriptor.Limit},
-                    {"capacity", descriptor.Capacity},
-                    {"used", descriptor.Used},
-                    {"entryCount", descriptor.EntryCount},
-                    {"checksum", descriptor.Checksum},
-                    {"padLength", descriptor.PadLength},
-                    {"finished", descriptor.Finished},
-                    {"reserved", descriptor.Reserved}});
-  }
-  return list;
+          {"entries", EntriesAsJson(directory->Entries)}};
 }
 
 Json StreamAsJson(const Image& image) {
@@ -290,12 +223,12 @@ std::string ImageAsJson(const Image& image, const Pairing& pairing) {
   return Dump({{"attributes", std::move(attributes)},
                {"pairing", PairingAsJson(pairing)},
                {"tables", TablesAsJson(image)},
-               {"strings", StringsAsJson(image)},
+               {"strings", EntriesAsJson(image.Strings.Entries)},
                {"values", ValuesAsJson(image)},
                {"displayTexts", TextsAsJson(image.Display)},
                {"helpTexts", TextsAsJson(image.Help)},
                {"directory", DirectoryAsJson(image.Directory)},
-               {"descriptors", DescriptorsAsJson(image.Descriptors)},
+               {"descriptors", image.Descriptors ? EntriesAsJson(*image.Descriptors) : Json()},
                {"stream", StreamAsJson(image)},
                {"findings", FindingsAsJson(image.Findings)}});
 }

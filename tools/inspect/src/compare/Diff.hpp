@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
-#include "capture/Catalog.hpp"
 #include "bytes/Style.hpp"
+#include "capture/Catalog.hpp"
 
 namespace corvane::inspect {
 

@@ -7,51 +7,17 @@
 
 #include "export/Export.hpp"
 
+#include <nlohmann/json.hpp>
+
+#include "bytes/Text.hpp"
 #include "capture/Capture.hpp"
 #include "capture/Layout.hpp"
-#include "bytes/Text.hpp"
+#include "export/JsonWriter.hpp"
 
 namespace corvane::inspect {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-class JsonWriter {
- public:
-  static constexpr bool kWrites = true;
-
-  template <typename T>
-  void Number(const char* key, const T& value) {
-    Object[key] = value;
-  }
-  void Flag(const char* key, bool value) { Object[key] = value; }
-  template <typename T>
-  void List(const char* key, const std::vector<T>& values) {
-    Object[key] = values;
-  }
-  template <typename T>
-  void Array(const char* key, const std::vector<T>& values, std::size_t) {
-    Object[key] = values;
-  }
-  void Padded(const char* key, const std::vector<std::uint8_t>& values, std::size_t) { Object[key] = values; }
-  void Text(const char* key, const std::string& text) { Object[key] = Utf8FromLatin1(text); }
-  void Terminated(const char* key, const std::string& text) { Text(key, text); }
-  void WideText(const char* key, const std::u16string& text) { Object[key] = Utf8FromUcs2(text); }
-  void Reserved(std::size_t) {}
-
-  Json Object = Json::object();
-};
-
-template <typename Entries>
-Json EntriesAsJson(Entries entries) {
-  Json list = Json::array();
-  for (auto& entry : entries) {
-    JsonWriter writer;
-    Fields(writer, entry);
-    list.push_back(std::move(writer.Object));
-  }
-  return list;
-}
 
 // Whatever is wrong shows when the bytes are made again, so nobody looks at the findings.
 Json PayloadAsJson(std::size_t type, Bytes payload) {
@@ -134,6 +100,9 @@ std::string ExportJson(Bytes capture, bool ofCache) {
   Json json{{"format", kExportFormat}, {"version", kExportVersion}};
   if (ofCache) {
     json["cache"] = true;
+  }
+  if (std::ranges::equal(FollowTables({capture.begin(), capture.end()}), capture)) {
+    json["followTables"] = true;
   }
   json["records"] = Json::array();
   std::size_t end = 0;

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "bytes/ByteReader.hpp"
 
@@ -24,11 +24,16 @@ inline constexpr int kExportVersion = 1;
 inline constexpr const char* kExportRecords[] = {"directory", "descriptors", "strings", "attributes",
                                                  "values",    "display",     "help",    "stream"};
 
-// Nothing is lost: a record whose bytes do not come out of its fields again is exported as its bytes.
+// Nothing is lost: a record whose bytes do not come out of its fields again is exported as its bytes. "followTables" is
+// true where directory and descriptors agree with the tables: they will then agree with edited tables too.
 // `ofCache`: the capture was made of a cache, and is taken for one again.
 std::string ExportJson(Bytes capture, bool ofCache = false);
 
 bool LooksLikeExport(Bytes content);
+
+// The capture with lengths, counts, pads and checksums in its directory and descriptors as its tables have them. A
+// capture without these parts stays as it is.
+std::vector<std::uint8_t> FollowTables(std::vector<std::uint8_t> capture);
 
 // The capture; throws UnusableInput with the place in the document that it cannot use.
 std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache = nullptr);

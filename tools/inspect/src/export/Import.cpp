@@ -10,11 +10,13 @@
 #include <limits>
 #include <numeric>
 
+#include <nlohmann/json.hpp>
+
 #include "bytes/ByteWriter.hpp"
-#include "capture/Capture.hpp"
-#include "export/Export.hpp"
-#include "capture/Layout.hpp"
 #include "bytes/Text.hpp"
+#include "capture/Capture.hpp"
+#include "capture/Layout.hpp"
+#include "export/Export.hpp"
 #include "bytes/Wire.hpp"
 
 namespace corvane::inspect {
@@ -171,25 +173,29 @@ void PutFixed(const JsonReader& reader, const char* key, std::size_t size, ByteW
   writer.Append(text);
 }
 
+// The byte that makes the announced length of a directory sum to 0, while the byte itself is 0.
+std::uint8_t ChecksumOf(Bytes directory) {
+  const std::uint16_t length = ByteReader(directory).Read<TableDirectory>().Length;
+  const Bytes summed = directory.first(std::min<std::size_t>(length, directory.size()));
+  return static_cast<std::uint8_t>(-std::accumulate(summed.begin(), summed.end(), 0));
+}
+
 Buffer ImportDirectory(const JsonReader& reader) {
   ByteWriter writer;
   PutFixed(reader, "signature", sizeof(TableDirectory::Signature), writer);
   writer.Put(reader.Get<std::uint8_t>("version"));
   writer.Reserved(sizeof(TableDirectory::Reserved0));
   PutFixed(reader, "content", sizeof(TableDirectory::Content), writer);
-  const auto length = reader.Get<std::uint16_t>("length");
+  writer.Put(reader.Get<std::uint16_t>("length"));
   const std::size_t count = reader.ArrayOf("entries").size();
   if (count > TABLE_DIRECTORY_ENTRY_CAPACITY) {
     Fail(reader.Where("entries"), fmt::format("has more than {} items", TABLE_DIRECTORY_ENTRY_CAPACITY));
   }
-  writer.Put(length);
   writer.Reserved(sizeof(TableDirectory::Reserved1) + sizeof(TableDirectory::Checksum));
   writer.Put(static_cast<std::uint8_t>(count));
   CopyEntries<DirectoryEntry>(reader, writer);
   writer.Content.resize(sizeof(TableDirectory));
-  const auto end = writer.Content.begin() + std::min<std::ptrdiff_t>(length, sizeof(TableDirectory));
-  writer.Content[offsetof(TableDirectory, Checksum)] =
-      static_cast<std::uint8_t>(-std::accumulate(writer.Content.begin(), end, 0));
+  writer.Content[offsetof(TableDirectory, Checksum)] = ChecksumOf(writer.Content);
   return writer.Content;
 }
 
@@ -269,45 +275,6 @@ void PutHeader(std::size_t length, std::uint8_t type, ByteWriter& writer) {
 
 }  // namespace
 
-Bounds EmptyBounds(std::uint8_t type) {
-  switch (BaseType{BaseTypeOf(type)}) {
-    case BaseType::Enumeration:
-      return EnumerationBounds{};
-    case BaseType::String:
-    case BaseType::Password:
-      return LengthBounds{};
-    case BaseType::Integer:
-      return IntegerBounds{};
-    case BaseType::BootConfiguration:
-      return BootBounds{};
-    case BaseType::Collection:
-      return CollectionBounds{};
-    case BaseType::ConfigurationSet:
-      return ConfigurationSetBounds{};
-  }
-  return std::monostate{};
-}
-
-Value EmptyValue(std::uint8_t type) {
-  switch (BaseType{BaseTypeOf(type)}) {
-    case BaseType::Enumeration:
-      return EnumerationValue{};
-    case BaseType::String:
-      return StringValue{};
-    case BaseType::Password:
-      return PasswordValue{};
-    case BaseType::Integer:
-      return IntegerValue{};
-    case BaseType::BootConfiguration:
-      return BootValue{};
-    case BaseType::Collection:
-      return CollectionValue{};
-    case BaseType::ConfigurationSet:
-      return ConfigurationSetValue{};
-  }
-  return std::monostate{};
-}
-
 std::vector<std::uint8_t> ImportPayload(const nlohmann::ordered_json& record, const std::string& where) {
   const JsonReader reader(record, where);
   const std::uint8_t type = RecordTypeOf(reader);
@@ -342,6 +309,45 @@ std::vector<std::uint8_t> ImportPayload(const nlohmann::ordered_json& record, co
   return writer.Content;
 }
 
+Buffer FollowTables(Buffer capture) {
+  RecordPayloads payloads;
+  try {
+    Findings findings;
+    payloads = SplitCapture(capture, findings);
+  } catch (const UnusableInput&) {
+    return capture;
+  }
+  // Writes a field of a record, if the record has it.
+  const auto put = [&](std::size_t type, std::size_t offset, auto value) {
+    if (payloads[type] && payloads[type]->size() >= offset + sizeof(value)) {
+      const std::ptrdiff_t place = payloads[type]->data() - capture.data();
+      std::memcpy(capture.data() + place + offset, &value, sizeof(value));
+    }
+  };
+  std::size_t entry = offsetof(TableDirectory, Entries);
+  for (const TableKind& kind : kTableKinds) {
+    if (payloads[kind.Record]) {
+      const auto [frame, count] = MeasureTable(kind.Id, *payloads[kind.Record]);
+      const auto length = static_cast<std::uint16_t>(frame.Content.size());
+      const std::size_t descriptor = kind.Descriptor * sizeof(TableDescriptor);
+      put(TRANSPORT_RECORD_DIRECTORY, entry + offsetof(TableDirectoryEntry, Length), length);
+      put(TRANSPORT_RECORD_DESCRIPTORS, descriptor + offsetof(TableDescriptor, Limit), length);
+      put(TRANSPORT_RECORD_DESCRIPTORS, descriptor + offsetof(TableDescriptor, EntryCount),
+          static_cast<std::uint16_t>(count));
+      put(TRANSPORT_RECORD_DESCRIPTORS, descriptor + offsetof(TableDescriptor, Checksum), frame.StoredCrc);
+      put(TRANSPORT_RECORD_DESCRIPTORS, descriptor + offsetof(TableDescriptor, PadLength),
+          static_cast<std::uint8_t>(frame.Pad));
+    }
+    entry += sizeof(TableDirectoryEntry);
+  }
+  constexpr std::size_t kChecksum = offsetof(TableDirectory, Checksum);
+  put(TRANSPORT_RECORD_DIRECTORY, kChecksum, std::uint8_t{0});
+  if (const auto& directory = payloads[TRANSPORT_RECORD_DIRECTORY]) {
+    put(TRANSPORT_RECORD_DIRECTORY, kChecksum, ChecksumOf(*directory));
+  }
+  return capture;
+}
+
 bool LooksLikeExport(Bytes content) {
   const auto first = std::ranges::find_if(
       content, [](std::uint8_t byte) { return byte != ' ' && byte != '\t' && byte != '\n' && byte != '\r'; });
@@ -373,7 +379,11 @@ std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache) {
   if (reader.Has("rest")) {
     capture.Append(FromHex(reader, "rest"));
   }
-  return capture.Content;
+  bool follow = false;
+  if (reader.Has("followTables")) {
+    reader.Flag("followTables", follow);
+  }
+  return follow ? FollowTables(std::move(capture.Content)) : std::move(capture.Content);
 }
 
 }  // namespace corvane::inspect
