@@ -38,8 +38,9 @@ inline Out Joined(const Records& records) {
 // A flash image with the notebook's variables, and deleted ones and others' among them.
 inline Out FlashOf(const FakeNotebook& notebook, bool authenticated = true) {
   Out variables;
-  const auto put = [&](std::u16string_view name, unsigned state, const EFI_GUID& vendor, const Out& data) {
-    Append(variables, Join(U16(0x55AA), U8(state), U8(0), U32(3)));
+  const auto put = [&](std::u16string_view name, unsigned state, const EFI_GUID& vendor, const Out& data,
+                       UINT32 attributes = 3) {
+    Append(variables, Join(U16(0x55AA), U8(state), U8(0), U32(attributes)));
     variables.resize(variables.size() + (authenticated ? 28 : 0));
     Append(variables, Join(U32(2 * name.size() + 2), U32(data.size()), BytesAt(&vendor, 16)));
     for (const char16_t unit : name) {
@@ -55,7 +56,7 @@ inline Out FlashOf(const FakeNotebook& notebook, bool authenticated = true) {
     if (variable.Data.empty()) {
       continue;  // taken away by a test
     }
-    put(name, name == u"DispString" ? 0x3E : 0x3F, key.second, variable.Data);
+    put(name, name == u"DispString" ? 0x3E : 0x3F, key.second, variable.Data, variable.Attributes);
   }
   constexpr EFI_GUID kVolume = {0xFFF12B8D, 0x7696, 0x4C8B, {0xA9, 0x85, 0x27, 0x47, 0x07, 0x5B, 0x4F, 0x50}};
   constexpr EFI_GUID kPlain = {0xDDCF3616, 0x3275, 0x4164, {0x98, 0xB6, 0xFE, 0x85, 0x70, 0x7F, 0xFE, 0x7D}};

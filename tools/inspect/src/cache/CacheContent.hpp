@@ -10,20 +10,26 @@
 #include <array>
 #include <optional>
 
+#include "cache/VariableStore.hpp"
 #include "capture/Image.hpp"
 #include "capture/Pairing.hpp"
-#include "cache/VariableStore.hpp"
 
 namespace corvane::inspect {
 
 enum class CacheId { Version, Attributes, Counters, Names, Display, Help, Status };
 
-// How a boot that restores the cache takes a problem.
+// What a boot that restores the cache does about a problem, from the least to the most. The boot itself goes on with
+// what it can restore.
 enum class Restore {
-  Whole,     // no harm
-  Silent,    // takes what there is, and keeps the cache
-  Recorded,  // takes what there is, and deletes the cache
+  Whole,           // nothing: no harm is done
+  Silent,          // nothing: the boot does not notice
+  DeletesOne,      // deletes this variable; the next boot finds it missing
+  DeletesVersion,  // deletes "BiosVersion", so that the next boot gathers
+  Recorded,        // deletes the cache
 };
+
+// The CRC-32 of the other variables that "BiosVersion" has after its terminator.
+enum class Seal { None, Fits, Broken };
 
 struct CacheVariable {
   CacheId Id{};
@@ -48,19 +54,23 @@ struct CacheContent {
   std::array<CacheVariable, 7> Variables;  // by CacheId
   std::string Version;                     // of the firmware that wrote it
   std::uint8_t Status = 0;                 // not 0: somebody marked it bad
+  inspect::Seal Seal = Seal::None;
   std::optional<CacheCounters> Counters;
-  StoredTexts Texts;                                         // as far as they can be read
-  std::vector<StreamRecord> Records;                         // likewise; boot configurations are not kept
+  StoredTexts Texts;                  // a lost text is empty: its handle stays taken
+  std::vector<StreamRecord> Records;  // as far as they can be read; boot configurations are not kept
+  std::uint64_t CountedRecords = 0;   // those that the restored AttributeCount counts
+  std::uint64_t HelpTexts = 0;        // help texts that are restored
   std::optional<std::vector<std::uint32_t>> DependencyList;  // "PidDepList"
 
   const CacheVariable& Of(CacheId id) const { return Variables[static_cast<std::size_t>(id)]; }
-  bool IsAbsent() const;  // none of the six variables that a cache is made of
+  bool IsAbsent() const;  // there is none of the six variables that a cache is made of
   bool IsWhole() const;   // all are there, and nothing is wrong with them
 };
 
 CacheContent DecodeCache(const VariableStore& store);
 
-// What the driver would publish of it if tables had no end. Throws UnusableInput when there is nothing to publish.
+// What the driver would publish of the cache if tables had no end. Throws UnusableInput when there is nothing to
+// publish.
 Image ImageOfCache(const CacheContent& cache);
 
 }  // namespace corvane::inspect

@@ -65,7 +65,7 @@ ByteWriter EncodeStream(const CacheContent& cache) {
     Fields(slots, record);
     ++slot;
   }
-  const std::uint64_t attributes = cache.Counters ? cache.Counters->Attributes : 0;
+  const std::uint64_t attributes = cache.CountedRecords;
   for (; slot < std::min<std::uint64_t>(attributes, kStreamSlots - kFirstHandle) + kFirstHandle; ++slot) {
     slots.Put(kEmptySlot);
   }
@@ -74,7 +74,7 @@ ByteWriter EncodeStream(const CacheContent& cache) {
   stream.Put(attributes);
   stream.Put(std::uint64_t{cache.Texts.Names.size()});
   stream.Put(std::uint64_t{cache.Texts.Display.size()});
-  stream.Put(cache.Counters ? cache.Counters->Help : 0);
+  stream.Put(cache.HelpTexts);
   stream.Append(slots.Content);
   return stream;
 }
@@ -82,8 +82,8 @@ ByteWriter EncodeStream(const CacheContent& cache) {
 }  // namespace
 
 Image ImageOfCache(const CacheContent& cache) {
-  if (cache.Records.empty() && cache.Texts.Names.empty()) {
-    throw UnusableInput("the variable store has no attribute cache that can be read");
+  if (!cache.Counters || (cache.Records.empty() && cache.Texts.Names.empty())) {
+    throw UnusableInput("the variable store has no attribute cache that can be restored");
   }
   ByteWriter attributes;
   ByteWriter values;

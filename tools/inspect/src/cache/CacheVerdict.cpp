@@ -78,22 +78,34 @@ bool IsTextList(CacheId id) {
   return id == CacheId::Names || id == CacheId::Display || id == CacheId::Help;
 }
 
-// A boot that takes the version for its own restores, whatever it finds.
+// What a boot does that finds its own version and no broken seal: it restores, whatever the other variables hold.
 std::string DescribeRestore(const CacheContent& cache) {
   const auto loses =
       List(cache, IsHarmed, [](const CacheVariable& variable) -> std::string { return LossOf(variable.Id); });
-  const bool recorded = std::any_of(cache.Variables.begin(), cache.Variables.end(), [](const CacheVariable& variable) {
-    return variable.Outcome == Restore::Recorded;
-  });
+  const auto does = [&cache](Restore what) {
+    return List(
+        cache, [what](const CacheVariable& variable) { return variable.Outcome == what; }, NameOfVariable);
+  };
   std::string text =
       fmt::format("It trusts the version and restores what it can: {} are lost or wrong, in whole or in part. ", loses);
-  if (!recorded) {
-    return text +
-           "It does not notice, keeps the cache and publishes the same in every boot, until the firmware version "
-           "changes or a byte other than 0 is written to \"AttCacheStatus\".";
+  const std::string damaged = does(Restore::DeletesOne);
+  if (!does(Restore::Recorded).empty()) {
+    text += fmt::format(
+        "It notices, publishes what there is and deletes the cache; the boot after it {}writes the cache.", kGather);
+  } else if (!does(Restore::DeletesVersion).empty()) {
+    text += fmt::format("It publishes what there is and deletes \"BiosVersion\"; the boot after it {}writes the cache.",
+                        kGather);
+  } else if (!damaged.empty()) {
+    text += fmt::format(
+        "It publishes what there is and deletes {}. The boot after it finds that missing and deletes the cache; the "
+        "next "
+        "one {}writes the cache.",
+        damaged, kGather);
+  } else {
+    text +=
+        "It does not notice, keeps the cache and publishes the same in every boot, until the firmware version "
+        "changes or a byte other than 0 is written to \"AttCacheStatus\".";
   }
-  text += fmt::format(
-      "It notices, publishes what there is and deletes the cache; the boot after it {}writes the cache.", kGather);
   if (std::any_of(cache.Variables.begin(), cache.Variables.end(),
                   [](const CacheVariable& variable) { return IsMissing(variable) && IsTextList(variable.Id); })) {
     text +=
@@ -153,6 +165,18 @@ const char* NameOf(CacheState state) {
   return "";
 }
 
+const char* NameOf(Seal seal) {
+  switch (seal) {
+    case Seal::None:
+      return "none";
+    case Seal::Fits:
+      return "fits";
+    case Seal::Broken:
+      return "broken";
+  }
+  return "";
+}
+
 CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) {
   const std::string rebuild = std::string("It ") + kGather + "writes the cache anew.";
   const CacheVariable& version = cache.Of(CacheId::Version);
@@ -161,11 +185,16 @@ CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) 
     return {CacheState::Absent, "None of its variables is there.", rebuild};
   }
   const std::string missing = List(cache, IsMissing, NameOfVariable);
-  if (!version.Present) {
-    return {CacheState::Partial, fmt::format("There is no {}.", missing),
-            "Without a version nothing is restored. " + rebuild};
+  std::string harm = missing.empty() ? "" : fmt::format("There is no {}. ", missing);
+  for (const CacheVariable& variable : cache.Variables) {
+    harm += IsBroken(variable) ? fmt::format("\"{}\": {}. ", variable.Name, variable.Problem) : "";
   }
-  if (IsBroken(version)) {
+  harm.resize(harm.empty() ? 0 : harm.size() - 1);
+  const CacheState harmed = missing.empty() ? CacheState::Corrupt : CacheState::Partial;
+  if (!version.Present) {
+    return {CacheState::Partial, harm, "Without a version nothing is restored. " + rebuild};
+  }
+  if (cache.Version.empty()) {
     return {CacheState::Corrupt, fmt::format("\"{}\": {}.", version.Name, version.Problem),
             "The version is no firmware's, so nothing is restored. " + rebuild};
   }
@@ -177,15 +206,11 @@ CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) 
     return {CacheState::MarkedBad, fmt::format("\"AttCacheStatus\" is {}, not 0.", cache.Status),
             rebuild + " That clears the mark."};
   }
-  const std::string broken = List(cache, IsBroken, [](const CacheVariable& variable) {
-    return fmt::format("\"{}\": {}", variable.Name, variable.Problem);
-  });
-  if (!missing.empty()) {
-    return {CacheState::Partial, fmt::format("There is no {}.{}", missing, broken.empty() ? "" : " " + broken + "."),
-            DescribeRestore(cache)};
+  if (cache.Seal == Seal::Broken) {
+    return {harmed, harm, "The seal is broken, so nothing is restored. " + rebuild};
   }
-  if (!broken.empty()) {
-    return {CacheState::Corrupt, broken + ".", DescribeRestore(cache)};
+  if (!harm.empty()) {
+    return {harmed, harm, DescribeRestore(cache)};
   }
   const auto isOver = [&options](const CacheVariable& variable) {
     return options.Limit && variable.Footprint > *options.Limit;
@@ -226,8 +251,9 @@ std::string CacheAsText(const CacheReport& report, const CacheOptions& options, 
          '\n';
   for (const CacheVariable& variable : report.Content.Variables) {
     if (!variable.Present) {
+      const std::string why = IsBroken(variable) ? variable.Problem : "missing";
       out += fmt::format("{:<16}{:>8}{:>12}{:>10}{:>9}  {}\n", variable.Name, "-", "-", "-", "-",
-                         IsNeeded(variable) ? style.Bad("missing") : "missing: as good as 0");
+                         IsNeeded(variable) ? style.Bad(why) : "missing: as good as 0");
       continue;
     }
     std::string state = variable.Problem.empty() ? "ok" : style.Bad(variable.Problem);
@@ -238,9 +264,10 @@ std::string CacheAsText(const CacheReport& report, const CacheOptions& options, 
                        variable.Content ? fmt::to_string(*variable.Content) : "-",
                        variable.Entries > 0 ? fmt::to_string(variable.Entries) : "-", state);
   }
+  out += fmt::format("\nseal: {}\n", NameOf(report.Content.Seal));
   if (report.Content.Counters) {
     const CacheCounters& counters = *report.Content.Counters;
-    out += fmt::format("\ncounted: {} attributes, {} names, {} display texts, {} help texts\n", counters.Attributes,
+    out += fmt::format("counted: {} attributes, {} names, {} display texts, {} help texts\n", counters.Attributes,
                        counters.Names, counters.Display, counters.Help);
   }
   const VariableStore& store = report.Store;
@@ -263,6 +290,7 @@ std::string CacheAsJson(const CacheReport& report, const CacheOptions& options) 
                      {"limit", options.Limit ? Json(*options.Limit) : Json()},
                      {"version", Utf8FromLatin1(report.Content.Version)},
                      {"status", report.Content.Status},
+                     {"seal", NameOf(report.Content.Seal)},
                      {"counters",
                       {{"attributes", counters.Attributes},
                        {"names", counters.Names},

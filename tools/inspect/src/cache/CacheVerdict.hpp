@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
-#include "cache/CacheContent.hpp"
 #include "bytes/Style.hpp"
+#include "cache/CacheContent.hpp"
 
 namespace corvane::inspect {
 
@@ -32,6 +32,7 @@ struct CacheOptions {
 };
 
 const char* NameOf(CacheState state);
+const char* NameOf(Seal seal);
 CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options);
 
 // A store with its cache and the verdict on it.

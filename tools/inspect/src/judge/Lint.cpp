@@ -13,10 +13,10 @@ it.
 
 #include <nlohmann/json.hpp>
 
+#include "bytes/Text.hpp"
 #include "judge/Dependencies.hpp"
 #include "judge/DependencyLint.hpp"
 #include "judge/Expression.hpp"
-#include "bytes/Text.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -122,9 +122,11 @@ class Linter {
 
  private:
   const StoredTexts* UsableTexts() {
-    const bool whole = cache_ != nullptr && cache_->Content.Of(CacheId::Names).Problem.empty() &&
-                       cache_->Content.Of(CacheId::Display).Problem.empty() && !cache_->Content.Texts.Names.empty();
-    if (!whole) {
+    const auto isWhole = [this](CacheId id) {
+      const CacheVariable& variable = cache_->Content.Of(id);
+      return variable.Present && variable.Problem.empty();
+    };
+    if (cache_ == nullptr || !isWhole(CacheId::Names) || !isWhole(CacheId::Display)) {
       return nullptr;
     }
     otherBoot_ = image_.OfCache ? "" : CompareBoots(image_, cache_->Content);
@@ -407,7 +409,7 @@ std::string LintAsText(const std::vector<LintFinding>& findings, const Style& st
     }
     out += fmt::format("  do: {}\n", finding.Advice);
   }
-  return out + fmt::format("{} findings, {} notes\n", findings.size() - notes, notes);
+  return out + CountOf(findings.size() - notes, "finding") + ", " + CountOf(notes, "note") + '\n';
 }
 
 std::string LintAsJson(const std::vector<LintFinding>& findings) {
