@@ -9,11 +9,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include "judge/Explain.hpp"
-#include "export/Export.hpp"
-#include "judge/Lint.hpp"
 #include "Require.hpp"
 #include "command/Show.hpp"
+#include "export/Export.hpp"
+#include "judge/Explain.hpp"
+#include "judge/Lint.hpp"
 #include "judge/Validate.hpp"
 
 using namespace corvane::inspect;

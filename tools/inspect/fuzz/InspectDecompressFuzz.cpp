@@ -5,8 +5,8 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "cache/Decompress.hpp"
 #include "Require.hpp"
+#include "cache/Decompress.hpp"
 
 using namespace corvane::inspect;
 

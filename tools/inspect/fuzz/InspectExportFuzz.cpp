@@ -5,9 +5,9 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "export/Export.hpp"
-#include "bytes/Findings.hpp"
 #include "Require.hpp"
+#include "bytes/Findings.hpp"
+#include "export/Export.hpp"
 
 using namespace corvane::inspect;
 

@@ -7,9 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Require.hpp"
 #include "cache/CacheVerdict.hpp"
 #include "judge/Lint.hpp"
-#include "Require.hpp"
 #include "judge/Validate.hpp"
 
 using namespace corvane::inspect;

@@ -5,9 +5,9 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
-#include "judge/Expression.hpp"
-#include "capture/Keywords.hpp"
 #include "Require.hpp"
+#include "capture/Keywords.hpp"
+#include "judge/Expression.hpp"
 
 using namespace corvane::inspect;
 

@@ -157,6 +157,10 @@ std::u16string Ucs2FromBytes(Bytes bytes) {
   return text;
 }
 
+std::string CountOf(std::size_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
 std::string_view WithoutAnnotations(std::string_view name) {
   return name.substr(0, name.find('['));
 }

@@ -26,6 +26,7 @@ std::optional<std::string> Latin1FromUtf8(std::string_view utf8);  // none for a
 std::u16string Ucs2FromUtf8(std::string_view utf8);
 std::u16string Ucs2FromBytes(Bytes bytes);  // an odd last byte is left out
 
-std::string_view WithoutAnnotations(std::string_view name);  // what stands before the first "["
+std::string CountOf(std::size_t count, std::string_view noun);  // "1 finding", "2 findings"
+std::string_view WithoutAnnotations(std::string_view name);     // what stands before the first "["
 
 }  // namespace corvane::inspect

@@ -35,7 +35,10 @@ std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path) {
   if (std::filesystem::is_directory(path, error)) {
     fail("is a directory");
   }
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+  const bool isStandardInput = path == "-";
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      isStandardInput ? stdin : std::fopen(path.c_str(), "rb"),
+      isStandardInput ? [](std::FILE*) { return 0; } : std::fclose);
   if (file == nullptr) {
     fail(std::system_category().message(errno));
   }

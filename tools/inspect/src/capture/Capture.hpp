@@ -22,7 +22,7 @@ inline constexpr std::size_t kRecordTypes = 8;
 // The payload of each record type; an absent one was not found whole.
 using RecordPayloads = std::array<std::optional<Bytes>, kRecordTypes>;
 
-std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path);  // throws UnusableInput
+std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path);  // "-": standard input; throws UnusableInput
 
 struct CaptureRecord {
   std::size_t Offset = 0;  // of its header

@@ -7,9 +7,11 @@
 
 #include "capture/Catalog.hpp"
 
+#include <charconv>
+
 #include "bytes/Overloaded.hpp"
-#include "capture/Pairing.hpp"
 #include "bytes/Text.hpp"
+#include "capture/Pairing.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -124,10 +126,38 @@ const std::string* CatalogName::Expression() const {
   return found == Annotations.end() ? nullptr : &found->Expression;
 }
 
+std::optional<std::size_t> CatalogAttribute::FindValue(std::string_view text) const {
+  if (Type() == BaseType::Integer) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = !text.empty() && error == std::errc{} && end == text.data() + text.size();
+    return whole ? std::optional(number) : std::nullopt;
+  }
+  const auto found =
+      std::ranges::find_if(Possible, [text](const CatalogValue& candidate) { return candidate.Name.Text == text; });
+  return found == Possible.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - Possible.begin()));
+}
+
+std::optional<std::size_t> CatalogAttribute::CurrentValue() const {
+  const auto* number = Value != nullptr ? std::get_if<IntegerValue>(Value) : nullptr;
+  if (number != nullptr) {
+    return number->Value;
+  }
+  return Current.size() == 1 ? std::optional(Current.front()) : std::nullopt;
+}
+
+std::string CatalogAttribute::NameOfValue(std::size_t value) const {
+  if (Type() == BaseType::Integer) {
+    return fmt::to_string(value);
+  }
+  return value < Possible.size() ? Possible[value].Name.Text : "?";
+}
+
 Catalog MakeCatalog(const Image& image) {
   Catalog catalog;
   const Pairing pairing = PairTexts(image);
   catalog.TextsMissing = pairing.Reason;
+  catalog.OfCache = image.OfCache;
   for (const AttributeEntry& entry : image.Attributes.Entries) {
     catalog.Attributes.push_back(MakeAttribute(image, entry));
     if (const PairedTexts* texts = pairing.Find(entry.Handle)) {

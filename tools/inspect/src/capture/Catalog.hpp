@@ -48,11 +48,17 @@ struct CatalogAttribute {
   std::optional<std::size_t> Collection;  // the first that has it as a member
 
   BaseType Type() const { return BaseType{BaseTypeOf(Entry->Type)}; }
+
+  // A value is a position in Possible or, of an integer, the number itself.
+  std::optional<std::size_t> FindValue(std::string_view text) const;
+  std::optional<std::size_t> CurrentValue() const;  // none unless there is exactly one
+  std::string NameOfValue(std::size_t value) const;
 };
 
 struct Catalog {
   std::vector<CatalogAttribute> Attributes;  // in table order
   std::string TextsMissing;                  // why some attributes have no texts; empty = all have theirs
+  bool OfCache = false;                      // made of a cache, which never has boot configurations
 };
 
 // Points into the image. Texts are paired by the order of their creation.

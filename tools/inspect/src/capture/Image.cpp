@@ -9,8 +9,8 @@
 
 #include <limits>
 
-#include "capture/Check.hpp"
 #include "bytes/Text.hpp"
+#include "capture/Check.hpp"
 #include "bytes/Wire.hpp"
 
 namespace corvane::inspect {

@@ -10,9 +10,9 @@
 #include <optional>
 #include <vector>
 
+#include "bytes/Findings.hpp"
 #include "capture/Capture.hpp"
 #include "capture/Directory.hpp"
-#include "bytes/Findings.hpp"
 #include "capture/Stream.hpp"
 #include "capture/Tables.hpp"
 

@@ -22,36 +22,30 @@
 #include <CLI/CLI.hpp>
 #include <fmt/ostream.h>
 
+#include "bytes/Text.hpp"
 #include "cache/CacheVerdict.hpp"
+#include "command/Input.hpp"
+#include "command/Names.hpp"
+#include "command/Show.hpp"
 #include "compare/Diff.hpp"
 #include "compare/DiffTables.hpp"
-#include "judge/Explain.hpp"
 #include "export/Export.hpp"
-#include "command/Input.hpp"
-#include "judge/Lint.hpp"
 #include "export/Redfish.hpp"
 #include "export/Report.hpp"
-#include "command/Show.hpp"
-#include "bytes/Text.hpp"
+#include "judge/Explain.hpp"
+#include "judge/Lint.hpp"
 #include "judge/Validate.hpp"
 
 namespace corvane::inspect {
 namespace {
 
 // What the subcommand that was asked for does.
-using Action = std::function<int(const Style& style, std::ostream& out, std::ostream& err)>;
+using Action = std::function<int(const Console& console, std::ostream& out, std::ostream& err)>;
 
 struct ShowOptions {
   std::vector<std::string> Arguments;  // [NAME] FILE
   bool NoTables = false;
   bool Texts = false;
-  bool Json = false;
-};
-
-struct DiffOptions {
-  std::string Older;
-  std::string Newer;
-  std::vector<TableId> Tables;
   bool Json = false;
 };
 
@@ -66,11 +60,8 @@ int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, s
   const Image image = LoadImage(options.Arguments.back());
   const Pairing pairing = PairTexts(image);
   if (options.Arguments.size() > 1) {
-    const std::string& name = options.Arguments.front();
-    const std::vector<const AttributeEntry*> attributes = image.FindByName(name);
-    if (attributes.empty()) {
-      throw UnusableInput(fmt::format("{}: no attribute has the name {}", options.Arguments.back(), Quote(name)));
-    }
+    const std::vector<const AttributeEntry*> attributes =
+        WithPath(options.Arguments.back(), [&] { return FindAttributes(image, options.Arguments.front()); });
     if (options.Json) {
       out << AttributesAsJson(image, pairing, attributes);
     } else {
@@ -92,52 +83,69 @@ int RunShow(const ShowOptions& options, const Style& style, std::ostream& out, s
   return ReportFindings(image.Findings, style, err);
 }
 
-int RunDiffTables(const DiffOptions& options, std::ostream& out) {
-  const Image older = LoadImage(options.Older);
-  const Image newer = LoadImage(options.Newer);
-  const std::vector<TableDifference> differences = DiffTables(older, newer, options.Tables);
-  out << (options.Json ? DifferencesAsJson(differences) : DifferencesAsText(differences));
-  return std::ranges::all_of(differences, &TableDifference::Equal) ? kClean : kFindings;
-}
-
-std::vector<TableId> AllTables() {
-  std::vector<TableId> tables;
-  tables.reserve(kTableKinds.size());
-  for (const TableKind& kind : kTableKinds) {
-    tables.push_back(kind.Id);
-  }
-  return tables;
-}
-
-void AddShow(CLI::App& app, ShowOptions& options) {
-  CLI::App* show =
+void AddShow(CLI::App& app, Action& action) {
+  const auto options = std::make_shared<ShowOptions>();
+  CLI::App* sub =
       app.add_subcommand("show", "show [NAME] FILE: print the attributes of a capture and the fill of its tables");
-  show->add_option("FILE", options.Arguments,
-                   "A capture (records.bin); with NAME before it, that attribute alone in detail. NAME goes with or "
-                   "without its bracketed annotations")
+  sub->add_option(
+         "FILE", options->Arguments,
+         "A capture (records.bin); with NAME before it, that attribute alone in detail. NAME is a name with or "
+         "without its bracketed annotations, or a handle")
       ->required()
       ->expected(1, 2)
       ->type_name("[NAME] FILE");
-  show->add_flag("--no-tables", options.NoTables, "Attribute lines only");
-  show->add_flag("--texts", options.Texts, "The display and help tables by handle instead");
-  show->add_flag("--json", options.Json, "All that the capture holds, as JSON");
+  sub->add_flag("--no-tables", options->NoTables, "Attribute lines only");
+  sub->add_flag("--texts", options->Texts, "The display and help tables by handle instead");
+  sub->add_flag("--json", options->Json, "All that the capture holds, as JSON");
+  sub->callback([options, &action] {
+    action = [options](const Console& console, std::ostream& out, std::ostream& err) {
+      return RunShow(*options, Style(console.Colour), out, err);
+    };
+  });
 }
 
-void AddDiffTables(CLI::App& app, DiffOptions& options) {
-  std::map<std::string, TableId> names;
+void AddDiffTables(CLI::App& app, Action& action) {
+  struct Options {
+    std::string Older;
+    std::string Newer;
+    std::vector<std::string> Tables;
+    bool Json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  std::vector<std::string> names;
   for (const TableKind& kind : kTableKinds) {
-    names.emplace(kind.Name, kind.Id);
+    names.emplace_back(kind.Name);
   }
-  CLI::App* diff =
+  CLI::App* sub =
       app.add_subcommand("diff-tables", "diff-tables A B: tell which tables of two captures differ byte for byte");
-  diff->add_option("A", options.Older, "The older capture")->required();
-  diff->add_option("B", options.Newer, "The newer capture")->required();
-  diff->add_option("--only", options.Tables, "Compare these tables: strings, attributes, values, display, help")
+  sub->add_option("A", options->Older, "The older capture")->required();
+  sub->add_option("B", options->Newer, "The newer capture")->required();
+  sub->add_option("--only", options->Tables, "Compare these tables: strings, attributes, values, display, help")
       ->delimiter(',')
-      ->transform(CLI::CheckedTransformer(names))
+      ->check(CLI::IsMember(names))
       ->type_name("TABLE,...");
-  diff->add_flag("--json", options.Json, "As JSON");
+  sub->add_flag("--json", options->Json, "As JSON");
+  sub->callback([options, names, &action] {
+    action = [options, names](const Console&, std::ostream& out, std::ostream&) {
+      std::vector<TableId> tables;
+      for (const std::string& name : options->Tables.empty() ? names : options->Tables) {
+        tables.push_back(std::ranges::find(kTableKinds, name, &TableKind::Name)->Id);
+      }
+      const auto differences = DiffTables(LoadImage(options->Older), LoadImage(options->Newer), tables);
+      out << (options->Json ? DifferencesAsJson(differences) : DifferencesAsText(differences));
+      return std::ranges::all_of(differences, &TableDifference::Equal) ? kClean : kFindings;
+    };
+  });
 }
+
+// A number of bytes above 0: digits alone.
+const CLI::Validator kByteCount(
+    [](std::string& text) {
+      const bool digits = !text.empty() && text.size() <= 15 && text.find_first_not_of("0123456789") == text.npos;
+      return digits && text.find_first_not_of('0') != text.npos ? std::string()
+                                                                : text + " is no number of bytes above 0";
+    },
+    "BYTES");
 
 // To the file, or to `out` where none is named.
 void WriteOutput(const std::string& path, std::string_view content, std::ostream& out) {
@@ -160,7 +168,8 @@ void NoteFindings(const std::string& path, const Image& image, std::ostream& err
     codes.insert(finding.Code);
   }
   if (!codes.empty()) {
-    fmt::print(err, "note: {}: {} findings ({})\n", path, image.Findings.List().size(), fmt::join(codes, ", "));
+    fmt::print(err, "note: {}: {} ({})\n", path, CountOf(image.Findings.List().size(), "finding"),
+               fmt::join(codes, ", "));
   }
 }
 
@@ -178,7 +187,7 @@ void AddDiff(CLI::App& app, Action& action) {
   diff->add_flag("--no-values", options->NoValues, "Leave current values out");
   diff->add_flag("--json", options->Json, "As JSON");
   diff->callback([options, &action] {
-    action = [options](const Style& style, std::ostream& out, std::ostream& err) {
+    action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       const Image older = LoadImage(options->Older);
       const Image newer = LoadImage(options->Newer);
       NoteFindings(options->Older, older, err);
@@ -187,7 +196,7 @@ void AddDiff(CLI::App& app, Action& action) {
       if (options->Json) {
         out << nlohmann::ordered_json{{"differences", DifferencesAsJson(differences)}}.dump(2) << '\n';
       } else {
-        out << DiffAsText(differences, style);
+        out << DiffAsText(differences, Style(console.Colour));
       }
       return differences.empty() ? kClean : kFindings;
     };
@@ -250,7 +259,7 @@ void AddExport(CLI::App& app, Action& action) {
     if (!options->Json && !options->Redfish) {
       throw CLI::RequiredError("--json or --redfish");
     }
-    action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
+    action = [options](const Console&, std::ostream& out, std::ostream&) -> int {
       if (options->Redfish) {
         return RunExportRedfish(options->Input, options->Output, options->Names, options->Json, out);
       }
@@ -271,8 +280,12 @@ void AddImport(CLI::App& app, Action& action) {
   sub->add_option("FILE", options->Input, "What `export --json` wrote, edited or not")->required();
   sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
   sub->callback([options, &action] {
-    action = [options](const Style&, std::ostream& out, std::ostream&) {
+    action = [options](const Console& console, std::ostream& out, std::ostream& err) {
+      if (options->Output.empty() && console.Terminal) {
+        throw UnusableInput("a capture is binary: name a file with -o, or redirect standard output");
+      }
       const Image image = LoadImage(options->Input);
+      NoteFindings(options->Input, image, err);
       WriteOutput(options->Output, {reinterpret_cast<const char*>(image.Capture.data()), image.Capture.size()}, out);
       return kClean;
     };
@@ -295,7 +308,7 @@ void AddReport(CLI::App& app, Action& action) {
   sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
   sub->add_flag("--json", options->Json, "What the page shows, as JSON");
   sub->callback([options, &action] {
-    action = [options](const Style&, std::ostream& out, std::ostream&) -> int {
+    action = [options](const Console&, std::ostream& out, std::ostream&) -> int {
       const Input input = LoadInput(options->Input, options->Flash, {});
       std::optional<Image> older;
       if (!options->Older.empty()) {
@@ -323,14 +336,16 @@ void AddCache(CLI::App& app, Action& action) {
       ->type_name("VERSION");
   sub->add_option("--limit", options->Judge.Limit,
                   "Bytes that the store takes for one variable, header and name included")
+      ->check(kByteCount)
       ->type_name("BYTES");
   sub->add_flag("--json", options->Json, "As JSON");
   sub->callback([options, &action] {
-    action = [options](const Style& style, std::ostream& out, std::ostream& err) {
+    action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       const std::vector<std::uint8_t> flash = ReadFile(options->Input);
       const CacheReport report = WithPath(options->Input, [&] { return ReportCache(flash, options->Judge); });
-      out << (options->Json ? CacheAsJson(report, options->Judge) : CacheAsText(report, options->Judge, style));
-      ReportFindings(report.Findings, style, err);
+      out << (options->Json ? CacheAsJson(report, options->Judge)
+                            : CacheAsText(report, options->Judge, Style(console.Colour)));
+      ReportFindings(report.Findings, Style(console.Colour), err);
       return report.Verdict.IsFine() && report.Findings.List().empty() ? kClean : kFindings;
     };
   });
@@ -351,10 +366,11 @@ void AddValidate(CLI::App& app, Action& action) {
       ->type_name("common");
   sub->add_flag("--json", options->Json, "As JSON");
   sub->callback([options, &action] {
-    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+    action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Image image = LoadImage(options->Input);
       const Validation validation = Validate(image, !options->Profile.empty());
-      out << (options->Json ? ValidationAsJson(image, validation) : ValidationAsText(image, validation, style));
+      out << (options->Json ? ValidationAsJson(image, validation)
+                            : ValidationAsText(image, validation, Style(console.Colour)));
       return validation.Problems.List().empty() ? kClean : kFindings;
     };
   });
@@ -374,36 +390,45 @@ void AddLint(CLI::App& app, Action& action) {
   sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
   sub->add_option("--limit", options->Lint.Limit,
                   "Bytes that the store takes for one variable, header and name included; needs a flash image")
+      ->check(kByteCount)
       ->type_name("BYTES");
   sub->add_flag("--json", options->Json, "As JSON");
   sub->callback([options, &action] {
-    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+    action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Input input = LoadInput(options->Input, options->Flash, {.Firmware = {}, .Limit = options->Lint.Limit});
       if (options->Lint.Limit && !input.Cache) {
         throw UnusableInput("--limit needs a flash image: only there the sizes of variables can be seen");
       }
       const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, options->Lint);
-      out << (options->Json ? LintAsJson(findings) : LintAsText(findings, style));
+      out << (options->Json ? LintAsJson(findings) : LintAsText(findings, Style(console.Colour)));
       return IsClean(findings) ? kClean : kFindings;
     };
   });
 }
 
-// "NAME=VALUE", both without annotations, as positions in the catalog.
-Plan::value_type ParseSetting(const Catalog& catalog, const Dependencies& dependencies, const std::string& text) {
+// "NAME=VALUE", both without annotations. VALUE is a number where the attribute is an integer.
+Plan::value_type ParseSetting(const Image& image, const Catalog& catalog, const std::string& text) {
   const std::size_t equals = text.find('=');
-  const std::optional<std::size_t> attribute = dependencies.Find(text.substr(0, equals));
-  if (!attribute || equals == text.npos) {
-    throw UnusableInput(fmt::format("no attribute has the name that {} begins with", Quote(text)));
+  if (equals == text.npos) {
+    throw UnusableInput(fmt::format("{} is not of the form NAME=VALUE", Quote(text)));
   }
-  const std::vector<CatalogValue>& possible = catalog.Attributes[*attribute].Possible;
-  const auto found = std::ranges::find_if(possible, [value = text.substr(equals + 1)](const CatalogValue& candidate) {
-    return candidate.Name.Text == value;
-  });
-  if (found == possible.end()) {
-    throw UnusableInput(fmt::format("the attribute in {} has no such value", Quote(text)));
+  const std::size_t attribute = FindOneAttribute(image, text.substr(0, equals));
+  const CatalogAttribute& of = catalog.Attributes[attribute];
+  const std::string wanted = text.substr(equals + 1);
+  const std::optional<std::size_t> value = of.FindValue(wanted);
+  const auto* bounds = std::get_if<IntegerBounds>(&of.Entry->Bounds);
+  if (bounds != nullptr && (!value || *value < bounds->Lower || *value > bounds->Upper)) {
+    throw UnusableInput(fmt::format("{} is no number from {} to {}, as {} has them", Quote(wanted), bounds->Lower,
+                                    bounds->Upper, Quote(of.Name.Text)));
   }
-  return {*attribute, static_cast<std::size_t>(found - possible.begin())};
+  if (!value) {
+    std::vector<std::string> known;
+    std::ranges::transform(of.Possible, std::back_inserter(known),
+                           [](const CatalogValue& possible) { return possible.Name.Text; });
+    throw UnusableInput(fmt::format("the attribute {} has no value {}{}", Quote(of.Name.Text), Quote(wanted),
+                                    DescribeNearNames(wanted, known)));
+  }
+  return {attribute, *value};
 }
 
 void AddExplain(CLI::App& app, Action& action) {
@@ -417,7 +442,8 @@ void AddExplain(CLI::App& app, Action& action) {
   const auto options = std::make_shared<Options>();
   CLI::App* sub = app.add_subcommand(
       "explain", "explain NAME FILE [FLASH]: tell who forces an attribute, whom it forces, what a set drags along");
-  sub->add_option("NAME", options->Name, "The attribute, with or without its annotations")->required();
+  sub->add_option("NAME", options->Name, "The attribute: its name with or without annotations, or its handle")
+      ->required();
   sub->add_option("FILE", options->Input, "The input")->required();
   sub->add_option("FLASH", options->Flash, "The variable flash image of the same boot, for its \"PidDepList\"");
   sub->add_option("--set", options->Plan, "A planned set; may be given several times, for all of them at once")
@@ -426,23 +452,21 @@ void AddExplain(CLI::App& app, Action& action) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   sub->add_flag("--json", options->Json, "As JSON");
   sub->callback([options, &action] {
-    action = [options](const Style& style, std::ostream& out, std::ostream&) {
+    action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Input input = LoadInput(options->Input, options->Flash, {});
       const Catalog catalog = MakeCatalog(input.Image);
       const Dependencies dependencies(catalog);
-      const std::optional<std::size_t> attribute = dependencies.Find(ParseKeyword(options->Name).Bare);
-      if (!attribute) {
-        throw UnusableInput(fmt::format("{}: no attribute has the name {}", options->Input, Quote(options->Name)));
-      }
+      const std::size_t attribute =
+          WithPath(options->Input, [&] { return FindOneAttribute(input.Image, options->Name); });
       Plan plan;
       for (const std::string& setting : options->Plan) {
-        plan.push_back(ParseSetting(catalog, dependencies, setting));
+        plan.push_back(ParseSetting(input.Image, catalog, setting));
       }
       const bool listed = input.Cache && input.Cache->Content.DependencyList;
       const Explanation explanation =
-          Explain(catalog, dependencies, *attribute, plan, listed ? &*input.Cache->Content.DependencyList : nullptr);
+          Explain(catalog, dependencies, attribute, plan, listed ? &*input.Cache->Content.DependencyList : nullptr);
       out << (options->Json ? ExplanationAsJson(catalog, dependencies, explanation)
-                            : ExplanationAsText(catalog, dependencies, explanation, style));
+                            : ExplanationAsText(catalog, dependencies, explanation, Style(console.Colour)));
       const bool agree = !explanation.IsListed || *explanation.IsListed == explanation.IsCollected;
       return agree ? kClean : kFindings;
     };
@@ -451,39 +475,40 @@ void AddExplain(CLI::App& app, Action& action) {
 
 }  // namespace
 
-int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err) try {
-  const Style style(colour);
-  ShowOptions showOptions;
-  DiffOptions diffOptions;
+int RunCommandLine(int argc, const char* const* argv, const Console& console, std::ostream& out,
+                   std::ostream& err) try {
   CLI::App app("Reads what CorvaneDxe publishes", "inspect");
   app.require_subcommand(1);
-  app.footer("Exit status: 0 nothing found (diff: equal), 1 findings (different), 2 unusable input or usage.");
-  AddShow(app, showOptions);
-  AddDiffTables(app, diffOptions);
+  app.set_version_flag("--version", "inspect " INSPECT_VERSION);
+  app.footer(
+      "FILE is a capture, an export of one or a variable flash image; \"-\" is standard input.\n"
+      "Exit status: 0 nothing found (diff: equal), 1 findings (different), 2 unusable input or usage.");
   Action action;
-  AddDiff(app, action);
-  AddExport(app, action);
-  AddImport(app, action);
-  AddReport(app, action);
-  AddValidate(app, action);
-  AddLint(app, action);
-  AddExplain(app, action);
-  AddCache(app, action);
+  for (const auto add :
+       {AddShow, AddValidate, AddLint, AddExplain, AddCache, AddDiff, AddDiffTables, AddExport, AddImport, AddReport}) {
+    add(app, action);
+  }
+  std::vector<std::string> known;
+  for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) {
+    known.push_back(sub->get_name());
+  }
+  if (argc > 1 && *argv[1] != '-' && std::ranges::find(known, argv[1]) == known.end()) {
+    throw UnusableInput(fmt::format("there is no subcommand {}{}", Quote(argv[1]), DescribeNearNames(argv[1], known)));
+  }
+  int status = kClean;
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, out, err) == 0 ? kClean : kUnusable;
+    status = app.exit(error, out, err) == 0 ? kClean : kUnusable;
   }
   if (action) {
-    return action(style, out, err);
+    status = action(console, out, err);
   }
-  if (app.got_subcommand("show")) {
-    return RunShow(showOptions, style, out, err);
+  out.flush();
+  if (!out) {
+    throw UnusableInput(fmt::format("the output cannot be written: {}", std::system_category().message(errno)));
   }
-  if (diffOptions.Tables.empty()) {
-    diffOptions.Tables = AllTables();
-  }
-  return RunDiffTables(diffOptions, out);
+  return status;
 } catch (const std::exception& error) {
   fmt::print(err, "inspect: {}\n", error.what());
   return kUnusable;

@@ -13,7 +13,13 @@ namespace corvane::inspect {
 
 enum ExitStatus : int { kClean = 0, kFindings = 1, kUnusable = 2 };
 
-// Never throws: whatever goes wrong is one line on `err`.
-int RunCommandLine(int argc, const char* const* argv, bool colour, std::ostream& out, std::ostream& err);
+// What standard output is.
+struct Console {
+  bool Terminal = false;
+  bool Colour = false;  // emphasis is wanted and can be shown
+};
+
+// Never throws: every failure is one line on `err`. Output that cannot be written is a failure.
+int RunCommandLine(int argc, const char* const* argv, const Console& console, std::ostream& out, std::ostream& err);
 
 }  // namespace corvane::inspect

@@ -10,33 +10,37 @@
 #include "export/Export.hpp"
 
 namespace corvane::inspect {
+namespace {
 
-Image LoadImage(const std::filesystem::path& path) {
-  std::vector<std::uint8_t> capture = ReadFile(path);
-  try {
-    bool ofCache = false;
-    if (LooksLikeExport(capture)) {
-      capture = ImportJson(capture, &ofCache);
-    } else if (LooksLikeFlash(capture)) {
-      Findings findings;
-      Image image = ImageOfCache(DecodeCache(ReadVariableStore(capture, findings)));
-      image.Findings.Append(findings);
-      return image;
-    }
-    return DecodeImage(std::move(capture), ofCache);
-  } catch (const UnusableInput& unusable) {
-    throw UnusableInput(path.string() + ": " + unusable.what());
+Image DecodeFile(std::vector<std::uint8_t> content) {
+  bool ofCache = false;
+  if (LooksLikeExport(content)) {
+    content = ImportJson(content, &ofCache);
+  } else if (LooksLikeFlash(content)) {
+    Findings findings;
+    Image image = ImageOfCache(DecodeCache(ReadVariableStore(content, findings)));
+    image.Findings.Append(findings);
+    return image;
   }
+  return DecodeImage(std::move(content), ofCache);
+}
+
+}  // namespace
+
+Image LoadImage(const std::string& path) {
+  std::vector<std::uint8_t> content = ReadFile(path);
+  return WithPath(path, [&] { return DecodeFile(std::move(content)); });
 }
 
 Input LoadInput(const std::string& path, const std::string& flash, const CacheOptions& options) {
-  Input input{.Image = LoadImage(path), .Flash = {}, .Cache = {}};
-  if (flash.empty() && !input.Image.OfCache) {
+  std::vector<std::uint8_t> content = ReadFile(path);
+  const bool isFlash = LooksLikeFlash(content);
+  Input input{.Image = WithPath(path, [&] { return DecodeFile(content); }), .Flash = {}, .Cache = {}};
+  if (flash.empty() && !isFlash) {
     return input;
   }
-  const std::string& from = flash.empty() ? path : flash;
-  input.Flash = ReadFile(from);
-  input.Cache = WithPath(from, [&] { return ReportCache(input.Flash, options); });
+  input.Flash = flash.empty() ? std::move(content) : ReadFile(flash);
+  input.Cache = WithPath(flash.empty() ? path : flash, [&] { return ReportCache(input.Flash, options); });
   return input;
 }
 

@@ -18,7 +18,7 @@ struct Input {
 };
 
 // Of a capture, an export of one, or a flash image with a cache in its variable store.
-Image LoadImage(const std::filesystem::path& path);
+Image LoadImage(const std::string& path);
 // Of a capture, an export or a flash image; `flash` is the path of a flash image beside it, or empty. Throws
 // UnusableInput.
 Input LoadInput(const std::string& path, const std::string& flash, const CacheOptions& options);

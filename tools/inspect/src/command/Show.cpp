@@ -9,9 +9,9 @@
 
 #include <fmt/ostream.h>
 
-#include "capture/Describe.hpp"
 #include "bytes/Overloaded.hpp"
 #include "bytes/Text.hpp"
+#include "capture/Describe.hpp"
 
 namespace corvane::inspect {
 namespace {

@@ -10,9 +10,9 @@
 #include <ostream>
 #include <string>
 
+#include "bytes/Style.hpp"
 #include "capture/Image.hpp"
 #include "capture/Pairing.hpp"
-#include "bytes/Style.hpp"
 
 namespace corvane::inspect {
 

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -14,7 +15,11 @@
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  const char* noColour = std::getenv("NO_COLOR");
-  const bool colour = (noColour == nullptr || *noColour == '\0') && isatty(STDOUT_FILENO) != 0;
-  return corvane::inspect::RunCommandLine(argc, argv, colour, std::cout, std::cerr);
+  const auto variable = [](const char* name) {
+    const char* value = std::getenv(name);
+    return std::string_view(value != nullptr ? value : "");
+  };
+  const bool terminal = isatty(STDOUT_FILENO) != 0;
+  const bool colour = terminal && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
+  return corvane::inspect::RunCommandLine(argc, argv, {.Terminal = terminal, .Colour = colour}, std::cout, std::cerr);
 }

@@ -9,9 +9,11 @@
 
 #include <set>
 
-#include "compare/DiffPairs.hpp"
+#include <nlohmann/json.hpp>
+
 #include "bytes/Overloaded.hpp"
 #include "bytes/Text.hpp"
+#include "compare/DiffPairs.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -271,20 +273,25 @@ class AttributeDiff {
 class CatalogDiff {
  public:
   CatalogDiff(const Catalog& older, const Catalog& newer)
-      : older_(older.Attributes), newer_(newer.Attributes), pairs_(older_.size(), newer_.size()) {}
+      : older_(older.Attributes),
+        newer_(newer.Attributes),
+        hasCache_(older.OfCache || newer.OfCache),
+        pairs_(older_.size(), newer_.size()) {}
 
   std::vector<Difference> Run(bool values) {
     Pair();
     for (std::size_t i = 0; i < older_.size(); ++i) {
-      if (!pairs_.Old[i]) {
+      if (!pairs_.Old[i] && IsComparable(older_[i])) {
         differences_.push_back(
             {older_[i].Name.Text, older_[i].Token, "removed", TypeName(older_[i].Entry->Type), std::nullopt, true});
       }
     }
     for (std::size_t i = 0; i < newer_.size(); ++i) {
       if (!pairs_.New[i]) {
-        differences_.push_back(
-            {newer_[i].Name.Text, newer_[i].Token, "added", std::nullopt, TypeName(newer_[i].Entry->Type), false});
+        if (IsComparable(newer_[i])) {
+          differences_.push_back(
+              {newer_[i].Name.Text, newer_[i].Token, "added", std::nullopt, TypeName(newer_[i].Entry->Type), false});
+        }
         continue;
       }
       const CatalogAttribute& before = older_[*pairs_.New[i]];
@@ -304,6 +311,11 @@ class CatalogDiff {
 
  private:
   using Attributes = std::vector<CatalogAttribute>;
+
+  // A cache never has boot configurations, so one that it lacks was not removed.
+  bool IsComparable(const CatalogAttribute& attribute) const {
+    return !hasCache_ || attribute.Type() != BaseType::BootConfiguration;
+  }
 
   // Name and token together; then the token alone, as a renamed attribute keeps it; then the name alone.
   void Pair() {
@@ -377,6 +389,7 @@ class CatalogDiff {
 
   const Attributes& older_;
   const Attributes& newer_;
+  bool hasCache_;
   Pairs pairs_;
   std::map<Partner, std::vector<std::pair<std::size_t, std::size_t>>> members_;  // that stayed, by newer collection
   ToldTexts told_;
@@ -406,7 +419,7 @@ std::string DiffAsText(const std::vector<Difference>& differences, const Style& 
       }
     }
   }
-  return text + fmt::format("{} differences, {} breaking\n", differences.size(), count);
+  return text + fmt::format("{}, {} breaking\n", CountOf(differences.size(), "difference"), count);
 }
 
 nlohmann::ordered_json DifferencesAsJson(const std::vector<Difference>& differences) {

@@ -11,8 +11,8 @@
 #include <map>
 #include <set>
 
-#include "judge/Expression.hpp"
 #include "bytes/Text.hpp"
+#include "judge/Expression.hpp"
 
 namespace corvane::inspect {
 namespace {

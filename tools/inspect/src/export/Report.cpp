@@ -10,11 +10,13 @@
 #include <map>
 #include <set>
 
+#include <nlohmann/json.hpp>
+
+#include "bytes/Text.hpp"
 #include "capture/Catalog.hpp"
 #include "capture/Describe.hpp"
 #include "compare/Diff.hpp"
 #include "export/ReportTemplate.hpp"
-#include "bytes/Text.hpp"
 
 namespace corvane::inspect {
 namespace {

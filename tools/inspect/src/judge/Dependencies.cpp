@@ -30,12 +30,7 @@ Dependencies::Dependencies(const Catalog& catalog) : catalog_(catalog) {
                   .By = Find(annotation.Attribute),
                   .When = std::nullopt};
       if (force.By) {
-        const std::vector<CatalogValue>& possible = attributes[*force.By].Possible;
-        const auto found = std::find_if(possible.begin(), possible.end(), [&annotation](const CatalogValue& candidate) {
-          return candidate.Name.Text == annotation.Value;
-        });
-        force.When =
-            found == possible.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - possible.begin()));
+        force.When = attributes[*force.By].FindValue(annotation.Value);
       }
       all_.push_back(std::move(force));
     }
@@ -78,17 +73,14 @@ std::optional<bool> Dependencies::Acts(const Force& force, const std::map<std::s
     return std::nullopt;
   }
   const auto plan = planned.find(*force.By);
-  const std::vector<std::size_t>& current = catalog_.Attributes[*force.By].Current;
-  if (plan == planned.end() && current.size() != 1) {
-    return std::nullopt;
-  }
-  const bool is = (plan != planned.end() ? plan->second : current.front()) == *force.When;
-  return is != force.Inverted;
+  const std::optional<std::size_t> value =
+      plan != planned.end() ? std::optional(plan->second) : catalog_.Attributes[*force.By].CurrentValue();
+  return value ? std::optional((value == force.When) != force.Inverted) : std::nullopt;
 }
 
 std::string DescribeSetting(const Catalog& catalog, std::size_t attribute, std::size_t value) {
   const CatalogAttribute& of = catalog.Attributes[attribute];
-  return of.Name.Text + "=" + (value < of.Possible.size() ? of.Possible[value].Name.Text : "?");
+  return of.Name.Text + "=" + of.NameOfValue(value);
 }
 
 }  // namespace corvane::inspect

@@ -26,7 +26,7 @@ struct Force {
   std::string Attribute;             // A, as it is named
   std::string Condition;             // B, likewise
   std::optional<std::size_t> By;     // position of A; none when no attribute has this name
-  std::optional<std::size_t> When;   // position of B among the values of A, likewise
+  std::optional<std::size_t> When;   // the value B of A, likewise
 
   bool IsHold() const { return !Value; }
 };

@@ -22,9 +22,12 @@ namespace {
 using Setting = std::pair<std::size_t, std::size_t>;
 using Graph = std::map<Setting, std::set<Setting>>;
 
-// The values of its attribute at which a force acts.
+// The values of its attribute at which a force acts. Of an integer only the number that a condition names is known.
 std::set<std::size_t> Conditions(const Catalog& catalog, const Force& force) {
   std::set<std::size_t> values;
+  if (catalog.Attributes[*force.By].Type() == BaseType::Integer && !force.Inverted) {
+    values.insert(*force.When);
+  }
   for (std::size_t value = 0; value < catalog.Attributes[*force.By].Possible.size(); ++value) {
     if ((value == *force.When) != force.Inverted) {
       values.insert(value);

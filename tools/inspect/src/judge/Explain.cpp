@@ -10,8 +10,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "judge/DependencyLint.hpp"
 #include "bytes/Text.hpp"
+#include "judge/DependencyLint.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -37,8 +37,8 @@ std::string NameOf(const Catalog& catalog, std::size_t attribute) {
 }
 
 std::string CurrentOf(const Catalog& catalog, std::size_t attribute) {
-  const std::vector<std::size_t>& current = catalog.Attributes[attribute].Current;
-  return current.size() == 1 ? DescribeSetting(catalog, attribute, current.front()) : NameOf(catalog, attribute) + "=?";
+  const std::optional<std::size_t> current = catalog.Attributes[attribute].CurrentValue();
+  return current ? DescribeSetting(catalog, attribute, *current) : NameOf(catalog, attribute) + "=?";
 }
 
 // "while WakeOnLan is not Disabled (is LanOnly: acts)".
@@ -92,12 +92,12 @@ std::vector<Consequence> FollowPlan(const Catalog& catalog, const Dependencies& 
         continue;
       }
       const auto set = planned.find(force.Forced);
-      const std::vector<std::size_t>& current = catalog.Attributes[force.Forced].Current;
+      const std::optional<std::size_t> current = catalog.Attributes[force.Forced].CurrentValue();
       if (set != planned.end()) {
         if (set->second != *force.Value && conflicts.insert(&force).second) {
           consequences.push_back({Consequence::Kind::Conflicts, force.Forced, set->second, because(force)});
         }
-      } else if (current.size() != 1 || current.front() != *force.Value) {
+      } else if (current != force.Value) {
         consequences.push_back({Consequence::Kind::Sets, force.Forced, force.Value, because(force)});
         planned[force.Forced] = *force.Value;
         again = true;
@@ -150,7 +150,7 @@ std::string ExplanationAsText(const Catalog& catalog, const Dependencies& depend
   const CatalogAttribute& attribute = catalog.Attributes[explanation.Attribute];
   std::string out = fmt::format("{} {}{}\n", attribute.Entry->Handle, style.Strong(attribute.Name.Full),
                                 attribute.Display ? fmt::format(" {}", QuoteUtf8(*attribute.Display)) : "");
-  if (attribute.Current.size() == 1) {
+  if (attribute.CurrentValue()) {
     out += fmt::format("  is {}\n", CurrentOf(catalog, explanation.Attribute));
   }
   out += explanation.OnTo.empty() ? "  nothing forces it\n" : "  who forces it\n";
@@ -209,9 +209,8 @@ std::string ExplanationAsJson(const Catalog& catalog, const Dependencies& depend
       list.push_back(
           {{"does", VerbOf(consequence.What)},
            {"attribute", NameOf(catalog, consequence.Attribute)},
-           {"value", consequence.Value
-                         ? Json(catalog.Attributes[consequence.Attribute].Possible[*consequence.Value].Name.Text)
-                         : Json()},
+           {"value", consequence.Value ? Json(catalog.Attributes[consequence.Attribute].NameOfValue(*consequence.Value))
+                                       : Json()},
            {"because", consequence.Because}});
     }
     plans.push_back({{"set", DescribePlan(catalog, plan)}, {"consequences", std::move(list)}});

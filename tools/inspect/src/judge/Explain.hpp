@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "judge/Dependencies.hpp"
 #include "bytes/Style.hpp"
+#include "judge/Dependencies.hpp"
 
 namespace corvane::inspect {
 
@@ -31,7 +31,7 @@ struct Consequence {
   std::string Because;  // the setting that does it, and the annotation
 };
 
-using Plan = std::vector<std::pair<std::size_t, std::size_t>>;  // attributes and values, by position
+using Plan = std::vector<std::pair<std::size_t, std::size_t>>;  // attributes, by position, and values
 
 // What follows of setting all of the plan at once, in the order in which one leads to the next.
 std::vector<Consequence> FollowPlan(const Catalog& catalog, const Dependencies& dependencies, const Plan& plan);

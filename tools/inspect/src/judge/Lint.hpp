@@ -12,9 +12,9 @@ it.
 #include <string>
 #include <vector>
 
+#include "bytes/Style.hpp"
 #include "cache/CacheVerdict.hpp"
 #include "judge/Overflow.hpp"
-#include "bytes/Style.hpp"
 
 namespace corvane::inspect {
 

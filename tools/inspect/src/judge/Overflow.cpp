@@ -10,8 +10,8 @@
 #include <map>
 
 #include "bytes/ByteWriter.hpp"
-#include "capture/Layout.hpp"
 #include "bytes/Text.hpp"
+#include "capture/Layout.hpp"
 #include "capture/TextReplay.hpp"
 
 namespace corvane::inspect {

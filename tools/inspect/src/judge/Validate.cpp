@@ -62,7 +62,7 @@ std::string ValidationAsText(const Image& image, const Validation& validation, c
                        DescribeMember(image, entry.Handle), TypeName(entry.Type));
   }
   const std::size_t count = validation.Problems.List().size();
-  return out + (count == 0 ? style.Strong("valid") + '\n' : fmt::format("{} findings\n", count));
+  return out + (count == 0 ? style.Strong("valid") + '\n' : CountOf(count, "finding") + '\n');
 }
 
 std::string ValidationAsJson(const Image& image, const Validation& validation) {

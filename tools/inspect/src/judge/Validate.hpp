@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "capture/Image.hpp"
 #include "bytes/Style.hpp"
+#include "capture/Image.hpp"
 
 namespace corvane::inspect {
 

@@ -6,6 +6,7 @@
 **/
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -48,7 +49,9 @@ class CommandLineTest : public ::testing::Test {
     file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   }
 
-  int Run(const std::string& line) {
+  int Run(const std::string& line) { return RunTo(line, {}, out_); }
+
+  int RunTo(const std::string& line, const Console& console, std::ostream& out) {
     std::vector<std::string> arguments = Split(line, ' ');
     std::vector<const char*> argv{"inspect"};
     for (std::string& argument : arguments) {
@@ -59,7 +62,7 @@ class CommandLineTest : public ::testing::Test {
     }
     out_.str("");
     err_.str("");
-    return RunCommandLine(static_cast<int>(argv.size()), argv.data(), false, out_, err_);
+    return RunCommandLine(static_cast<int>(argv.size()), argv.data(), console, out, err_);
   }
 
   std::filesystem::path folder_ =
@@ -86,7 +89,9 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
       {"show Admin[RegEx:^\\\\x20$] a.bin", 0, HasSubstr("\n  type            password (0x02)\n")},
       {"show SecureBoot a.bin", 0, HasSubstr("1: On (string 23), setting value 69\n")},
       {"show Setup a.bin", 0, AllOf(HasSubstr("19 Setup"), HasSubstr("\n21 Setup"))},
-      {"show Nobody a.bin", 2, "", EndsWith("a.bin: no attribute has the name \"Nobody\"\n")},
+      {"show 16 a.bin", 0, StartsWith("16 SecureBoot ")},
+      {"show Nobody a.bin", 2, "", EndsWith("a.bin: no attribute has the name or handle \"Nobody\"\n")},
+      {"show securebot a.bin", 2, "", EndsWith("handle \"securebot\" (near: \"SecureBoot\")\n")},
       {"show --texts a.bin", 0, StartsWith("display texts (en-US)\n16 \"Secure Boot\"\n17 \"Pr\u00FCfung \u4E2D\"\n")},
       {"show c.bin", 1, HasSubstr("  bad\ndisplay"), StartsWith("finding: table-crc: the values table has ")},
       {"show missing.bin", 2, "", EndsWith("missing.bin: No such file or directory\n")},
@@ -94,7 +99,18 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
       {"show empty.bin", 2, "", EndsWith("empty.bin: the capture is empty\n")},
       {"show noise.bin", 2, "", HasSubstr("no transport record begins at offset 0\n")},
       {"show", 2, "", HasSubstr("FILE")},
-      {"frobnicate", 2, "", HasSubstr("subcommand")},
+      {"frobnicate", 2, "", EndsWith("there is no subcommand \"frobnicate\"\n")},
+      {"exprot a.bin", 2, "", EndsWith("\"exprot\" (near: \"export\")\n")},
+      {"--version", 0, "inspect 1.0.0\n"},
+      {"lint a.bin --limit -1", 2, "", HasSubstr("-1 is no number of bytes above 0")},
+      {"cache a.bin --limit 0", 2, "", HasSubstr("0 is no number of bytes above 0")},
+      {"explain Setup a.bin", 2, "",
+       EndsWith("2 attributes have the name \"Setup\": give one of the handles 19, 21\n")},
+      {"explain 21 a.bin", 0, StartsWith("21 Setup\n")},
+      {"explain Hour a.bin --set Hour=8", 0, HasSubstr("setting Hour=8 drags nothing along\n")},
+      {"explain Hour a.bin --set Hour=4", 2, "", HasSubstr("\"4\" is no number from 5 to ")},
+      {"explain Hour a.bin --set Hour", 2, "", HasSubstr("\"Hour\" is not of the form NAME=VALUE")},
+      {"explain Hour a.bin --set SecureBoot=Onn", 2, "", EndsWith("has no value \"Onn\" (near: \"On\")\n")},
       {"--help", 0, HasSubstr("diff-tables")},
       {"diff-tables a.bin a.bin", 0, "strings: equal\nattributes: equal\nvalues: equal\ndisplay: equal\nhelp: equal\n"},
       {"diff-tables a.bin b.bin --only values,help", 1,
@@ -105,7 +121,7 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
       {"diff a.bin a.bin", 0, "0 differences, 0 breaking\n"},
       {"diff a.bin b.bin --no-values", 0, "0 differences, 0 breaking\n"},
       {"diff --json a.bin b.bin", 1, HasSubstr("\"what\": \"current\",\n      \"old\": \"On\"")},
-      {"diff a.bin c.bin", 1, HasSubstr("2 differences, 0 breaking\n"), EndsWith("c.bin: 1 findings (table-crc)\n")},
+      {"diff a.bin c.bin", 1, HasSubstr("2 differences, 0 breaking\n"), EndsWith("c.bin: 1 finding (table-crc)\n")},
       {"export a.bin", 2, "", HasSubstr("--json or --redfish")},
       {"export --json a.bin", 0, StartsWith("{\n \"format\": \"corvane-capture\",\n \"version\": 1,\n")},
       {"export --json a.bin -o " + folder_.string(), 2, "", HasSubstr(": cannot be written: ")},
@@ -113,13 +129,45 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
       {"import b.bin", 0, std::string(reinterpret_cast<const char*>(b_.data()), b_.size())},
       {"report a.bin --since c.bin --json", 1, HasSubstr("\"older\": \"" + (folder_ / "c.bin").string())},
       {"diff-tables a.bin noise.bin", 2, "", HasSubstr("noise.bin: ")},
-      {"diff-tables a.bin b.bin --only colours", 2, "", HasSubstr("colours")},
+      {"diff-tables a.bin b.bin --only colours", 2, "", HasSubstr("display")},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(Run(row.Line), row.Status) << row.Line << err_.str();
     EXPECT_THAT(out_.str(), row.Output) << row.Line;
     EXPECT_THAT(err_.str(), row.Errors) << row.Line;
   }
+}
+
+TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAFailure) {
+  const char* lines[] = {"show a.bin",
+                         "show --json a.bin",
+                         "validate a.bin",
+                         "lint a.bin",
+                         "explain Hour a.bin",
+                         "diff a.bin b.bin",
+                         "diff-tables a.bin b.bin",
+                         "export --json a.bin",
+                         "export --redfish a.bin",
+                         "import a.bin",
+                         "report a.bin",
+                         "--help",
+                         "--version"};
+  for (const char* line : lines) {
+    std::ofstream full("/dev/full");
+    EXPECT_EQ(RunTo(line, {}, full), 2) << line;
+    EXPECT_THAT(err_.str(), EndsWith("the output cannot be written: No space left on device\n")) << line;
+  }
+}
+
+TEST_F(CommandLineTest, ACaptureIsNotWrittenToATerminal) {
+  EXPECT_EQ(RunTo("import a.bin", {.Terminal = true}, out_), 2);
+  EXPECT_EQ(out_.str(), "");
+}
+
+TEST_F(CommandLineTest, ADashIsStandardInput) {
+  ASSERT_NE(std::freopen((folder_ / "a.bin").c_str(), "rb", stdin), nullptr);
+  EXPECT_EQ(Run("show --no-tables -"), 0) << err_.str();
+  EXPECT_EQ(out_.str(), kNotebookLines);
 }
 
 TEST_F(CommandLineTest, JsonHoldsTheWholeCapture) {

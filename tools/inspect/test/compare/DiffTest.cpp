@@ -7,7 +7,9 @@
 
 #include <gmock/gmock.h>
 
+#include "cache/CacheContent.hpp"
 #include "compare/Diff.hpp"
+#include "test/TestBoot.hpp"
 #include "test/TestNotebook.hpp"
 
 namespace corvane::inspect {
@@ -95,7 +97,7 @@ TEST(DiffTest, EachChangeIsOneLine) {
        },
        "Asset (7) collection: Security -> Clock"},
   };
-  const auto count = [](bool isBreaking) { return fmt::format("\n1 differences, {} breaking\n", isBreaking ? 1 : 0); };
+  const auto count = [](bool isBreaking) { return fmt::format("\n1 difference, {} breaking\n", isBreaking ? 1 : 0); };
   const auto check = [&](const auto& rows, const char* title, bool isBreaking) {
     for (const auto& [change, line] : rows) {
       Notebook newer = MakeSetup();
@@ -120,7 +122,20 @@ TEST(DiffTest, NothingIsToldOfTheSameBuild) {
   newer.Records[kHour].Current = 50;
   EXPECT_EQ(Diff(MakeSetup(), newer, false), "0 differences, 0 breaking\n");
   newer.Damage = [](Payloads& payloads) { payloads[7].clear(); };  // and no token is known
-  EXPECT_THAT(Diff(MakeSetup(), newer), ::testing::HasSubstr("Hour current: 8 -> 50\n1 diff"));
+  EXPECT_THAT(Diff(MakeSetup(), newer), ::testing::HasSubstr("Hour current: 8 -> 50\n1 difference,"));
+}
+
+// A cache has no boot configuration, so one that it lacks was not removed.
+TEST(DiffTest, ABootAndItsOwnCacheDoNotDiffer) {
+  const Boot boot(Ordinary);
+  Findings findings;
+  const Image sent = boot.Decode();
+  const Image cached = ImageOfCache(DecodeCache(ReadVariableStore(boot.Flash, findings)));
+  ASSERT_LT(cached.Attributes.Entries.size(), sent.Attributes.Entries.size());
+  EXPECT_EQ(DiffAsText(DiffCatalogs(MakeCatalog(sent), MakeCatalog(cached), true), Style(false)),
+            "0 differences, 0 breaking\n");
+  EXPECT_EQ(DiffAsText(DiffCatalogs(MakeCatalog(cached), MakeCatalog(sent), true), Style(false)),
+            "0 differences, 0 breaking\n");
 }
 
 TEST(DiffTest, TextsAreComparedWhereBothAreKnown) {

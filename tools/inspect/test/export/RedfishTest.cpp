@@ -6,6 +6,7 @@
 **/
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "export/Redfish.hpp"
 #include "test/TestNotebook.hpp"

@@ -6,6 +6,7 @@
 **/
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "export/Report.hpp"
 #include "test/TestNotebook.hpp"

@@ -28,6 +28,8 @@ TEST(ExplainTest, AChainIsFollowedToItsEnd) {
     add(402, u"C", u"Off", u"Set[ForceIf:B=Up]");
     add(403, u"D[ForceIf:C=Set]", u"Off", u"On");
     add(404, u"E[ForceIfNot:A=On]", u"Off", u"On");
+    form.Numeric(405, u"Hour", u"Hour").Bounds(0, 23).Value(3);
+    add(406, u"Wake", u"Never", u"Early[ForceIf:Hour=7]");
   });
   const Image image = boot.Decode();
   const Catalog catalog = MakeCatalog(image);
@@ -46,6 +48,9 @@ TEST(ExplainTest, AChainIsFollowedToItsEnd) {
                       "    holds D, because of C=Set and [ForceIf:C=Set]\n"
                       "    frees E, because of A=On and [ForceIfNot:A=On]\n"),
             HasSubstr("\"PidDepList\" has it, and keywords of other questions name it\n")));
+  EXPECT_THAT(explain("Hour", {{*dependencies.Find("Hour"), 7}}),
+              AllOf(HasSubstr("\n  is Hour=3\n"), HasSubstr("sets Wake=Early while Hour is 7 (Hour=3: not now)\n"),
+                    HasSubstr("setting Hour=7\n    sets Wake=Early, because of Hour=7 and [ForceIf:Hour=7]\n")));
   const Plan both{{*dependencies.Find("A"), 1}, {*dependencies.Find("B"), 0}};
   EXPECT_THAT(explain("B", both), HasSubstr("conflicts with B=Off, because of A=On"));
 }

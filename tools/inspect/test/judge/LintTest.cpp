@@ -34,6 +34,11 @@ TEST(LintTest, EachKindOfFaultInASetupIsFound) {
       {[](Form) {}, "", ""},
       {[&](Form f) { onOff(f, 400, u"A", u"Off[ForceIf:Nobody=On]", u"On"); }, "annotation-dangling", "\"Nobody\""},
       {[&](Form f) { onOff(f, 400, u"A[ForceIf:Lamp=Blue]", u"Off", u"On"); }, "annotation-dangling", "\"Blue\""},
+      {[&](Form f) {
+         f.Numeric(401, u"Hour", u"Hour").Bounds(0, 23).Value(3);
+         onOff(f, 400, u"A", u"Off[ForceIf:Hour=7]", u"On");
+       },
+       "", ""},
       {[&](Form f) { onOff(f, 400, u"A", u"Off[ForceIf Lamp=Enabled]", u"On"); }, "annotation-malformed",
        "of no known kind"},
       {[&](Form f) {
