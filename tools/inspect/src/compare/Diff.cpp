@@ -18,7 +18,7 @@
 namespace corvane::inspect {
 namespace {
 
-// When a change of a number breaks what was written for the older one.
+// When the change of a number is breaking.
 enum class Breaks { Never, Always, Raised, Lowered, NotDivided };
 
 bool IsBreaking(Breaks breaks, std::uint64_t older, std::uint64_t newer) {
@@ -31,7 +31,7 @@ bool IsBreaking(Breaks breaks, std::uint64_t older, std::uint64_t newer) {
       return newer > older;
     case Breaks::Lowered:
       return newer < older;
-    case Breaks::NotDivided:  // a step that divides the older one still reaches every value
+    case Breaks::NotDivided:  // with a divisor of the older step, every older value stays valid
       return newer == 0 || older % newer != 0;
   }
   return true;
@@ -67,7 +67,7 @@ constexpr NumberField kNumberFields[] = {
     {"max-sources", Breaks::Lowered, BoundOf<BootBounds, &BootBounds::MaximumSources>},
 };
 
-// What a table that was cut does not tell is not compared.
+// A name that a cut table lost is not compared.
 std::optional<std::string> NameOf(const CatalogName& name) {
   return name.Known ? std::optional(name.Text) : std::nullopt;
 }
@@ -80,10 +80,10 @@ std::string JoinNames(const CatalogAttribute& attribute, const std::vector<std::
   return positions.empty() ? "-" : text;
 }
 
-// Names of values and their new texts. All attributes share the text of a name, so it is told once.
+// Names of values and their new texts. All attributes share the text of a name, so each text is reported once.
 using ToldTexts = std::set<std::pair<std::string, std::string>>;
 
-// The differences between two attributes that are the same one.
+// The differences between an attribute of the older build and the same attribute of the newer build.
 class AttributeDiff {
  public:
   AttributeDiff(const CatalogAttribute& older, const CatalogAttribute& newer, ToldTexts& told,
@@ -97,7 +97,7 @@ class AttributeDiff {
   void CompareHead() {
     CompareText("renamed", NameOf(older_.Name), NameOf(newer_.Name), true);
     CompareText("display-text", older_.Display, newer_.Display);
-    if (older_.Display && newer_.Display) {  // where these are known, so is that there is no help text
+    if (older_.Display && newer_.Display) {  // a known display text means that the help text is known too
       CompareText("help-text", older_.Help.value_or(""), newer_.Help.value_or(""));
     }
     CompareText("type", TypeName(older_.Entry->Type), TypeName(newer_.Entry->Type), true);
@@ -114,7 +114,7 @@ class AttributeDiff {
     }
   }
 
-  // Values are the same when they have one name, or else when the platform keeps the same number for them.
+  // Two values are the same if their names are equal, or else if the platform stores the same number for both.
   void ComparePossible() {
     const auto byName = [](const CatalogValue& value) { return NameOf(value.Name); };
     const auto bySetting = [](const CatalogValue& value) { return value.Setting; };
@@ -142,7 +142,7 @@ class AttributeDiff {
     }
   }
 
-  // A current value that follows the default in both is no difference of its own.
+  // If both current values equal their defaults, only the change of the default is reported.
   void CompareValues(bool current) {
     const bool defaultsDiffer = CompareDefaults();
     if (!current) {
@@ -162,7 +162,7 @@ class AttributeDiff {
     differences_.push_back({newer_.Name.Text, newer_.Token, what, std::move(before), std::move(after), breaking});
   }
 
-  // A text that is not known on one side is not compared.
+  // A text that is unknown on one side is not compared.
   void CompareText(const char* what, const std::optional<std::string>& before, const std::optional<std::string>& after,
                    bool breaking = false) {
     if (before && after && *before != *after) {
@@ -182,7 +182,7 @@ class AttributeDiff {
     }
   }
 
-  // Annotations that come or go; a new one takes a freedom away.
+  // Reports added and removed annotations. An added annotation is breaking.
   void CompareConditions(const char* what, const CatalogName& older, const CatalogName& newer,
                          const std::string& prefix) {
     const auto compare = [&](const CatalogName& from, const CatalogName& against, bool isNew) {
@@ -241,7 +241,7 @@ class AttributeDiff {
                              : !attribute.Defaults.empty() && attribute.Current == attribute.Defaults;
   }
 
-  // What a current value is apart from positions among possible ones.
+  // The part of a current value that is no position among the possible values.
   static std::string TextOf(const CatalogAttribute& attribute) {
     if (attribute.Value == nullptr) {
       return attribute.Type() == BaseType::Password ? "not installed" : "?";
@@ -312,12 +312,12 @@ class CatalogDiff {
  private:
   using Attributes = std::vector<CatalogAttribute>;
 
-  // A cache never has boot configurations, so one that it lacks was not removed.
+  // A cache never has boot configurations: a missing one was not removed.
   bool IsComparable(const CatalogAttribute& attribute) const {
     return !hasCache_ || attribute.Type() != BaseType::BootConfiguration;
   }
 
-  // Name and token together; then the token alone, as a renamed attribute keeps it; then the name alone.
+  // Pairs by name and token, then by token, which a renamed attribute keeps, then by name.
   void Pair() {
     const auto byBoth = [](const CatalogAttribute& attribute) {
       return attribute.Name.Known && attribute.Token ? std::optional(std::pair(attribute.Name.Text, *attribute.Token))
@@ -333,7 +333,7 @@ class CatalogDiff {
     PairCollections();
   }
 
-  // A renamed collection has no token. It is where its first member went, unless that one is another's collection.
+  // A collection has no token. A renamed collection is paired with the new collection of its first kept member.
   void PairCollections() {
     for (std::size_t i = 0; i < older_.size(); ++i) {
       const std::vector<std::size_t>& members = older_[i].Members;
@@ -350,7 +350,7 @@ class CatalogDiff {
     }
   }
 
-  // Members come and go with their attributes; only those that changed their collection are told, and not as moved.
+  // Reports members that changed their collection. Added and removed attributes are reported elsewhere.
   void ComparePlace(std::size_t before, std::size_t after) {
     const Partner oldHome = older_[before].Collection;
     const Partner newHome = newer_[after].Collection;
@@ -396,6 +396,20 @@ class CatalogDiff {
   std::vector<Difference> differences_;
 };
 
+// Names the change of an integer setting that a boot from the cache makes: the boot reads the low byte alone.
+std::string DescribeLowByte(const Difference& one) {
+  const auto number = [](const std::optional<std::string>& text) -> std::uint64_t {
+    const bool digits =
+        text && !text->empty() && text->size() < 20 && text->find_first_not_of("0123456789") == text->npos;
+    return digits ? std::stoull(*text) : 0;
+  };
+  const std::uint64_t before = number(one.Old);
+  return one.What == "current" && one.Token.value_or(0) != 0 && before > 0xFF &&
+                 one.New == fmt::to_string(before & 0xFF)
+             ? " (the low byte, which is all that a boot from the cache reads)"
+             : "";
+}
+
 }  // namespace
 
 std::vector<Difference> DiffCatalogs(const Catalog& older, const Catalog& newer, bool values) {
@@ -414,8 +428,9 @@ std::string DiffAsText(const std::vector<Difference>& differences, const Style& 
     for (const Difference& one : differences) {
       if (one.Breaking == breaking) {
         const std::string token = one.Token.value_or(0) != 0 ? fmt::format(" ({})", *one.Token) : "";
-        text += fmt::format("  {}{} {}: {} -> {}\n", PrintableUtf8(one.Attribute), token, one.What,
-                            one.Old ? PrintableUtf8(*one.Old) : "-", one.New ? PrintableUtf8(*one.New) : "-");
+        text += fmt::format("  {}{} {}: {} -> {}{}\n", PrintableUtf8(one.Attribute), token, one.What,
+                            one.Old ? PrintableUtf8(*one.Old) : "-", one.New ? PrintableUtf8(*one.New) : "-",
+                            DescribeLowByte(one));
       }
     }
   }

@@ -37,7 +37,7 @@ void WriteVersion(FakeNotebook& notebook, bool sealed) {
 Arrange Count(size_t counter, UINT64 value) {
   return [counter, value](FakeNotebook& notebook) {
     Out data = DataOf(notebook, u"AttributesCount");
-    const Out bytes = U64(value);
+    const Out bytes = Join(U64(value));
     std::copy(bytes.begin(), bytes.end(), data.begin() + static_cast<std::ptrdiff_t>(8 * counter));
     notebook.SetVariable(u"AttributesCount", 3, data);
   };

@@ -125,6 +125,15 @@ TEST(DiffTest, NothingIsToldOfTheSameBuild) {
   EXPECT_THAT(Diff(MakeSetup(), newer), ::testing::HasSubstr("Hour current: 8 -> 50\n1 difference,"));
 }
 
+TEST(DiffTest, TheLowByteOfABootFromTheCacheIsExplained) {
+  Notebook older = MakeSetup();
+  Notebook newer = MakeSetup();
+  older.Records[kHour].Current = 720;
+  newer.Records[kHour].Current = 720 & 0xFF;
+  EXPECT_THAT(Diff(older, newer), ::testing::HasSubstr("Hour (8) current: 720 -> 208 (the low byte, "));
+  EXPECT_THAT(Diff(newer, older), ::testing::HasSubstr("Hour (8) current: 208 -> 720\n"));
+}
+
 // A cache has no boot configuration, so one that it lacks was not removed.
 TEST(DiffTest, ABootAndItsOwnCacheDoNotDiffer) {
   const Boot boot(Ordinary);
