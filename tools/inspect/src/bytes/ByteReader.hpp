@@ -1,5 +1,5 @@
 /** @file
-  ByteReader: the one place with bounds arithmetic; every byte from outside goes through it.
+  ByteReader: the only code with bounds arithmetic. Every byte of an input file goes through ByteReader.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,7 +21,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 static_assert(std::endian::native == std::endian::little, "packed wire structures are copied as they stand");
 
-// Once a read has failed, every further one gives zeros or an empty span, so an entry is checked once at its end.
+// After a failed read, every further read gives zeros or an empty span. One check at the end of an entry is enough.
 class ByteReader {
  public:
   explicit ByteReader(Bytes bytes) : size_(bytes.size()), rest_(bytes) {}
@@ -37,7 +37,7 @@ class ByteReader {
     return taken;
   }
 
-  // A little-endian integer, or a packed wire structure of such; zeros after a failure.
+  // Reads a little-endian integer, or a packed structure of such integers. Returns zeros after a failure.
   template <typename T>
   T Read() {
     static_assert(std::is_trivially_copyable_v<T>);

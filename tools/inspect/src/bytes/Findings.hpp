@@ -1,5 +1,5 @@
 /** @file
-  Findings: what is wrong with an input that can still be read, and the exception for one that cannot.
+  Findings: errors in an input that is still readable, and the exception for an unreadable input.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -34,13 +34,13 @@ class Findings {
   std::vector<Finding> list_;
 };
 
-// The input or the request cannot be answered at all; the text is the one line that says why.
+// The input is unreadable, or the request has no answer. The text is one line with the reason.
 class UnusableInput : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Calls read(), and has the line that says why it cannot begin with the path.
+// Calls read(). Puts the path at the start of the message of an UnusableInput.
 template <typename Read>
 auto WithPath(const std::string& path, Read read) {
   try {

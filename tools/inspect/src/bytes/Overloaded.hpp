@@ -1,5 +1,5 @@
 /** @file
-  Overloaded: one visitor for std::visit made of one lambda for each alternative.
+  Overloaded: combines one lambda for each alternative into one visitor for std::visit.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -13,7 +13,7 @@ template <typename... Visitors>
 struct Overloaded : Visitors... {
   using Visitors::operator()...;
 };
-// Clang deduces this for aggregates from version 17 on only.
+// Clang before version 17 does not deduce this for aggregates.
 template <typename... Visitors>
 Overloaded(Visitors...) -> Overloaded<Visitors...>;
 

@@ -1,5 +1,5 @@
 /** @file
-  Style: emphasis for terminals, and none for anything else.
+  Style: emphasis on terminals, plain text elsewhere.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -36,7 +36,7 @@ void AppendUtf8(std::string& out, char32_t point) {
   }
 }
 
-// The first character of valid UTF-8, which a JSON parser lets nothing else through as.
+// The first character of valid UTF-8. The JSON parser rejects invalid UTF-8, so no input here is invalid.
 char32_t TakePoint(std::string_view& utf8) {
   const auto unit = [&utf8](std::size_t i) -> char32_t {
     return i < utf8.size() ? static_cast<unsigned char>(utf8[i]) : 0;

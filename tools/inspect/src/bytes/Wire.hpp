@@ -1,5 +1,5 @@
 /** @file
-  The driver's public wire headers. They define macros with everyday names: include this last, in sources alone.
+  The driver's public wire headers. The headers define macros with common names: include this last, in sources only.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
