@@ -1,5 +1,5 @@
 /** @file
-  A capture taken apart into its transport records; nothing inside a payload is looked at.
+  Splits a capture into its transport records. Payloads are not decoded here.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,7 +21,7 @@ static_assert(kRecordTypes == TRANSPORT_RECORD_COUNT);
 
 constexpr EFI_GUID kTransportRecordGuid = VARO_TRANSPORT_RECORD_GUID;
 
-// No capture comes near: five tables of at most 64 KiB each and the stream of 256 records.
+// Upper limit for a file. A capture is far smaller: five tables of at most 64 KiB each, and 256 records.
 constexpr std::size_t kLargestFile = std::size_t{64} << 20;
 
 constexpr const char* kRecordNames[kRecordTypes] = {"directory",   "descriptors",   "string table", "attribute table",

@@ -1,5 +1,5 @@
 /** @file
-  A capture taken apart into its transport records; nothing inside a payload is looked at.
+  Splits a capture into its transport records. Payloads are not decoded here.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -19,7 +19,7 @@ namespace corvane::inspect {
 
 inline constexpr std::size_t kRecordTypes = 8;
 
-// The payload of each record type; an absent one was not found whole.
+// The payload of each record type; empty if the record is missing or cut.
 using RecordPayloads = std::array<std::optional<Bytes>, kRecordTypes>;
 
 std::vector<std::uint8_t> ReadFile(const std::filesystem::path& path);  // "-": standard input; throws UnusableInput
@@ -30,10 +30,10 @@ struct CaptureRecord {
   Bytes Payload;
 };
 
-// Those that are whole, up to where no further one begins.
+// Lists the complete records up to the first offset at which no record begins.
 std::vector<CaptureRecord> ListRecords(Bytes capture, Findings& findings);
 
-// Throws UnusableInput when the string, attribute and value tables are not all there.
+// Throws UnusableInput if the string, attribute or value table is missing.
 RecordPayloads SplitCapture(Bytes capture, Findings& findings);
 
 }  // namespace corvane::inspect

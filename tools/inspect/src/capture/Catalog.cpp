@@ -1,5 +1,5 @@
 /** @file
-  Catalog: the attributes of an image with names and texts in place of handles, so that two boots can be compared.
+  Catalog: the attributes of an image with names and texts instead of handles, so that boots are comparable.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -92,7 +92,7 @@ void CheckDescriptors(const Image& image, Findings& findings) {
   }
 }
 
-// Calls check(string handle, what it names) for every name that an attribute refers to.
+// Calls check(string handle, kind of name) for every name that an attribute refers to.
 template <typename Check>
 void ForEachName(const AttributeEntry& attribute, Check check) {
   check(attribute.NameHandle, "name");
@@ -177,7 +177,7 @@ void CheckAttributes(const Image& image, Findings& findings) {
   }
 }
 
-// Strings are left out: the value table may have one that was read later than the record.
+// Strings are not compared: the driver may read a string for the value table after it filled the record.
 bool SameValue(const StreamRecord& record, const ValueEntry& value) {
   return std::holds_alternative<StringValue>(value.Value) || std::holds_alternative<PasswordValue>(value.Value) ||
          record.Value == value.Value;
@@ -203,10 +203,10 @@ void CheckStream(const Image& image, Findings& findings) {
   }
 }
 
-// What is in a table and not in the driver's store.
+// Reports entries of a table that the driver's store does not have.
 void CheckSurplus(const Image& image, Findings& findings) {
   const Stream& stream = *image.Stream;
-  constexpr std::uint16_t kSlots = 256;  // the stream has no more
+  constexpr std::uint16_t kSlots = 256;  // number of slots in the stream
   for (const AttributeEntry& attribute : image.Attributes.Entries) {
     if (attribute.Handle < kSlots && stream.Find(attribute.Handle) == nullptr) {
       findings.Add("stream-differs", "attribute {} is not in the attribute stream", attribute.Handle);

@@ -11,6 +11,6 @@
 
 namespace corvane::inspect {
 
-void CheckImage(Image& image);  // adds to its findings
+void CheckImage(Image& image);  // adds to the image's findings
 
 }  // namespace corvane::inspect

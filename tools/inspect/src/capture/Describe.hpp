@@ -1,5 +1,5 @@
 /** @file
-  The attribute line and its pieces, in the form that tools/inspect/README.md lays down.
+  The attribute line and its parts. tools/inspect/README.md defines the form.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

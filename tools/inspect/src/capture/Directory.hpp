@@ -30,7 +30,7 @@ struct Directory {
   std::string Content;
   std::uint8_t Version = 0;
   std::uint16_t Length = 0;
-  std::uint8_t Sum = 0;  // of the first Length bytes; 0 when the checksum is right
+  std::uint8_t Sum = 0;  // of the first Length bytes; 0 if the checksum is right
   std::vector<DirectoryEntry> Entries;
 };
 

@@ -17,7 +17,7 @@
 
 namespace corvane::inspect {
 
-// A field that is not there any more is zero or empty, and the byte reader has failed then.
+// A field after the end of the bytes is zero or empty, and the byte reader has failed.
 class FieldReader {
  public:
   static constexpr bool kWrites = false;
@@ -43,7 +43,7 @@ class FieldReader {
     values.resize(std::min(count, values.size()));
   }
   void Text(const char*, std::string& text) const { text = ReadText(bytes_, bytes_.Read<std::uint16_t>()); }
-  // In the cache, such a text has its length first instead.
+  // In the cache, a length precedes such a text, and no zero follows.
   void Terminated(const char* key, std::string& text) const {
     form_ == TextForm::Counted ? Text(key, text) : void(text = ReadTerminated(bytes_));
   }

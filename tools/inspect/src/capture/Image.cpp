@@ -1,5 +1,5 @@
 /** @file
-  Image: everything a capture holds, decoded, with what is wrong with it.
+  Image: a decoded capture, with its findings.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,7 +16,7 @@
 namespace corvane::inspect {
 namespace {
 
-// Attribute handles that the table should have, in its order; the stream shows those up to 255.
+// Counts the attribute handles that the table should have. The stream has handles up to 255.
 template <typename HasEntry>
 void MeasureAgainstStream(const Stream& stream, HasEntry hasEntry, TableFill& fill) {
   std::uint64_t expected = 0;
@@ -138,7 +138,7 @@ std::vector<TableFill> MeasureFill(const Image& image) {
     fill.CrcOk = frame->CrcOk();
     const Stream* stream = image.Stream && image.Stream->Sound ? &*image.Stream : nullptr;
     if (stream == nullptr) {
-      // The pad takes no room from the next entry. Nothing larger than what is there is taken for likely.
+      // The next entry would overwrite the pad. The estimate is that no lost entry is larger than the largest one here.
       const std::size_t taken = fill.Used - std::min(fill.Used, frame->Pad);
       fill.MaybeCut = taken > kind.Capacity || kind.Capacity - taken < frame->LargestEntry;
     } else if (kind.Id == TableId::Attributes) {

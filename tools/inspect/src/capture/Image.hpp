@@ -1,5 +1,5 @@
 /** @file
-  Image: everything a capture holds, decoded, with what is wrong with it.
+  Image: a decoded capture, with its findings.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -19,7 +19,7 @@
 namespace corvane::inspect {
 
 struct Image {
-  std::vector<std::uint8_t> Capture;  // what the spans below lead into
+  std::vector<std::uint8_t> Capture;  // the spans below point into this
   RecordPayloads Payloads;
   std::optional<inspect::Directory> Directory;
   std::optional<std::vector<Descriptor>> Descriptors;
@@ -30,32 +30,32 @@ struct Image {
   std::optional<TextTable> Help;
   std::optional<inspect::Stream> Stream;
   inspect::Findings Findings;
-  bool OfCache = false;  // made of a cache: there is no directory and no descriptor, and no table is cut
+  bool OfCache = false;  // made of a cache: no directory, no descriptors, no table is cut
 
   Image() = default;
   Image(Image&&) = default;
   Image& operator=(Image&&) = default;
 
-  // By name, with or without its annotations; names are not necessarily unique.
+  // Finds attributes by name, with or without annotations. Several attributes may have one name.
   std::vector<const AttributeEntry*> FindByName(std::string_view name) const;
-  const TableFrame* FrameOf(TableId id) const;  // null where the capture lacks the table
+  const TableFrame* FrameOf(TableId id) const;  // null if the capture lacks the table
   std::size_t EntryCountOf(TableId id) const;
 };
 
 // Throws UnusableInput.
 Image DecodeImage(std::vector<std::uint8_t> capture, bool ofCache = false);
 
-// How full a table is, and what the attribute stream says that it lacks.
+// How full a table is, and how many entries it lacks according to the attribute stream.
 struct TableFill {
   TableId Id{};
   std::size_t Used = 0;  // bytes of the finished table
   std::size_t Entries = 0;
   bool CrcOk = false;
-  bool MaybeCut = false;                   // nothing proves a cut or its absence, and room is short
-  std::optional<std::uint64_t> Lost;       // entries that did not fit; unknown without the attribute stream
-  std::optional<std::uint16_t> FirstLost;  // handle of the first of them
+  bool MaybeCut = false;                   // the table is nearly full, and no stream proves or disproves a cut
+  std::optional<std::uint64_t> Lost;       // entries that did not fit; needs the attribute stream
+  std::optional<std::uint16_t> FirstLost;  // handle of the first lost entry
 };
 
-std::vector<TableFill> MeasureFill(const Image& image);  // of the tables at hand
+std::vector<TableFill> MeasureFill(const Image& image);  // of the tables that the capture has
 
 }  // namespace corvane::inspect

@@ -1,5 +1,5 @@
 /** @file
-  Names as the string table has them: a bare name and the annotations in square brackets behind it.
+  Names of the string table: a bare name, followed by annotations in square brackets.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -27,7 +27,7 @@ bool IsOctal(std::string_view digits) {
          std::all_of(digits.begin(), digits.end(), [](char digit) { return digit >= '0' && digit <= '7'; });
 }
 
-// Sets what the text between the brackets says; what is wrong with it comes back.
+// Parses the text between the brackets. Returns what is wrong with the text; empty if nothing is wrong.
 std::string ReadAnnotation(std::string_view content, Annotation& annotation) {
   if (content.starts_with(kRegEx)) {
     annotation.Kind = AnnotationKind::RegEx;

@@ -1,5 +1,5 @@
 /** @file
-  Names as the string table has them: a bare name and the annotations in square brackets behind it.
+  Names of the string table: a bare name, followed by annotations in square brackets.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,15 +14,15 @@
 namespace corvane::inspect {
 
 enum class AnnotationKind {
-  RegEx,       // an expression that values of the attribute match
-  ForceIf,     // forced while the attribute named has the value named
-  ForceIfNot,  // forced while it has any other value
+  RegEx,       // values of the attribute match this expression
+  ForceIf,     // forced while the named attribute has the named value
+  ForceIfNot,  // forced while the named attribute has any other value
   Unknown,
 };
 
 struct Annotation {
   AnnotationKind Kind = AnnotationKind::Unknown;
-  std::string Text;        // as it stands, with its brackets
+  std::string Text;        // unchanged, brackets included
   std::string Expression;  // of a RegEx, unescaped: "^[\x20-\x7e]{0,32}$"
   std::string Attribute;   // of a ForceIf or ForceIfNot
   std::string Value;
@@ -33,14 +33,14 @@ struct Annotation {
 struct Keyword {
   std::string Bare;
   std::vector<Annotation> Annotations;  // in their order
-  std::string Problem;                  // a clause that says what is wrong with the annotations; empty when nothing is
+  std::string Problem;                  // what is wrong with the annotations, as a clause; empty if nothing is wrong
 };
 
-// Takes a name of the string table apart, whatever is in it.
+// Splits a name of the string table. Any content is accepted.
 Keyword ParseKeyword(std::string_view name);
 
-// Backslashes of an expression are doubled, and its brackets are octal escapes, since real ones would end the
-// annotation. \x escapes stay: regular expressions know them.
+// An expression has doubled backslashes, and octal escapes instead of brackets, because a bracket would end the
+// annotation. \x escapes stay, because regular expressions support \x.
 std::string UnescapeExpression(std::string_view escaped);
 
 }  // namespace corvane::inspect

@@ -18,11 +18,11 @@ zero), WideText (UINT16 length in bytes, UCS-2) and Reserved (zeros). kWrites te
 
 namespace corvane::inspect {
 
-// The alternative that goes with a type byte, empty; a value of an unknown type has no bytes.
+// The empty alternative for a type byte. Bounds and values of an unknown type have no bytes.
 Bounds EmptyBounds(std::uint8_t type);
 Value EmptyValue(std::uint8_t type);
 
-// Sources that a boot configuration of the attribute stream has room for.
+// Capacity of the source list of a boot configuration in the attribute stream.
 inline constexpr std::size_t kStreamSources = 20;
 
 template <typename Archive>

@@ -1,5 +1,5 @@
 /** @file
-  Pairing: which display and help texts belong to which attribute, as far as the order of their creation proves it.
+  Pairing: assigns display and help texts to attributes, as far as the order of creation proves the assignment.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,11 +16,11 @@ namespace corvane::inspect {
 namespace {
 
 constexpr std::uint16_t kFirstHandle = 16;       // of attributes and of strings
-constexpr std::size_t kStringCapacity = 5104;    // strings that the store has room for
-constexpr std::size_t kEnumerationLimit = 241;   // from here on questions leave texts and become no attribute
+constexpr std::size_t kStringCapacity = 5104;    // capacity of the store
+constexpr std::size_t kEnumerationLimit = 241;   // from this count on, questions create texts but no attribute
 constexpr std::uint16_t kBootConfiguration = 6;  // attribute handle
 
-// Attributes that the driver makes itself. Their texts are the same on every platform.
+// The driver's own attributes. Their texts are the same on every platform.
 struct OwnAttribute {
   std::string_view Name;
   std::u16string_view Display;
@@ -48,7 +48,7 @@ constexpr std::array kOwnAttributes = {
     OwnAttribute{"MIPICam4", u"MIPI Camera 4"},
     OwnAttribute{"AuxoraSupportLevel", u"Auxora Support Level"},
 };
-// In every boot, behind all others, and at handles of their own.
+// Attributes of every boot. They come after all others and have reserved handles.
 constexpr std::array kPlacedAttributes = {
     OwnAttribute{"AdminPassword", u"Admin Password"},
     OwnAttribute{"SystemPassword", u"System Password"},
@@ -71,13 +71,13 @@ std::u16string Widen(std::string_view text) {
   return wide;
 }
 
-// Of a value of an attribute of the driver's own.
+// Text of a value of one of the driver's own attributes.
 std::u16string OwnValueText(std::string_view name) {
   return name == "ProjectVariablesPreserve" ? u"Project Variables Preserve" : Widen(name);
 }
 
-// Texts that a boot can have left behind all others: what the passwords and the boot configuration of it, or of the
-// boot that wrote its cache, made.
+// Texts that may come after all others: those of passwords and boot configuration, from this boot or from the
+// boot that wrote the cache.
 bool IsPlacedText(std::u16string_view text) {
   return text.starts_with(u"Varo:") || text == kBootTitle ||
          std::any_of(kPlacedAttributes.begin(), kPlacedAttributes.end(),
@@ -89,7 +89,7 @@ struct Creation {
   const AttributeEntry* Attribute = nullptr;
   const StreamRecord* Record = nullptr;
   std::size_t Step = 0;                 // its own text
-  std::vector<std::size_t> ValueSteps;  // by value: its text, or kNoStep when its name was there already
+  std::vector<std::size_t> ValueSteps;  // for each value: its text, or kNoStep if an earlier value has the name
   bool MaybeCheckbox = false;
   const OwnAttribute* Own = nullptr;
 };
@@ -110,7 +110,7 @@ class Pairer {
     }
     GatherTexts();
     GatherCreations();
-    std::size_t end = 0;  // of the setup's attributes; behind them the driver's own follow
+    std::size_t end = 0;  // of the setup's attributes; the driver's own attributes follow
     for (std::size_t i = 0; i < creations_.size(); ++i) {
       const std::optional<std::string> name = NameOf(creations_[i].Attribute->NameHandle);
       const bool own =
@@ -175,7 +175,7 @@ class Pairer {
     }
   }
 
-  // The attributes with handles in the order of creation. What is not in the stream may be in the table.
+  // Attributes with handles in the order of creation, from the stream and from the table.
   void GatherCreations() {
     const Stream* stream = image_.Stream && image_.Stream->Sound ? &*image_.Stream : nullptr;
     std::unordered_map<std::uint16_t, const StreamRecord*> records;
@@ -202,15 +202,15 @@ class Pairer {
     return steps_.size() - 1;
   }
 
-  // Whether a name was entered for the attribute at hand: handles are given in order. One beyond that order shows that
-  // something was made that became no attribute.
+  // Whether this attribute added a new name. Handles are assigned in order. A handle above the next one shows that
+  // a question created strings but no attribute.
   bool IsNewName(std::uint16_t handle) {
     if (handle == nextName_) {
       ++nextName_;
       return true;
     }
     inOrder_ = inOrder_ && handle < nextName_;
-    return handle == 0 && nextName_ == kFirstHandle + kStringCapacity;  // the store is full: entered nowhere
+    return handle == 0 && nextName_ == kFirstHandle + kStringCapacity;  // the store is full and drops the string
   }
 
   void AddValueSteps(Creation& creation, bool own) {
@@ -237,8 +237,8 @@ class Pairer {
     }
   }
 
-  // Steps of the attributes up to where something was made that is not among them. How many attributes that is comes
-  // back; the texts of later ones are not proven.
+  // Adds the steps of attributes up to the first question that created strings but no attribute. Returns the number of
+  // these attributes. The texts of later attributes are not proven.
   std::size_t AddSteps(std::size_t end) {
     std::size_t enumerations = 0;
     for (std::size_t i = 0; i < creations_.size(); ++i) {
@@ -291,7 +291,7 @@ class Pairer {
     return entry != nullptr ? std::optional(Utf8FromUcs2(entry->Text)) : std::nullopt;
   }
 
-  // As the display table has it.
+  // The text as the display table shows it.
   std::optional<std::string> DisplayAt(std::size_t place) const {
     if (place >= replayTexts_.Texts.size()) {
       return std::nullopt;
@@ -308,7 +308,7 @@ class Pairer {
 
   bool IsProven(std::size_t step) const { return step < result_.Proven; }
 
-  // The text of an attribute of the driver's own is known; it is hers where the table has it.
+  // The text of a driver's own attribute is known. The attribute has the text if the table has the text.
   void PairOwn(const OwnAttribute& own, std::optional<std::size_t> place, PairedTexts& texts) {
     const std::u16string display(own.Display);
     const std::vector<std::u16string>& all = replayTexts_.Texts;
@@ -340,7 +340,7 @@ class Pairer {
       }
       const auto found = valueTexts_.find(names[i]);
       std::optional<std::string> text = found == valueTexts_.end() ? std::nullopt : found->second;
-      // The text of a checkbox's value is its name, that of a list's is another only where the language is.
+      // The text of a checkbox value is its name. The text of a list value may differ if the language does.
       if (creation.MaybeCheckbox && text != name) {
         text.reset();
       }
@@ -400,7 +400,7 @@ class Pairer {
   std::unordered_map<std::uint16_t, std::optional<std::string>> valueTexts_;  // by name handle
   std::uint16_t nextName_ = kFirstHandle;
   bool inOrder_ = true;
-  bool openEnd_ = false;  // attributes are missing behind those at hand
+  bool openEnd_ = false;  // attributes after the known ones are missing
   std::string endReason_;
   Pairing pairing_;
 };

@@ -1,5 +1,5 @@
 /** @file
-  The attribute stream: the driver's records with what no table has, platform setting numbers and values among it.
+  The attribute stream: the driver's records. Only the stream has numbers and values of platform settings.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t kSlotLimit = 256;  // the stream visits no slot above 255
 
-// A slot of an unknown type leaves no byte in the stream, so a record may be ahead of the slots counted.
+// A slot of an unknown type has no byte in the stream, so the handle of a record may be above the counted slot.
 bool IsRecordOf(const AttributeRecord& head, std::uint64_t slot, std::uint64_t slots) {
   return head.Handle >= slot && head.Handle < slots &&
          BaseTypeOf(head.Type) <= static_cast<std::uint8_t>(BaseType::ConfigurationSet);
@@ -24,7 +24,7 @@ bool IsRecordOf(const AttributeRecord& head, std::uint64_t slot, std::uint64_t s
 
 bool ReadSlots(ByteReader& reader, std::uint64_t slots, Stream& stream) {
   for (std::uint64_t slot = 0; slot < slots; ++slot) {
-    // The low byte of handle 255 looks like an empty slot; that slot is the last, so a head tells them apart.
+    // The low byte of handle 255 equals the mark of an empty slot. Slot 255 is the last: a whole head means a record.
     const bool last = slot + 1 == kSlotLimit && reader.Left() >= sizeof(AttributeRecord);
     if (reader.Left() > 0 && reader.Rest().front() == ATTRIBUTE_STREAM_EMPTY_SLOT && !last) {
       reader.Take(1);
@@ -76,12 +76,12 @@ Stream DecodeStream(Bytes payload, Findings& findings) {
     findings.Add("stream-length", "the attribute stream announces {} bytes and has {}", stream.Size, reader.Left());
   }
 
-  // Compared before adding: the counter is untrusted.
+  // Guard against overflow: the counter is untrusted.
   const std::uint64_t slots = stream.AttributeCount < kSlotLimit - ATTRIBUTE_STORE_FIRST_HANDLE
                                   ? stream.AttributeCount + ATTRIBUTE_STORE_FIRST_HANDLE
                                   : kSlotLimit;
   stream.Sound = ReadSlots(reader, slots, stream);
-  // Zeros remain where records of unknown types were counted.
+  // Records of unknown types leave zeros at the end.
   const Bytes rest = reader.Rest();
   if (!stream.Sound) {
     findings.Add("stream-malformed", "the attribute stream cannot be followed beyond offset {}, after {} records",

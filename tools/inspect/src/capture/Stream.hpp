@@ -1,5 +1,5 @@
 /** @file
-  The attribute stream: the driver's records with what no table has, platform setting numbers and values among it.
+  The attribute stream: the driver's records. Only the stream has numbers and values of platform settings.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,8 +14,8 @@
 namespace corvane::inspect {
 
 struct StreamRecord {
-  AttributeEntry Attribute;  // as the attribute table should have it
-  inspect::Value Value;      // as the value table should have it
+  AttributeEntry Attribute;  // equals the entry of the attribute table
+  inspect::Value Value;      // equals the entry of the value table
   std::uint16_t ValueSize = 0;
   std::uint32_t Token = 0;
   std::vector<std::uint64_t> PlatformValues;  // of an enumeration, parallel to its names
@@ -29,15 +29,15 @@ struct Stream {
   std::uint64_t DisplayCount = 0;
   std::uint64_t HelpCount = 0;
   std::vector<StreamRecord> Records;  // of the occupied slots, in slot order
-  bool Sound = false;                 // read to its end
+  bool Sound = false;                 // was readable to the end
 
   const StreamRecord* Find(std::uint16_t handle) const;
 };
 
-// How a string's current value stands in a record: with a zero behind it, or with its length before it.
+// Form of a string's current value in a record: followed by a zero, or preceded by its length.
 enum class TextForm { Terminated, Counted };
 
-// One record, head and body; empty after the head when the type is unknown.
+// Reads one record, head and body. A record of an unknown type has no body.
 StreamRecord ReadRecord(ByteReader& reader, TextForm form);
 
 Stream DecodeStream(Bytes payload, Findings& findings);

@@ -1,5 +1,5 @@
 /** @file
-  The five published tables, entry by entry, as the packed structures say (DSP0247, and the display and help tables).
+  The five published tables, entry by entry (DSP0247, and the display and help tables).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,12 +21,12 @@ static_assert(PLDM_BIOS_ATTRIBUTE_READ_ONLY == kReadOnly);
 
 constexpr std::size_t kAlignment = 4;
 
-// An entry is longer than any pad, except one of an unknown type in the value table, whose head is not all zero.
+// Entries are longer than a pad. Only value entries of unknown types are as short, and their type byte is not zero.
 bool IsPad(Bytes rest) {
   return rest.size() < kAlignment && std::all_of(rest.begin(), rest.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
-// Splits off and judges the checksum; what comes back are entries and pad.
+// Checks the checksum at the end. Returns the entries and the pad.
 Bytes OpenFrame(TableId id, Bytes content, TableFrame& frame, Findings& findings) {
   const char* name = KindOf(id).Name;
   frame.Content = content;

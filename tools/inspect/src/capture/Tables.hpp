@@ -1,5 +1,5 @@
 /** @file
-  The five published tables, entry by entry, as the packed structures say (DSP0247, and the display and help tables).
+  The five published tables, entry by entry (DSP0247, and the display and help tables).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -26,7 +26,7 @@ struct TableKind {
   const char* Name;
   std::size_t Descriptor;  // its index among the table descriptors
   std::size_t Record;      // the type of the transport record that carries it
-  std::size_t Capacity;    // bytes that the writer allots, checksum included
+  std::size_t Capacity;    // bytes that the driver allocates, checksum included
 };
 
 extern const std::array<TableKind, 5> kTableKinds;  // in the order of TableId
@@ -52,14 +52,14 @@ inline std::uint8_t BaseTypeOf(std::uint8_t type) {
 }
 std::string TypeName(std::uint8_t type);  // of the base type
 
-// How a table is closed, and what its fill is measured with.
+// Checksum and pad of a table, and what is needed to measure its fill.
 struct TableFrame {
   Bytes Content;                 // all of it
   std::size_t Pad = 0;           // zero bytes between the last entry and the checksum
   std::size_t LargestEntry = 0;  // bytes
   std::uint32_t StoredCrc = 0;
   std::uint32_t ComputedCrc = 0;
-  bool Sound = true;  // every entry was read to its end
+  bool Sound = true;  // every entry was complete
 
   bool CrcOk() const { return StoredCrc == ComputedCrc; }
 };
@@ -91,7 +91,7 @@ struct TextTable : Table<TextEntry> {
   std::u16string Language;
 };
 
-// What an attribute may be. Names are string handles.
+// The values that an attribute may have. Names are string handles.
 struct EnumerationBounds {
   std::vector<std::uint16_t> Names;
   std::vector<std::uint8_t> Defaults;  // indices of Names; the driver writes one
@@ -140,7 +140,7 @@ struct AttributeEntry {
   bool operator==(const AttributeEntry&) const = default;
 };
 
-// What an attribute is at the moment.
+// The current value of an attribute.
 struct EnumerationValue {
   std::vector<std::uint8_t> Indices;  // the driver writes one
   bool operator==(const EnumerationValue&) const = default;
@@ -181,7 +181,7 @@ struct ValueEntry {
   bool operator==(const ValueEntry&) const = default;
 };
 
-// Each decodes as much as can be read; what is wrong goes to the findings.
+// Each decodes as many entries as are readable, and adds errors to the findings.
 Table<StringEntry> DecodeStringTable(Bytes content, Findings& findings);
 Table<AttributeEntry> DecodeAttributeTable(Bytes content, Findings& findings);
 Table<ValueEntry> DecodeValueTable(Bytes content, Findings& findings);
@@ -195,7 +195,7 @@ TableMeasure MeasureTable(TableId id, Bytes content);
 
 std::uint32_t Crc32(Bytes bytes);
 
-// `count` little-endian integers; fewer than announced never come back without the reader having failed.
+// Reads `count` little-endian integers. If fewer are left, the reader fails and the result is empty.
 template <typename T>
 std::vector<T> ReadMany(ByteReader& reader, std::size_t count) {
   std::vector<T> values;
@@ -211,7 +211,7 @@ inline std::string ReadText(ByteReader& reader, std::size_t length) {
   return std::string(bytes.begin(), bytes.end());
 }
 
-// Text up to a zero byte, which is taken too. The reader fails where there is none.
+// Reads text up to and including a zero byte. The reader fails if there is no zero byte.
 inline std::string ReadTerminated(ByteReader& reader) {
   const Bytes rest = reader.Rest();
   const auto end = std::find(rest.begin(), rest.end(), std::uint8_t{0});

@@ -1,5 +1,5 @@
 /** @file
-  TextReplay: which text each step of the gathering of attributes made, where only one is possible.
+  TextReplay: finds the text that each step of gathering created, if only one text is possible.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,7 +15,7 @@
 namespace corvane::inspect {
 namespace {
 
-// A title of fewer characters besides blanks is not too long for a display text: it would be blanks for the most part.
+// A title with fewer characters that are not blanks is taken to fit: a longer title would be mostly blanks.
 constexpr std::size_t kLongTitle = 88;
 
 // A set of positions among the texts.
@@ -43,7 +43,7 @@ class Positions {
   std::vector<std::uint64_t> words_;
 };
 
-// As the string table has names: the low byte of each character. Titles lose their blanks there.
+// The form of the string table: the low byte of each character. Titles have no blanks there.
 std::u16string TitleKey(std::u16string_view text) {
   std::u16string key;
   for (const char16_t character : WithoutStars(text)) {
@@ -54,7 +54,7 @@ std::u16string TitleKey(std::u16string_view text) {
   return key;
 }
 
-// Which text is met first at which position.
+// The position of the first occurrence of each text.
 class FirstPlaces {
  public:
   void Add(std::u16string text, std::size_t place) { places_.try_emplace(std::move(text), place); }
@@ -119,7 +119,7 @@ class Walker {
   bool CanSkip(std::size_t index, std::size_t position) const {
     const ReplayStep& step = steps_[index];
     if (position >= texts_.Capacity || position > texts_.Texts.size()) {
-      return true;  // a full store, or the text may be among those that are not known
+      return true;  // the store is full, or the text may be among the unknown ones
     }
     switch (step.Kind) {
       case ReplayKind::Any:
@@ -133,11 +133,11 @@ class Walker {
     return true;
   }
 
-  // Which positions the steps before a boundary can lead to, as long as they lead anywhere.
+  // Computes the reachable positions at each boundary between steps.
   void WalkForward() {
     reached_.emplace_back(texts_.Total).Add(0);
     for (std::size_t index = 0; index < steps_.size(); ++index) {
-      // Positions too low for the steps left to reach the end would only be dropped on the way back.
+      // Skips positions from which the remaining steps cannot reach the end. The backward pass would drop them.
       const std::size_t left = steps_.size() - index - 1;
       const std::size_t lowest = texts_.EndsFrom > left ? texts_.EndsFrom - left : 0;
       Positions next(texts_.Total);
@@ -156,7 +156,7 @@ class Walker {
     }
   }
 
-  // The boundary behind the last step whose text can be recognised.
+  // The boundary after the last step with a recognizable text.
   std::size_t LastAnchor(std::size_t end) const {
     while (end > 0 && steps_[end - 1].Kind != ReplayKind::Title && steps_[end - 1].Kind != ReplayKind::Fixed) {
       --end;
@@ -164,7 +164,7 @@ class Walker {
     return end;
   }
 
-  // Drops the positions that lead nowhere and notes what each step did in all ways that are left.
+  // Drops positions that do not reach the end. Keeps the result of each step that all remaining solutions share.
   void WalkBack(std::size_t end, ReplayResult& result) {
     result.Places.resize(end);
     result.Proven = end;

@@ -1,5 +1,5 @@
 /** @file
-  TextReplay: which text each step of the gathering of attributes made, where only one is possible.
+  TextReplay: finds the text that each step of gathering created, if only one text is possible.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,32 +14,32 @@
 
 namespace corvane::inspect {
 
-// Texts stand in their order of creation, and nothing says what a text belongs to. What made texts, and in which order,
-// is known; whether a step made one is not always: a text of more than 174 characters is left out, one that is there
-// already is not entered again, a checkbox and a list of two values look alike.
+// Texts are in the order of creation, without a link to an attribute. The steps that create texts, and their order,
+// are known. Whether a step created a text is not always known: a text above 174 characters is dropped, an existing
+// text is not added again, and a checkbox looks like a list of two values.
 enum class ReplayKind {
-  Any,    // a new text, unless it was too long
-  Title,  // a text that is Text once its blanks are taken out, unless it was there or too long
-  Maybe,  // Text, unless it was there or nothing was entered
-  Fixed,  // Text, unless it was there
+  Any,    // a new text, unless too long
+  Title,  // a text that equals Text without its blanks, unless present before or too long
+  Maybe,  // Text, unless present before or not added
+  Fixed,  // Text, unless present before
 };
 
 struct ReplayStep {
   ReplayKind Kind = ReplayKind::Any;
-  std::u16string Text;  // not of Any
+  std::u16string Text;  // unused with Any
 };
 
 struct ReplayTexts {
-  std::vector<std::u16string> Texts;  // as many as are known, from the first on
-  std::size_t Total = 0;              // how many there are at most
-  std::size_t EndsFrom = 0;           // the last step can have been followed by texts from here on
-  std::size_t Capacity = 0;           // of the store: no text is entered beyond
+  std::vector<std::u16string> Texts;  // the known texts, from the first on
+  std::size_t Total = 0;              // upper limit for the number of texts
+  std::size_t EndsFrom = 0;           // texts from this position on may come after the last step
+  std::size_t Capacity = 0;           // of the store, which drops further texts
 };
 
 struct ReplayResult {
-  std::size_t Proven = 0;                          // steps from the first on that did the same in all ways
-  std::vector<std::optional<std::size_t>> Places;  // of these steps: the text that each made
-  bool CameOut = false;                            // there is a way through all steps
+  std::size_t Proven = 0;                          // number of first steps with the same result in all solutions
+  std::vector<std::optional<std::size_t>> Places;  // for each of these steps: its text
+  bool CameOut = false;                            // a solution exists
 };
 
 ReplayResult Replay(const std::vector<ReplayStep>& steps, const ReplayTexts& texts);
