@@ -1,5 +1,5 @@
 /** @file
-  CacheContent: the attribute cache of a variable store, decoded, with what is wrong with each of its variables.
+  CacheContent: the decoded attribute cache of a variable store, with the problem of each variable.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -75,7 +75,7 @@ class Decoder {
   CacheVariable& Of(CacheId id) { return cache_.Variables[static_cast<std::size_t>(id)]; }
   Bytes DataOf(CacheId id) const { return data_[static_cast<std::size_t>(id)]; }
 
-  // The first problem stands; what a boot does about the worst of them counts.
+  // Keeps the first problem, and the outcome of the worst problem.
   void Complain(CacheId id, Restore outcome, std::string problem) {
     CacheVariable& variable = Of(id);
     if (variable.Problem.empty()) {
@@ -141,7 +141,7 @@ class Decoder {
     }
   }
 
-  // The content of a compressed variable. An entry beyond what could be decoded is not there.
+  // The content of a compressed variable; empty if it cannot be decompressed.
   std::vector<std::uint8_t> Content(CacheId id, Restore missing, Restore broken) {
     CacheVariable& variable = Of(id);
     if (!variable.Present) {

@@ -1,5 +1,5 @@
 /** @file
-  CacheContent: the attribute cache of a variable store, decoded, with what is wrong with each of its variables.
+  CacheContent: the decoded attribute cache of a variable store, with the problem of each variable.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -36,10 +36,10 @@ struct CacheVariable {
   const char* Name = "";
   bool Present = false;
   std::size_t Size = 0;                // bytes of data
-  std::size_t Footprint = 0;           // with header and name
-  std::optional<std::size_t> Content;  // bytes that the data decode to
+  std::size_t Footprint = 0;           // header and name included
+  std::optional<std::size_t> Content;  // bytes after decompression
   std::size_t Entries = 0;
-  std::string Problem;  // a clause; empty when nothing is wrong
+  std::string Problem;  // a clause; empty if nothing is wrong
   Restore Outcome = Restore::Whole;
 };
 
@@ -53,18 +53,18 @@ struct CacheCounters {
 struct CacheContent {
   std::array<CacheVariable, 7> Variables;  // by CacheId
   std::string Version;                     // of the firmware that wrote it
-  std::uint8_t Status = 0;                 // not 0: somebody marked it bad
+  std::uint8_t Status = 0;                 // any value but 0 marks the cache as bad
   inspect::Seal Seal = Seal::None;
   std::optional<CacheCounters> Counters;
   StoredTexts Texts;                  // a lost text is empty: its handle stays taken
-  std::vector<StreamRecord> Records;  // as far as they can be read; boot configurations are not kept
-  std::uint64_t CountedRecords = 0;   // those that the restored AttributeCount counts
-  std::uint64_t HelpTexts = 0;        // help texts that are restored
+  std::vector<StreamRecord> Records;  // the readable records; the cache has no boot configurations
+  std::uint64_t CountedRecords = 0;   // AttributeCount after a restore
+  std::uint64_t HelpTexts = 0;        // HelpCount after a restore
   std::optional<std::vector<std::uint32_t>> DependencyList;  // "PidDepList"
 
   const CacheVariable& Of(CacheId id) const { return Variables[static_cast<std::size_t>(id)]; }
-  bool IsAbsent() const;  // there is none of the six variables that a cache is made of
-  bool IsWhole() const;   // all are there, and nothing is wrong with them
+  bool IsAbsent() const;  // none of the six variables is present
+  bool IsWhole() const;   // all are present, without a problem
 };
 
 CacheContent DecodeCache(const VariableStore& store);

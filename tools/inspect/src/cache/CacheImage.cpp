@@ -1,5 +1,5 @@
 /** @file
-  The image of a cache: its records and strings as the driver's tables would have them if these had no end.
+  The image of a cache: the tables that the driver would publish if tables had no capacity limit.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -19,7 +19,7 @@ constexpr std::size_t kAlignment = 4;
 constexpr std::uint16_t kFirstHandle = 16;
 constexpr std::size_t kStreamSlots = 256;
 constexpr std::uint8_t kEmptySlot = 0xFF;
-constexpr std::size_t kLongest = 0xFFFF / 2;  // characters; a damaged store can have more than a table entry
+constexpr std::size_t kLongest = 0xFFFF / 2;  // characters; limit of a table entry, which a damaged store may exceed
 
 void Close(ByteWriter& table) {
   table.Reserved((kAlignment - table.Content.size() % kAlignment) % kAlignment);
@@ -98,7 +98,7 @@ Image ImageOfCache(const CacheContent& cache) {
   }
   Close(attributes);
   Close(values);
-  // Stars only keep texts apart; readers of the table do not see them.
+  // Leading stars make equal texts distinct. The published table has no stars.
   std::vector<std::u16string> display;
   for (const std::u16string& text : cache.Texts.Display) {
     const std::u16string bare = WithoutStars(text);

@@ -1,5 +1,5 @@
 /** @file
-  `inspect cache`: what a variable store holds of the attribute cache, and what the next boot makes of it.
+  `inspect cache`: the attribute cache in a variable store, and what the next boot does with it.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,7 +20,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kGather = "gathers all attributes from the setup's form sets and ";
 
-// What a boot without a variable lacks.
+// What is lost without a variable.
 const char* LossOf(CacheId id) {
   switch (id) {
     case CacheId::Attributes:
@@ -46,7 +46,7 @@ std::string Join(const std::vector<std::string>& parts) {
   return text;
 }
 
-// Of the variables that match.
+// Joins the descriptions of the variables that match.
 std::string List(const CacheContent& cache, const std::function<bool(const CacheVariable&)>& matches,
                  const std::function<std::string(const CacheVariable&)>& describe) {
   std::vector<std::string> parts;
@@ -78,7 +78,7 @@ bool IsTextList(CacheId id) {
   return id == CacheId::Names || id == CacheId::Display || id == CacheId::Help;
 }
 
-// What a boot does that finds its own version and no broken seal: it restores, whatever the other variables hold.
+// The next boot, if the version is its own and no seal is broken. It restores whatever the other variables hold.
 std::string DescribeRestore(const CacheContent& cache) {
   const auto loses =
       List(cache, IsHarmed, [](const CacheVariable& variable) -> std::string { return LossOf(variable.Id); });

@@ -1,5 +1,5 @@
 /** @file
-  `inspect cache`: what a variable store holds of the attribute cache, and what the next boot makes of it.
+  `inspect cache`: the attribute cache in a variable store, and what the next boot does with it.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -19,16 +19,16 @@ enum class CacheState { Absent, Valid, Stale, MarkedBad, Partial, Corrupt };
 
 struct CacheVerdict {
   CacheState State = CacheState::Absent;
-  std::string Reason;    // why; a sentence
-  std::string NextBoot;  // what it does; sentences
+  std::string Reason;    // one sentence
+  std::string NextBoot;  // what the next boot does; sentences
 
-  // Whether the next boot works as it is meant to: from the cache, or for want of one.
+  // Whether the next boot works as intended: from the cache, or by gathering because there is no cache.
   bool IsFine() const { return State == CacheState::Absent || State == CacheState::Valid; }
 };
 
 struct CacheOptions {
-  std::optional<std::string> Firmware;  // version that runs next; the one that wrote the cache if left out
-  std::optional<std::size_t> Limit;     // bytes that the store takes for one variable, header and name included
+  std::optional<std::string> Firmware;  // version that boots next; default: the version that wrote the cache
+  std::optional<std::size_t> Limit;     // largest variable of the store in bytes, header and name included
 };
 
 const char* NameOf(CacheState state);

@@ -1,5 +1,5 @@
 /** @file
-  Decompress: what a block of the UEFI compression algorithm stands for (UEFI specification, compression algorithm).
+  Decompress: decodes a block of the UEFI compression algorithm (UEFI specification, compression algorithm).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,10 +21,10 @@ constexpr std::size_t kLengthCodes = 19;          // code lengths of these
 constexpr std::size_t kDistanceCodes = 14;        // widths of match distances
 constexpr std::size_t kLongestCode = 16;          // bits
 constexpr std::size_t kShortestMatch = 3;         // bytes
-constexpr std::size_t kLargestContent = 1 << 24;  // what a store of 5,104 strings comes to is a tenth of it
+constexpr std::size_t kLargestContent = 1 << 24;  // bytes; ten times a full store of 5,104 strings
 constexpr std::size_t kNoGap = SIZE_MAX;
 
-// Most significant bit first. Behind the end there are zeros.
+// Reads the most significant bit first. Bits after the end are zero.
 class BitReader {
  public:
   explicit BitReader(Bytes bytes) : bytes_(bytes) {}
@@ -49,13 +49,13 @@ class BitReader {
   std::size_t position_ = 0;  // in bits
 };
 
-// A canonical prefix code: codes are given out by length, and within a length by symbol.
+// A canonical prefix code: codes are assigned by length, and within a length by symbol.
 class PrefixCode {
  public:
-  // Every code is `symbol`, without a bit.
+  // Every code is `symbol` and takes no bit.
   void SetSingle(std::uint32_t symbol) { single_ = symbol; }
 
-  // False unless the lengths make a complete code.
+  // Returns false unless the lengths make a complete code.
   bool SetLengths(const std::vector<std::uint8_t>& lengths) {
     single_.reset();
     symbols_.clear();
@@ -92,7 +92,7 @@ class PrefixCode {
       before += counts_[length];
       first = (first + counts_[length]) << 1;
     }
-    return 0;  // not met: the code is complete
+    return 0;  // unreachable: the code is complete
   }
 
  private:
@@ -164,7 +164,7 @@ class Decoder {
     }
   }
 
-  // A code of few symbols. Behind the length number `gap` stands how many zeros follow.
+  // Reads a code of few symbols. After length number `gap`, two bits give the number of zeros that follow.
   void ReadShortCode(PrefixCode& code, std::size_t symbols, std::size_t countBits, std::size_t gap) {
     const std::uint32_t count = bits_.Take(countBits);
     if (count == 0) {

@@ -1,5 +1,5 @@
 /** @file
-  Decompress: what a block of the UEFI compression algorithm stands for (UEFI specification, compression algorithm).
+  Decompress: decodes a block of the UEFI compression algorithm (UEFI specification, compression algorithm).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,10 +15,10 @@
 namespace corvane::inspect {
 
 struct Decompressed {
-  std::vector<std::uint8_t> Content;  // as far as it could be decoded
+  std::vector<std::uint8_t> Content;  // as far as decoding went
   std::size_t Announced = 0;          // bytes
-  std::string Problem;                // why the stream cannot be decoded to its end; empty when it can
-  std::string Oddity;                 // what no encoder writes, though it decodes
+  std::string Problem;                // why decoding stopped before the end; empty if it did not
+  std::string Oddity;                 // decodable, but written by no encoder; empty if there is none
 };
 
 Decompressed Decompress(Bytes block);

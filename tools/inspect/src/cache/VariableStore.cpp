@@ -24,13 +24,13 @@ constexpr EFI_GUID kVariableVolume = {0xFFF12B8D, 0x7696, 0x4C8B, {0xA9, 0x85, 0
 constexpr EFI_GUID kPlainStore = {0xDDCF3616, 0x3275, 0x4164, {0x98, 0xB6, 0xFE, 0x85, 0x70, 0x7F, 0xFE, 0x7D}};
 constexpr EFI_GUID kAuthenticatedStore = {0xAAF32C78, 0x947B, 0x439A, {0xA1, 0x80, 0x2E, 0x14, 0x4E, 0xC3, 0x77, 0x92}};
 
-constexpr std::size_t kVolumeAlignment = 512;  // the coarsest that flash blocks begin at
+constexpr std::size_t kVolumeAlignment = 512;  // volumes begin at a multiple of this
 constexpr std::uint16_t kVariableStart = 0x55AA;
 constexpr std::size_t kVariableAlignment = 4;
 constexpr std::uint8_t kFormatted = 0x5A;
 constexpr std::uint8_t kHealthy = 0xFE;
-constexpr std::uint8_t kAdded = 0x3F;          // states: bits are cleared as a variable's life goes on
-constexpr std::uint8_t kBeingReplaced = 0x3E;  // still valid while its successor is not
+constexpr std::uint8_t kAdded = 0x3F;          // states; each change of state clears bits
+constexpr std::uint8_t kBeingReplaced = 0x3E;  // valid until the successor is added
 
 #pragma pack(1)
 struct VolumeHeader {
@@ -96,7 +96,7 @@ void CheckSum16(Bytes header, Findings& findings) {
   }
 }
 
-// One variable with its state; `vendor` is all that says whose it is.
+// One variable with its state and vendor. The vendor GUID tells the driver's variables from others.
 struct FoundVariable {
   inspect::Variable Variable;
   EFI_GUID Vendor{};
@@ -192,7 +192,7 @@ VariableStore ReadVariableStore(Bytes flash, Findings& findings) {
       own.push_back(std::move(found));
     }
   }
-  // One that is being replaced counts while there is no successor.
+  // A variable that is being replaced counts if there is no successor.
   for (const std::uint8_t state : {kAdded, kBeingReplaced}) {
     for (FoundVariable& found : own) {
       if (found.State == state && store.Find(found.Variable.Name) == nullptr) {

@@ -19,7 +19,7 @@ namespace corvane::inspect {
 struct Variable {
   std::u16string Name;
   std::uint32_t Attributes = 0;
-  Bytes Data;  // leads into the flash image
+  Bytes Data;  // points into the flash image
 };
 
 struct VariableStore {
@@ -27,17 +27,17 @@ struct VariableStore {
   std::size_t HeaderSize = 0;       // of each variable
   std::size_t Size = 0;             // bytes, its own header included
   std::size_t Used = 0;             // up to the end of the last variable, deleted ones included
-  std::size_t Live = 0;             // of these, what a reclaim keeps
-  std::vector<Variable> Variables;  // the driver's own that are not deleted
+  std::size_t Live = 0;             // bytes of valid variables, which a reclaim keeps
+  std::vector<Variable> Variables;  // valid variables of the driver
 
   const Variable* Find(std::u16string_view name) const;
-  // What a variable takes of the store's limit for one: its header, its name and its data.
+  // Bytes that count against the store's limit for one variable: header, name and data.
   std::size_t Footprint(std::u16string_view name, std::size_t dataSize) const;
 };
 
 bool LooksLikeFlash(Bytes content);
 
-// Throws UnusableInput when there is no variable store in it.
+// Throws UnusableInput if the image has no variable store.
 VariableStore ReadVariableStore(Bytes flash, Findings& findings);
 
 }  // namespace corvane::inspect
