@@ -1,5 +1,5 @@
 /** @file
-  Dependencies: which attribute's value forces which other attribute, as the annotations of names say.
+  Dependencies: which attribute forces which other attribute, by the annotations of names.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

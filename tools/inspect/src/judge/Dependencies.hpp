@@ -1,5 +1,5 @@
 /** @file
-  Dependencies: which attribute's value forces which other attribute, as the annotations of names say.
+  Dependencies: which attribute forces which other attribute, by the annotations of names.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,13 +20,13 @@ namespace corvane::inspect {
 // own name: X is held as it is while A is B.
 struct Force {
   std::size_t Forced = 0;            // position of X in the catalog
-  std::optional<std::size_t> Value;  // position among the values of X; none when X is held as it is
+  std::optional<std::size_t> Value;  // position among the values of X; empty if X is held
   bool Inverted = false;             // ForceIfNot: while A is anything but B
   std::string Text;                  // the annotation
-  std::string Attribute;             // A, as it is named
-  std::string Condition;             // B, likewise
-  std::optional<std::size_t> By;     // position of A; none when no attribute has this name
-  std::optional<std::size_t> When;   // the value B of A, likewise
+  std::string Attribute;             // A, as written
+  std::string Condition;             // B, as written
+  std::optional<std::size_t> By;     // position of A; empty if no attribute has this name
+  std::optional<std::size_t> When;   // the value B of A; empty if A has no such value
 
   bool IsHold() const { return !Value; }
 };
@@ -36,11 +36,11 @@ class Dependencies {
   explicit Dependencies(const Catalog& catalog);
 
   const std::vector<Force>& All() const { return all_; }
-  std::vector<const Force*> OnTo(std::size_t attribute) const;   // what forces it
-  std::vector<const Force*> From(std::size_t attribute) const;   // what it forces
+  std::vector<const Force*> OnTo(std::size_t attribute) const;   // forces on this attribute
+  std::vector<const Force*> From(std::size_t attribute) const;   // forces by this attribute
   std::optional<std::size_t> Find(std::string_view name) const;  // by name without annotations
 
-  // Whether the forcing attribute has a value that makes the force act; no answer when that is not known.
+  // Whether the force acts with the current or planned values. Empty if the value is unknown.
   std::optional<bool> Acts(const Force& force, const std::map<std::size_t, std::size_t>& planned = {}) const;
 
  private:
@@ -49,7 +49,7 @@ class Dependencies {
   std::vector<Force> all_;
 };
 
-// A value of an attribute, in words: "Name=Value".
+// An attribute and its value as "Name=Value".
 std::string DescribeSetting(const Catalog& catalog, std::size_t attribute, std::size_t value);
 
 }  // namespace corvane::inspect

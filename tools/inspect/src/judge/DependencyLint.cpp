@@ -1,5 +1,5 @@
 /** @file
-  DependencyLint: annotations that lead nowhere, in circles, or to two values at once.
+  DependencyLint: annotations without a target, cycles, and contradictions.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -18,11 +18,11 @@
 namespace corvane::inspect {
 namespace {
 
-// A value of an attribute; for holds, which set no value, just the attribute.
+// An attribute and its value. For a hold, which sets no value, the value is 0.
 using Setting = std::pair<std::size_t, std::size_t>;
 using Graph = std::map<Setting, std::set<Setting>>;
 
-// The values of its attribute at which a force acts. Of an integer only the number that a condition names is known.
+// The values at which a force acts. For an integer, only the number in the condition is known.
 std::set<std::size_t> Conditions(const Catalog& catalog, const Force& force) {
   std::set<std::size_t> values;
   if (catalog.Attributes[*force.By].Type() == BaseType::Integer && !force.Inverted) {
@@ -62,7 +62,7 @@ Graph HeldAttributes(const Dependencies& dependencies) {
   return graph;
 }
 
-// One circle of each knot, in its order; it begins with its lowest member.
+// Finds one cycle of each connected group of cycles. A cycle begins with its lowest member.
 std::set<std::vector<Setting>> FindCycles(const Graph& graph) {
   std::set<std::vector<Setting>> cycles;
   std::set<Setting> done;
@@ -70,7 +70,7 @@ std::set<std::vector<Setting>> FindCycles(const Graph& graph) {
     if (done.contains(start)) {
       continue;
     }
-    // Depth first, without recursion: chains of names from outside can be long.
+    // Depth-first search without recursion: chains of names from an input file may be long.
     std::vector<Setting> path{start};
     std::vector<std::vector<Setting>> open;
     std::set<Setting> onPath{start};
@@ -165,7 +165,7 @@ class Finder {
     problems_.push_back({"dependency-cycle", text + "."});
   }
 
-  // Two forces of different values of one attribute that can act at once.
+  // Finds two forces that may act at once and set one attribute to different values.
   void FindConflicts() {
     for (std::size_t i = 0; i < catalog_.Attributes.size(); ++i) {
       const std::vector<const Force*> forces = ForcesOfValues(i);
@@ -200,7 +200,7 @@ class Finder {
     return !same && !both.empty();
   }
 
-  // A value that, by what it forces, leads to another value of the same attribute.
+  // Finds a value that leads to another value of the same attribute.
   void FindSelfDefeat(const Graph& forced) {
     for (const auto& [start, ignored] : forced) {
       std::set<Setting> reached{start};
@@ -238,7 +238,7 @@ std::vector<DependencyProblem> FindDependencyProblems(const Catalog& catalog, co
 }
 
 std::set<std::uint32_t> DependencyTokens(const Catalog& catalog, const Dependencies& dependencies) {
-  constexpr std::size_t kLongestName = 50;  // a longer one ends it all
+  constexpr std::size_t kLongestName = 50;  // Kept for compatibility: a longer name drops the whole list.
   std::set<std::string> names;
   std::set<std::uint32_t> tokens;
   for (const CatalogAttribute& attribute : catalog.Attributes) {
@@ -253,7 +253,7 @@ std::set<std::uint32_t> DependencyTokens(const Catalog& catalog, const Dependenc
       if (annotation.Attribute.size() > kLongestName) {
         return {};
       }
-      // A name that is known already ends the keyword: what follows in it is not looked at.
+      // Kept for compatibility: after a name that is already known, the rest of the keyword is ignored.
       if (!names.insert(annotation.Attribute).second) {
         break;
       }

@@ -1,5 +1,5 @@
 /** @file
-  DependencyLint: annotations that lead nowhere, in circles, or to two values at once.
+  DependencyLint: annotations without a target, cycles, and contradictions.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -23,8 +23,8 @@ struct DependencyProblem {
 
 std::vector<DependencyProblem> FindDependencyProblems(const Catalog& catalog, const Dependencies& dependencies);
 
-// Numbers of the questions that "PidDepList" should have: those that keywords of others name, as the driver collects
-// them.
+// Numbers of the questions that belong into "PidDepList": questions that keywords of other questions name, collected
+// by the driver's rules.
 std::set<std::uint32_t> DependencyTokens(const Catalog& catalog, const Dependencies& dependencies);
 
 }  // namespace corvane::inspect

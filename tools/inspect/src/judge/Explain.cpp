@@ -1,5 +1,5 @@
 /** @file
-  `inspect explain`: who forces an attribute, whom it forces, and what a planned set would drag along.
+  `inspect explain`: what forces an attribute, what it forces, and the consequences of a planned change.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -83,7 +83,7 @@ std::vector<Consequence> FollowPlan(const Catalog& catalog, const Dependencies& 
         set != planned.end() ? DescribeSetting(catalog, *force.By, set->second) : CurrentOf(catalog, *force.By),
         force.Text);
   };
-  // Each round sets an attribute that was not set before, so they end.
+  // Each round sets an attribute that no earlier round set, so the loop ends.
   for (bool again = true; again;) {
     again = false;
     for (const Force& force : dependencies.All()) {

@@ -1,5 +1,5 @@
 /** @file
-  `inspect explain`: who forces an attribute, whom it forces, and what a planned set would drag along.
+  `inspect explain`: what forces an attribute, what it forces, and the consequences of a planned change.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,20 +20,20 @@ namespace corvane::inspect {
 
 struct Consequence {
   enum class Kind {
-    Sets,       // forces an attribute to a value that it does not have
-    Holds,      // keeps an attribute from being set
-    Frees,      // does so no longer
-    Conflicts,  // forces a value other than the one that is planned
+    Sets,       // forces an attribute to another value
+    Holds,      // makes an attribute unchangeable
+    Frees,      // ends a hold
+    Conflicts,  // forces another value than the planned one
   };
   Kind What{};
   std::size_t Attribute = 0;
   std::optional<std::size_t> Value;
-  std::string Because;  // the setting that does it, and the annotation
+  std::string Because;  // the setting and the annotation that cause it
 };
 
 using Plan = std::vector<std::pair<std::size_t, std::size_t>>;  // attributes, by position, and values
 
-// What follows of setting all of the plan at once, in the order in which one leads to the next.
+// The consequences of setting all of the plan at once, each after its cause.
 std::vector<Consequence> FollowPlan(const Catalog& catalog, const Dependencies& dependencies, const Plan& plan);
 
 struct Explanation {
@@ -42,11 +42,11 @@ struct Explanation {
   std::vector<const Force*> From;
   std::vector<std::pair<Plan, std::vector<Consequence>>> Plans;
   bool IsDependedOn = false;     // a keyword of another question names it
-  bool IsCollected = false;      // and not only behind a name that was met before
-  std::optional<bool> IsListed;  // in "PidDepList"; none when that is not known
+  bool IsCollected = false;      // "PidDepList" should have it
+  std::optional<bool> IsListed;  // in "PidDepList"; empty if the list is unknown
 };
 
-// `plan` may be empty: then each of the attribute's other values is a plan.
+// If `plan` is empty, each other value of the attribute is a plan.
 Explanation Explain(const Catalog& catalog, const Dependencies& dependencies, std::size_t attribute, const Plan& plan,
                     const std::vector<std::uint32_t>* dependencyList);
 

@@ -1,5 +1,5 @@
 /** @file
-  Expression: a regular expression of the Perl dialect, compiled, that no input can make run away.
+  Expression: a compiled regular expression of the Perl dialect, with limits on matching time.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -17,7 +17,7 @@
 namespace corvane::inspect {
 namespace {
 
-constexpr std::uint32_t kMatchLimit = 100000;  // steps; what names and values need is far below
+constexpr std::uint32_t kMatchLimit = 100000;  // steps; names and values need far fewer
 
 PCRE2_SPTR UnitsOf(std::string_view text) {
   return reinterpret_cast<PCRE2_SPTR>(text.data());

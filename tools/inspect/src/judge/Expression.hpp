@@ -1,5 +1,5 @@
 /** @file
-  Expression: a regular expression of the Perl dialect, compiled, that no input can make run away.
+  Expression: a compiled regular expression of the Perl dialect, with limits on matching time.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -17,8 +17,8 @@ class Expression {
  public:
   explicit Expression(std::string_view text);  // 8-bit characters; unescaped
 
-  const std::string& Problem() const { return problem_; }  // why it does not compile; empty when it does
-  bool Matches(std::string_view text) const;               // false also where the search would take too long
+  const std::string& Problem() const { return problem_; }  // why it does not compile; empty if it does
+  bool Matches(std::string_view text) const;               // false also if matching exceeds the limits
 
  private:
   std::shared_ptr<void> code_;

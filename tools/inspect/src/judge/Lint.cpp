@@ -23,13 +23,13 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::uint64_t kStreamAttributes = 240;  // counted attributes that the attribute stream and its readers reach
-constexpr std::uint64_t kStoreAttributes = 256;   // counted attributes that the driver's store takes
+constexpr std::uint64_t kStreamAttributes = 240;  // counted attributes in the attribute stream
+constexpr std::uint64_t kStoreAttributes = 256;   // capacity of the driver's store
 constexpr std::size_t kCountedQuestions = 241;    // one-of and checkbox questions that become attributes
-constexpr std::size_t kLongestKeyword = 50;  // characters before an annotation; "PidDepList" fails with a longer one
+constexpr std::size_t kLongestKeyword = 50;  // characters before an annotation; a longer keyword drops "PidDepList"
 constexpr std::size_t kDependencyList = 50;  // identifiers in "PidDepList"
 
-// By the beginning of the code; the first that matches.
+// The first entry applies whose text is a prefix of the code.
 constexpr std::pair<std::string_view, const char*> kAdvice[] = {
     {"table-cut",
      "Shorten or drop names, texts or questions until the table fits: it is closed with a good checksum, and no "
@@ -104,7 +104,7 @@ class Linter {
     }
     LintDuplicates();
     for (DependencyProblem& problem : FindDependencyProblems(catalog_, dependencies_)) {
-      // What a cut took away is not missing from the setup.
+      // A name that a cut table lost is not missing from the setup.
       const bool lost = problem.Code == "annotation-dangling" && IsCut({TableId::Strings, TableId::Attributes});
       if (!lost) {
         Add(problem.Code, std::move(problem.Text), problem.IsNote);
@@ -160,14 +160,14 @@ class Linter {
     if (!verdict.IsFine()) {
       std::string code = fmt::format("cache-{}", NameOf(verdict.State));
       std::replace(code.begin(), code.end(), ' ', '-');
-      // A limit is told above.
+      // The findings above already name the limit.
       if (!cache_->Content.IsWhole() || verdict.State != CacheState::Partial) {
         Add(std::move(code), fmt::format("The cache is {}. {}", NameOf(verdict.State), verdict.Reason));
       }
     }
   }
 
-  // What only the attribute stream says of an attribute has no checksum; the cache of the same boot says it again.
+  // The attribute stream has no checksum. The cache of the same boot repeats its content.
   void LintStream() {
     if (stored_ == nullptr || image_.OfCache || !image_.Stream || !image_.Stream->Sound) {
       return;
@@ -197,7 +197,7 @@ class Linter {
     }
   }
 
-  // Without what a cut accounts for.
+  // Adds findings of the structure, except consequences of a cut.
   void LintStructure() {
     for (const Finding& finding : image_.Findings.List()) {
       const std::string& code = finding.Code;
@@ -220,7 +220,7 @@ class Linter {
       Add("handle-limit", fmt::format("There are {} attributes, and {} at most have handles up to 255.",
                                       stream->AttributeCount, kStreamAttributes));
     }
-    // The setup's end at its last collection.
+    // The setup's attributes end at the last collection.
     const auto& records = cache_ != nullptr && stored_ != nullptr ? cache_->Content.Records
                           : stream != nullptr                     ? stream->Records
                                                                   : std::vector<StreamRecord>{};
@@ -357,7 +357,7 @@ class Linter {
     }
   }
 
-  // "PidDepList" names the questions that keywords of others depend on.
+  // "PidDepList" has the questions that keywords of other questions name.
   void LintDependencyList() {
     const std::set<std::uint32_t> wanted = DependencyTokens(catalog_, dependencies_);
     if (wanted.size() > kDependencyList) {

@@ -21,16 +21,16 @@ namespace corvane::inspect {
 struct LintFinding {
   std::string Code;     // stable, for programs
   std::string Text;     // a sentence
-  std::string Advice;   // what to do
-  bool IsNote = false;  // worth knowing, and as it is meant to be: the exit status does not count it
+  std::string Advice;   // what the user can do
+  bool IsNote = false;  // intended behaviour worth knowing; does not change the exit status
   std::vector<LostEntry> Lost;
 };
 
 struct LintOptions {
-  std::optional<std::size_t> Limit;  // bytes that the store takes for one variable
+  std::optional<std::size_t> Limit;  // largest variable of the store in bytes
 };
 
-// `cache` is what the variable store of the same boot has, if there is one.
+// `cache` is of the variable store of the same boot, or null.
 std::vector<LintFinding> Lint(const Image& image, const CacheReport* cache, const LintOptions& options);
 
 bool IsClean(const std::vector<LintFinding>& findings);

@@ -1,5 +1,5 @@
 /** @file
-  Overflow: which entries a table lacks, by name where that can be known, and how many bytes more it would take.
+  Overflow: the entries that a table lacks, with names if known, and how many bytes the table exceeds its capacity.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,12 +21,12 @@ constexpr std::uint16_t kFirstHandle = 16;
 constexpr std::size_t kChecksum = 4;
 constexpr std::size_t kTextEntryHead = 4;       // handle and length
 constexpr std::size_t kLanguageBlock = 12;      // length, "en-US"
-constexpr std::size_t kAttributeEntries = 256;  // the attribute table has no more
+constexpr std::size_t kAttributeEntries = 256;  // limit of the attribute table
 
 struct WantedEntry {
   std::uint16_t Handle = 0;
   std::size_t Size = 0;      // bytes in the table
-  std::size_t Estimate = 0;  // bytes that the driver looks for room for
+  std::size_t Estimate = 0;  // bytes that the driver checks room for
   std::string Text;
 };
 
@@ -43,7 +43,7 @@ std::string NarrowName(std::u16string_view name) {
   return narrow;
 }
 
-// As the display table has it: stars only keep texts apart.
+// The text of the display table, which has no leading stars.
 std::u16string Shown(const std::u16string& text) {
   const std::u16string bare = WithoutStars(text);
   return bare.size() < text.size() ? bare.substr(std::min(bare.find_first_not_of(u' '), bare.size())) : text;
@@ -57,7 +57,7 @@ class Wanted {
         records_[record.Attribute.Handle] = &record;
       }
     }
-    // The capture's own are those of this boot, and not all of them are in a cache.
+    // Records of the capture take precedence: they are of this boot, and a cache lacks some of them.
     if (image.Stream && image.Stream->Sound) {
       for (const StreamRecord& record : image.Stream->Records) {
         records_[record.Attribute.Handle] = &record;
@@ -133,7 +133,7 @@ class Wanted {
         Fields(writer, value);
       }
       const std::size_t size = writer.Content.size();
-      const bool strict = id == TableId::Attributes;  // an exact fit is refused there
+      const bool strict = id == TableId::Attributes;  // Kept for compatibility: an exact fit is rejected.
       const bool isCollection = BaseType{BaseTypeOf(attribute.Type)} == BaseType::Collection;
       table.Entries.push_back({handle, size,
                                strict         ? size + 1
@@ -162,7 +162,7 @@ std::size_t SizeOf(TableId id, const WantedTable& table) {
   return size + (kChecksum - size % kChecksum) % kChecksum + kChecksum;
 }
 
-// How many entries a table takes before it is full.
+// The number of entries that fit into the table.
 std::size_t Fitting(TableId id, const WantedTable& table) {
   std::size_t room = KindOf(id).Capacity - kChecksum - (IsTextTable(id) ? kLanguageBlock : 0);
   std::size_t count = 0;

@@ -1,5 +1,5 @@
 /** @file
-  `inspect validate`: the structure of an image, for readers of every kind and for those that know common types alone.
+  `inspect validate`: checks the structure of an image, also for readers that know common types only.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "bytes/Text.hpp"
 #include "capture/Describe.hpp"
 
 namespace corvane::inspect {

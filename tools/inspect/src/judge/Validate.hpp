@@ -1,5 +1,5 @@
 /** @file
-  `inspect validate`: the structure of an image, for readers of every kind and for those that know common types alone.
+  `inspect validate`: checks the structure of an image, also for readers that know common types only.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,8 +15,8 @@
 
 namespace corvane::inspect {
 
-// An entry that a reader of enumerations, strings and integers alone does not know. Nothing in it says how long it is,
-// so such a reader cannot go on behind the first.
+// An entry that a reader of enumerations, strings and integers does not know. The entry does not tell its length, so
+// such a reader stops at the first of these entries.
 struct UncommonEntry {
   TableId Table{};
   std::size_t Number = 0;  // in its table
