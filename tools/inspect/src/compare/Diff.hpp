@@ -19,15 +19,15 @@
 namespace corvane::inspect {
 
 struct Difference {
-  std::string Attribute;  // name without annotations; the newer one where it changed
+  std::string Attribute;  // name without annotations; the newer name if it changed
   std::optional<std::uint32_t> Token;
   std::string What;  // stable, for programs
   std::optional<std::string> Old;
   std::optional<std::string> New;
-  bool Breaking = false;  // what somebody wrote for the older one no longer does what it did
+  bool Breaking = false;  // scripts for the older build may fail with the newer one
 };
 
-// Handles play no part: they follow the order of creation. `values`: current values too.
+// Ignores handles, because they depend on the order of creation. `values`: compares current values too.
 std::vector<Difference> DiffCatalogs(const Catalog& older, const Catalog& newer, bool values);
 
 std::string DiffAsText(const std::vector<Difference>& differences, const Style& style);

@@ -1,5 +1,5 @@
 /** @file
-  Which items of two lists are the same one, and which of those changed places.
+  Pairs the items of two lists, and finds the pairs that changed places.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -17,7 +17,7 @@ namespace corvane::inspect {
 
 using Partner = std::optional<std::size_t>;
 
-// Positions of the other list, and of the same length as the own one.
+// For each item, the position of its partner in the other list.
 struct Pairs {
   std::vector<Partner> Old;
   std::vector<Partner> New;
@@ -25,8 +25,8 @@ struct Pairs {
   Pairs(std::size_t oldCount, std::size_t newCount) : Old(oldCount), New(newCount) {}
 };
 
-// Pairs what is still single by a key: an optional, empty where an item has none. Equal keys pair in their order, or,
-// with `unique`, not at all.
+// Pairs items without a partner by a key. keyOf returns an optional, empty if an item has no key. Items with equal keys
+// are paired in order or, with `unique`, not at all.
 template <typename Items, typename KeyOf>
 void PairBy(const Items& older, const Items& newer, KeyOf keyOf, bool unique, Pairs& pairs) {
   using Key = std::decay_t<decltype(*keyOf(*older.begin()))>;
@@ -52,7 +52,7 @@ void PairBy(const Items& older, const Items& newer, KeyOf keyOf, bool unique, Pa
   }
 }
 
-// The fewest positions that have to move so that the rest ascends: those outside a longest ascending run.
+// The positions outside a longest ascending run: the smallest set to move so that the rest ascends.
 inline std::vector<std::size_t> FindMoved(const std::vector<std::size_t>& order) {
   constexpr std::size_t kNone = static_cast<std::size_t>(-1);
   std::vector<std::size_t> ends;  // position at which the best run of each length ends

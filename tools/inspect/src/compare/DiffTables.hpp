@@ -16,8 +16,8 @@ namespace corvane::inspect {
 
 struct ValueDifference {
   std::uint16_t Handle = 0;
-  std::string Name;  // as the attribute line has it
-  std::string Old;   // as the current value of the attribute line; "-" without an entry
+  std::string Name;  // in the form of the attribute line
+  std::string Old;   // in the form of the attribute line; "-" without an entry
   std::string New;
 };
 
@@ -30,7 +30,7 @@ struct TableDifference {
   std::vector<ValueDifference> Changes;  // of the value table
 };
 
-// Of the tables asked for, in their order; a table that only one capture has differs.
+// Compares the given tables. A table that only one capture has is a difference.
 std::vector<TableDifference> DiffTables(const Image& older, const Image& newer, const std::vector<TableId>& tables);
 
 std::string DifferencesAsText(const std::vector<TableDifference>& differences);
