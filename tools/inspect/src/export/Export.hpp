@@ -24,21 +24,21 @@ inline constexpr int kExportVersion = 1;
 inline constexpr const char* kExportRecords[] = {"directory", "descriptors", "strings", "attributes",
                                                  "values",    "display",     "help",    "stream"};
 
-// Nothing is lost: a record whose bytes do not come out of its fields again is exported as its bytes. "followTables" is
-// true where directory and descriptors agree with the tables: they will then agree with edited tables too.
-// `ofCache`: the capture was made of a cache, and is taken for one again.
+// The export is lossless: a record that its fields do not reproduce is exported as bytes. "followTables" is
+// true if directory and descriptors agree with the tables. An import then updates both for edited tables.
+// `ofCache`: the capture was made of a cache. The export says so.
 std::string ExportJson(Bytes capture, bool ofCache = false);
 
 bool LooksLikeExport(Bytes content);
 
-// The capture with lengths, counts, pads and checksums in its directory and descriptors as its tables have them. A
-// capture without these parts stays as it is.
+// Updates lengths, counts, pads and checksums in directory and descriptors from the tables. A
+// capture without these records is returned unchanged.
 std::vector<std::uint8_t> FollowTables(std::vector<std::uint8_t> capture);
 
-// The capture; throws UnusableInput with the place in the document that it cannot use.
+// Returns the capture. Throws UnusableInput with the place of the error in the document.
 std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache = nullptr);
 
-// The payload that one record of an export stands for. `where` begins the message of an UnusableInput.
+// Returns the payload of one record of an export. `where` begins the message of an UnusableInput.
 std::vector<std::uint8_t> ImportPayload(const nlohmann::ordered_json& record, const std::string& where);
 
 }  // namespace corvane::inspect

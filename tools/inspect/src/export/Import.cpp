@@ -142,7 +142,7 @@ class JsonReader {
   std::string where_;
 };
 
-// Reads each entry and hands it on.
+// Reads each entry and passes it to `take`.
 template <typename Entry, typename Take>
 void ForEachEntry(const JsonReader& reader, Take take) {
   std::size_t number = 0;
@@ -173,7 +173,7 @@ void PutFixed(const JsonReader& reader, const char* key, std::size_t size, ByteW
   writer.Append(text);
 }
 
-// The byte that makes the announced length of a directory sum to 0, while the byte itself is 0.
+// The checksum of a directory whose checksum byte is 0: makes the first Length bytes sum to 0.
 std::uint8_t ChecksumOf(Bytes directory) {
   const std::uint16_t length = ByteReader(directory).Read<TableDirectory>().Length;
   const Bytes summed = directory.first(std::min<std::size_t>(length, directory.size()));
@@ -210,7 +210,7 @@ Buffer ImportTextTable(const JsonReader& reader) {
 }
 
 Buffer ImportStream(const JsonReader& reader) {
-  constexpr std::uint64_t kSlots = 256;  // the stream visits no slot above 255
+  constexpr std::uint64_t kSlots = 256;  // number of slots in the stream
   ByteWriter records;
   std::uint64_t slot = 0;
   const auto count = reader.Get<std::uint64_t>("attributeCount");

@@ -44,7 +44,7 @@ class JsonWriter {
   nlohmann::ordered_json Object = nlohmann::ordered_json::object();
 };
 
-// Takes a copy: archives get the entries as what they could change.
+// Takes a copy, because archives take entries by reference to non-const.
 template <typename Entries>
 nlohmann::ordered_json EntriesAsJson(Entries entries) {
   auto list = nlohmann::ordered_json::array();

@@ -33,7 +33,7 @@ bool IsLetter(char character) {
   return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
-// ^[A-Za-z][A-Za-z0-9_]+$, as the schema has it.
+// The schema's pattern ^[A-Za-z][A-Za-z0-9_]+$.
 bool IsAttributeName(std::string_view name) {
   return name.size() > 1 && IsLetter(name.front()) && std::ranges::all_of(name, [](char character) {
            return IsLetter(character) || (character >= '0' && character <= '9') || character == '_';
@@ -112,7 +112,7 @@ class Exporter {
     }
   }
 
-  // Which attributes have a place, so that conditions can name them before they come.
+  // Selects the exported attributes first, because conditions may name later attributes.
   void NameAttributes() {
     for (const CatalogAttribute& attribute : catalog_.Attributes) {
       if (attribute.Type() == BaseType::Collection) {
@@ -217,7 +217,7 @@ class Exporter {
   Json CurrentOf(const CatalogAttribute& attribute) {
     Json current;
     if (attribute.Type() == BaseType::Password) {
-      return current;  // a password is never read back
+      return current;  // a password is null: it is never read back
     }
     if (attribute.Value != nullptr) {
       if (const auto* text = std::get_if<StringValue>(attribute.Value)) {
@@ -234,7 +234,7 @@ class Exporter {
     return current;
   }
 
-  // A condition on a value's name forces that value; one on the attribute's own name takes the choice away.
+  // A condition on the name of a value forces that value. A condition on the attribute's name makes it read-only.
   void AddDependencies(const CatalogAttribute& attribute) {
     AddDependency(attribute, attribute.Name, "ReadOnly", true);
     for (const CatalogValue& value : attribute.Possible) {
@@ -244,7 +244,7 @@ class Exporter {
     }
   }
 
-  // One entry for each attribute whose change can turn it, all with the whole expression: any of the conditions holds.
+  // One entry for each attribute in the conditions. Every entry has the whole expression, joined by OR.
   void AddDependency(const CatalogAttribute& attribute, const CatalogName& name, const char* property,
                      const Json& target) {
     Json from = Json::array();
@@ -282,7 +282,7 @@ class Exporter {
     }
   }
 
-  // What the other attribute is compared with; null where the condition can never hold.
+  // The value that the condition compares with; null if the condition never holds.
   Json ConditionValue(const Annotation& annotation, const CatalogAttribute*& other) const {
     const auto found = byKeyword_.find(annotation.Attribute);
     if (!annotation.IsForce() || found == byKeyword_.end()) {

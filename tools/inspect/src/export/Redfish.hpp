@@ -16,7 +16,7 @@
 
 namespace corvane::inspect {
 
-// What a capture does not tell of the registry that describes it.
+// Properties of the registry that a capture does not have.
 struct RedfishNames {
   std::string Id = "BiosAttributeRegistry.v1_0_0";
   std::string Version = "1.0.0";  // of the registry
@@ -24,7 +24,7 @@ struct RedfishNames {
   std::string BiosUri = "/redfish/v1/Systems/1/Bios";
 };
 
-// An attribute, or something of one, that the registry has no place for.
+// An attribute, or a part of one, that has no place in the registry.
 struct LeftOut {
   std::uint16_t Handle = 0;
   std::string Attribute;

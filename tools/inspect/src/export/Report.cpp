@@ -1,5 +1,5 @@
 /** @file
-  `inspect report`: everything about a boot on one page of HTML that needs nothing else.
+  `inspect report`: one self-contained HTML page about a boot.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -43,7 +43,7 @@ Json TablesAsJson(const Image& image) {
   return tables;
 }
 
-// Null where there is no default to be at.
+// Null if the attribute has no default.
 Json IsAtDefault(const CatalogAttribute& attribute) {
   if (const auto* bounds = std::get_if<IntegerBounds>(&attribute.Entry->Bounds)) {
     const auto* value = attribute.Value != nullptr ? std::get_if<IntegerValue>(attribute.Value) : nullptr;
@@ -69,7 +69,7 @@ Json AttributeAsJson(const Image& image, const CatalogAttribute& attribute) {
           {"expression", expression != nullptr ? Json(*expression) : Json()}};
 }
 
-// Members under the title of their collection; the others first.
+// Groups members by collection. Attributes without a collection come first.
 Json GroupsAsJson(const Catalog& catalog) {
   std::map<std::optional<std::size_t>, Json> members;
   for (std::size_t i = 0; i < catalog.Attributes.size(); ++i) {
@@ -111,7 +111,7 @@ Json EdgesAsJson(const Catalog& catalog) {
   return edges;
 }
 
-// What was judged comes with advice; what is wrong with the bytes besides follows it.
+// Findings of lint with advice, then findings of the structure that lint does not repeat.
 Json FindingsAsJson(const Image& image, const std::vector<LintFinding>& findings) {
   Json list = Json::array();
   std::set<std::string> codes;
@@ -157,7 +157,7 @@ Json ReportData(const ReportInput& input, const std::vector<LintFinding>& findin
 }
 
 std::string ReportPage(const Json& data) {
-  // Nothing in the data may end the element that it stands in.
+  // The data must not contain a tag that ends the script element around it.
   std::string json;
   for (const char character : data.dump(-1, ' ', false, Json::error_handler_t::replace)) {
     character == '<' ? json += "\\u003c" : json += character;

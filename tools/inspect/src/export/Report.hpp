@@ -1,5 +1,5 @@
 /** @file
-  `inspect report`: everything about a boot on one page of HTML that needs nothing else.
+  `inspect report`: one self-contained HTML page about a boot.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -17,16 +17,16 @@
 namespace corvane::inspect {
 
 struct ReportInput {
-  std::string Name;  // as the page calls it
+  std::string Name;  // shown on the page
   const inspect::Image& Image;
 };
 
 struct ReportOlder {
   std::string Name;
-  const inspect::Image* Image = nullptr;  // null = there is nothing to compare with
+  const inspect::Image* Image = nullptr;  // null: no comparison
 };
 
-// What the page shows.
+// The data of the page.
 nlohmann::ordered_json ReportData(const ReportInput& input, const std::vector<LintFinding>& findings,
                                   const ReportOlder& older);
 
