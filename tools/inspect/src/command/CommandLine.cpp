@@ -39,7 +39,7 @@
 namespace corvane::inspect {
 namespace {
 
-// What the subcommand that was asked for does.
+// The action of the chosen subcommand. Returns the exit status.
 using Action = std::function<int(const Console& console, std::ostream& out, std::ostream& err)>;
 
 struct ShowOptions {
@@ -138,7 +138,7 @@ void AddDiffTables(CLI::App& app, Action& action) {
   });
 }
 
-// A number of bytes above 0: digits alone.
+// A decimal number of bytes above 0.
 const CLI::Validator kByteCount(
     [](std::string& text) {
       const bool digits = !text.empty() && text.size() <= 15 && text.find_first_not_of("0123456789") == text.npos;
@@ -147,7 +147,7 @@ const CLI::Validator kByteCount(
     },
     "BYTES");
 
-// To the file, or to `out` where none is named.
+// Writes to the file, or to `out` if the path is empty.
 void WriteOutput(const std::string& path, std::string_view content, std::ostream& out) {
   if (path.empty()) {
     out << content;
@@ -161,7 +161,7 @@ void WriteOutput(const std::string& path, std::string_view content, std::ostream
   }
 }
 
-// Two inputs are compared as they are; what is wrong with them may be why they differ.
+// Notes the findings of an input. They may be the cause of a difference.
 void NoteFindings(const std::string& path, const Image& image, std::ostream& err) {
   std::set<std::string> codes;
   for (const Finding& finding : image.Findings.List()) {
@@ -203,7 +203,7 @@ void AddDiff(CLI::App& app, Action& action) {
   });
 }
 
-// Two documents in a folder and what they leave out, or all of it as one document.
+// Writes two documents into a folder, or everything as one document.
 int RunExportRedfish(const std::string& input, const std::string& folder, const RedfishNames& names, bool json,
                      std::ostream& out) {
   const Image image = LoadImage(input);
@@ -406,7 +406,7 @@ void AddLint(CLI::App& app, Action& action) {
   });
 }
 
-// "NAME=VALUE", both without annotations. VALUE is a number where the attribute is an integer.
+// Parses "NAME=VALUE". The value of an integer attribute is a number.
 Plan::value_type ParseSetting(const Image& image, const Catalog& catalog, const std::string& text) {
   const std::size_t equals = text.find('=');
   if (equals == text.npos) {

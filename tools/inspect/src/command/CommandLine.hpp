@@ -13,10 +13,10 @@ namespace corvane::inspect {
 
 enum ExitStatus : int { kClean = 0, kFindings = 1, kUnusable = 2 };
 
-// What standard output is.
+// Properties of standard output.
 struct Console {
   bool Terminal = false;
-  bool Colour = false;  // emphasis is wanted and can be shown
+  bool Colour = false;  // the user wants emphasis, and the terminal supports it
 };
 
 // Never throws: every failure is one line on `err`. Output that cannot be written is a failure.

@@ -1,5 +1,5 @@
 /** @file
-  Input: an image with the cache that the variable store of the same boot has, from one file or two.
+  Input: an image, and the cache of the same boot if a flash image is given.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

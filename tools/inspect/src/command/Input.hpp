@@ -1,5 +1,5 @@
 /** @file
-  Input: an image with the cache that the variable store of the same boot has, from one file or two.
+  Input: an image, and the cache of the same boot if a flash image is given.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -13,13 +13,13 @@ namespace corvane::inspect {
 
 struct Input {
   inspect::Image Image;
-  std::vector<std::uint8_t> Flash;  // what the cache report leads into
+  std::vector<std::uint8_t> Flash;  // the cache report points into this
   std::optional<CacheReport> Cache;
 };
 
-// Of a capture, an export of one, or a flash image with a cache in its variable store.
+// Loads a capture, an export, or the cache of a flash image.
 Image LoadImage(const std::string& path);
-// Of a capture, an export or a flash image; `flash` is the path of a flash image beside it, or empty. Throws
+// Loads an image and the cache. `flash` is the path of a flash image of the same boot, or empty. Throws
 // UnusableInput.
 Input LoadInput(const std::string& path, const std::string& flash, const CacheOptions& options);
 

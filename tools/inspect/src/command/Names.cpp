@@ -1,5 +1,5 @@
 /** @file
-  Names that a user gives: the attributes that have them, and near names where nothing has.
+  Names from the command line: finds attributes, and near names for an unknown name.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -28,7 +28,7 @@ std::string FoldCase(std::string_view text) {
   return folded;
 }
 
-// How many characters have to be changed, added or dropped to make one text of the other.
+// The number of characters to change, add or drop to turn one text into the other.
 std::size_t Distance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});

@@ -1,5 +1,5 @@
 /** @file
-  Names that a user gives: the attributes that have them, and near names where nothing has.
+  Names from the command line: finds attributes, and near names for an unknown name.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,13 +15,13 @@
 
 namespace corvane::inspect {
 
-// " (near: "A", "B")" with the known names that are most like the wanted one; empty where none is.
+// The known names most similar to the wanted one, as " (near: "A", "B")". Empty if no name is similar.
 std::string DescribeNearNames(std::string_view wanted, const std::vector<std::string>& known);
 
-// By name, with or without annotations, or else by handle. Throws UnusableInput where there is none.
+// Finds attributes by name, with or without annotations, or else by handle. Throws UnusableInput if there is none.
 std::vector<const AttributeEntry*> FindAttributes(const Image& image, const std::string& name);
 
-// The position of the one attribute that is meant. Throws UnusableInput where there is none, or more than one.
+// Finds the position of exactly one attribute. Throws UnusableInput if there is none, or more than one.
 std::size_t FindOneAttribute(const Image& image, const std::string& name);
 
 }  // namespace corvane::inspect

@@ -19,12 +19,12 @@ namespace corvane::inspect {
 void ShowAttributes(const Image& image, std::ostream& out);
 void ShowFill(const Image& image, const Style& style, std::ostream& out);
 void ShowTexts(const Image& image, const Style& style, std::ostream& out);
-// The lines with the display and help text of each under it, and up to where these are paired.
+// Attribute lines, each followed by its texts, and why texts are missing.
 void ShowWithTexts(const Image& image, const Pairing& pairing, const Style& style, std::ostream& out);
-// In detail.
+// One attribute in detail.
 void ShowOne(const Image& image, const Pairing& pairing, const AttributeEntry& attribute, std::ostream& out);
 
-std::string ImageAsJson(const Image& image, const Pairing& pairing);  // all of it
+std::string ImageAsJson(const Image& image, const Pairing& pairing);  // the whole image
 std::string AttributesAsJson(const Image& image, const Pairing& pairing,
                              const std::vector<const AttributeEntry*>& attributes);
 
