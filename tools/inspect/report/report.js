@@ -1,5 +1,5 @@
 /* @file
-   Puts the page of `inspect report` together from its data. Text of a capture enters as text alone, never as markup.
+   Builds the page of `inspect report` from its data. Text of a capture is inserted as text, never as markup.
 
    Copyright (c) 2026, Corvane contributors
    SPDX-License-Identifier: BSD-2-Clause-Patent */
@@ -8,7 +8,7 @@
   const data = JSON.parse(document.getElementById('data').textContent);
   const byId = (id) => document.getElementById(id);
 
-  // An element with a class, attributes, and children that are elements or text.
+  // Makes an element with attributes and children. Children are elements or text.
   function make(tag, options, ...children) {
     const element = document.createElement(tag);
     for (const [key, value] of Object.entries(options || {})) {
@@ -23,7 +23,7 @@
     const head = data.older === null ? data.input : `${data.input}, compared with ${data.older}`;
     const notes = data.findings.filter((finding) => finding.note).length;
     byId('inputs').append(head, make('br'),
-      `${data.attributes.length} attributes · findings: ${data.findings.length - notes} · notes: ${notes}`);
+      `${rows.length} attributes · findings: ${data.findings.length - notes} · notes: ${notes}`);
     for (const section of document.querySelectorAll('main > section:not([hidden])')) {
       byId('sections').append(make('a', {href: '#' + section.id}, section.querySelector('h2').textContent));
     }
@@ -41,7 +41,7 @@
       if (!table.crcOk) note += '; wrong checksum';
       bars.append(make('div', {class: 'bar'},
         make('span', {}, table.name),
-        make('div', {class: 'track', role: 'img', 'aria-label': `${percent.toFixed(1)} percent`},
+        make('div', {class: 'track', role: 'img', 'aria-label': `${table.name}: ${percent.toFixed(1)} percent full`},
           make('div', {class: level, style: `width: ${Math.min(percent, 100)}%`})),
         make('span', {class: 'note' + (isFull || !table.crcOk ? ' bad' : ' faint')}, `${percent.toFixed(1)} % · ${note}`)));
     }
@@ -105,7 +105,7 @@
     return list;
   }
 
-  const rows = [];  // of all attributes: {attribute, element, text}
+  const rows = [];  // one for each listed attribute: {attribute, element, text}
 
   function showAttribute(attribute, place, into) {
     const away = attribute.atDefault === false;
@@ -132,11 +132,17 @@
     }
     for (const id of ['search', 'changed', 'writable']) byId(id).addEventListener('input', filter);
     filter();
+    // On paper every attribute is open. Afterwards, only those that the reader had opened are.
+    let openedToPrint = [];
     window.addEventListener('beforeprint', () => {
-      for (const row of rows) {
+      openedToPrint = rows.filter((row) => !row.element.open);
+      for (const row of openedToPrint) {
         row.open();
         row.element.open = true;
       }
+    });
+    window.addEventListener('afterprint', () => {
+      for (const row of openedToPrint) row.element.open = false;
     });
     window.addEventListener('hashchange', openTarget);
     openTarget();
@@ -288,7 +294,7 @@
       return;
     }
     section.append(make('p', {class: 'faint'},
-      'An arrow leads from an attribute to one that it can force; broken: as long as it has not a certain value.'));
+      'An arrow leads from an attribute to an attribute that it may force. A broken line: while it does not have the value.'));
     const box = make('div', {class: 'graph'});
     section.append(box);
     drawGraph(box);

@@ -35,6 +35,9 @@ addEventListener('load', () => {
     rows: all('details.attribute'), bars: all('.bar'), findings: all('#findings li'),
     nodes: all('.graph g'), lines: all('.graph svg > path'), changes: all('#differences tbody tr'),
     width: innerWidth,
+    hiddenNames: [...document.querySelectorAll('summary .name')].filter((name) => name.offsetParent === null).length,
+    namedBars: all('.track[aria-label*=": "]'),
+    counted: document.getElementById('inputs').textContent.includes(`${all('details.attribute')} attributes`),
   };
   const search = document.getElementById('search');
   search.value = SEARCH;
@@ -42,6 +45,8 @@ addEventListener('load', () => {
   seen.found = all('details.attribute:not([hidden])');
   dispatchEvent(new Event('beforeprint'));
   seen.open = all('details[open] dl');
+  dispatchEvent(new Event('afterprint'));
+  seen.openAfterwards = all('details[open]');
   seen.resources = performance.getEntriesByType('resource').length;
   seen.problems = problems;
   parent.postMessage(JSON.stringify(seen), '*');
@@ -88,8 +93,8 @@ def main():
     word = data["attributes"][members[-1]]["name"]
     names = {name for edge in data["edges"] for name in (edge["from"], edge["to"])}
     expected = {"rows": len(members), "bars": len(data["tables"]), "findings": len(data["findings"]), "nodes": len(names),
-                "lines": len(data["edges"]), "changes": len(data["differences"]), "open": len(members), "resources": 0,
-                "problems": []}  # fmt: skip
+                "lines": len(data["edges"]), "changes": len(data["differences"]), "open": len(members), "openAfterwards": 0,
+                "hiddenNames": 0, "namedBars": len(data["tables"]), "counted": True, "resources": 0, "problems": []}  # fmt: skip
     errors = []
     with tempfile.TemporaryDirectory() as folder:
         page = Path(folder, "report.html")
