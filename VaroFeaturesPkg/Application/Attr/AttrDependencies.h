@@ -11,8 +11,8 @@
 #include "AttrTables.h"
 
 //
-// "X[ForceIf:A=B]", an attribute's own name: X stays as it is while A is B. "V[ForceIf:A=B]", the name of a value of X: X
-// is forced to V while A is B. With "ForceIfNot", the dependency acts while A is anything but B.
+// "X[ForceIf:A=B]", an attribute's own name: X stays as it is while A is B. "V[ForceIf:A=B]", the name of a value of X:
+// X is forced to V while A is B. With "ForceIfNot", the dependency acts while A is anything but B.
 //
 
 /**

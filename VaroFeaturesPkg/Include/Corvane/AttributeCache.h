@@ -6,7 +6,7 @@
 
   - The three string lists are sequences of AttributeCacheString, each followed by Size bytes of UCS-2 text including
     its terminator, for the handles from 16 on in order. In "HelpString", Size 0 stands for a handle without help.
-  - "AttributesData" is a sequence of records in slot order, each its 11-byte AttributeRecord head and then, by base type:
+  - "AttributesData" is a sequence of records in slot order. Each is the 11-byte AttributeRecord head and, by type:
 
       0 enumeration    UINT8 n, n UINT16 value names, n UINT64 values, UINT8 default index, UINT8 current index
       1 string         7 bytes of the record, UINT16 L, L ASCII bytes
@@ -39,14 +39,14 @@ extern EFI_GUID  gVaroAttributeVariableGuid;
 // Variable names, for L"" or u"" literals as the reader's language has them. Attributes: non-volatile and boot service
 // access, plus run-time access for the last two.
 //
-#define ATTRIBUTE_CACHE_BIOS_VERSION     "BiosVersion"       ///< ASCII firmware version, zero-filled to twice its length
+#define ATTRIBUTE_CACHE_BIOS_VERSION     "BiosVersion"       ///< ASCII firmware version and as many zero bytes
 #define ATTRIBUTE_CACHE_ATTRIBUTES_DATA  "AttributesData"
 #define ATTRIBUTE_CACHE_COUNTERS         "AttributesCount"   ///< AttributeStoreHeader
 #define ATTRIBUTE_CACHE_NAMES            "PldmString"
 #define ATTRIBUTE_CACHE_DISPLAY_STRINGS  "DispString"
 #define ATTRIBUTE_CACHE_HELP_STRINGS     "HelpString"
 #define ATTRIBUTE_CACHE_STATUS           "AttCacheStatus"    ///< one byte; write 1 to have the next boot rebuild
-#define ATTRIBUTE_DEPENDENCY_LIST        "PidDepList"        ///< up to 50 UINT32 identifiers of questions others depend on
+#define ATTRIBUTE_DEPENDENCY_LIST        "PidDepList"        ///< up to 50 UINT32: questions that others depend on
 
 #define ATTRIBUTE_DEPENDENCY_LIST_CAPACITY  50
 

@@ -2,8 +2,8 @@
   RequestBuffer: the wire format between the attribute access protocol and the platform's attribute service.
 
   One buffer of REQUEST_BUFFER_SIZE bytes carries a request to the service and the answer back. It is sent through
-  RequestDispatchProtocol. Before each dispatch Results[0] is REQUEST_NOT_HANDLED and the other results are 0; a service that
-  handles the request sets Results[0] to 0. After each answer has been read the whole buffer is set to zero.
+  RequestDispatchProtocol. Before each dispatch Results[0] is REQUEST_NOT_HANDLED and the other results are 0; a service
+  that handles the request sets Results[0] to 0. After each answer has been read the whole buffer is set to zero.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -31,7 +31,7 @@
 #define REQUEST_CLASS_SYSTEM_PASSWORD    9
 #define REQUEST_CLASS_ADMIN_PASSWORD     10
 #define REQUEST_SELECT_PASSWORD_QUERY    3   ///< Results[1]: PASSWORD_REQUEST_...
-#define REQUEST_SELECT_PASSWORD_VERIFY   4   ///< the password stands at PayloadLength, unterminated; Results[1]: its key
+#define REQUEST_SELECT_PASSWORD_VERIFY   4   ///< password at PayloadLength, unterminated; Results[1]: its key
 
 //
 // Results[1] of REQUEST_SELECT_PASSWORD_QUERY.
@@ -86,8 +86,8 @@ typedef struct {
   DispatchDescriptor    Descriptor;
   UINT8                 Unused[24];      ///< not written
   ///
-  /// Bytes of the payload, which follows. Of a directory or table answer see below; at most REQUEST_PAYLOAD_CAPACITY in a
-  /// request.
+  /// Bytes of the payload, which follows. Of a directory or table answer see below; at most REQUEST_PAYLOAD_CAPACITY in
+  /// a request.
   ///
   UINT32                PayloadLength;
 } CORVANE_PACKED RequestBlock;
@@ -114,7 +114,8 @@ typedef struct {
 ///                         integer      UINT64
 ///                         string       UINT16 length and that many bytes
 ///                         enumeration  UINT8 1 and UINT8 index
-///   set, by name        the name, UINT16 m + 2, UINT16 m, m bytes of the value as text; the answer's status byte follows
+///   set, by name        the name, UINT16 m + 2, UINT16 m, m bytes of the value as text; the answer's status byte
+///                       follows
 ///
 typedef struct {
   CHAR8     Signature[8];   ///< ATTRIBUTE_PAYLOAD_SIGNATURE
@@ -136,7 +137,7 @@ typedef struct {
 //
 // Bytes from AttributePayload.Signature on that the checksum covers.
 //
-#define ATTRIBUTE_CHECKSUM_VALUE_SIZE                35                              ///< value by handle, to learn its size
+#define ATTRIBUTE_CHECKSUM_VALUE_SIZE                35                              ///< value by handle, for its size
 #define ATTRIBUTE_CHECKSUM_VALUE                     162                             ///< value by handle, to read it
 #define ATTRIBUTE_CHECKSUM_INTEGER                   34
 #define ATTRIBUTE_CHECKSUM_ENUMERATION               28

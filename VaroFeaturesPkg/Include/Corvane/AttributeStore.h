@@ -25,7 +25,7 @@
 #define ATTRIBUTE_STORE_ATTRIBUTES        0      ///< AttributeRecord *
 #define ATTRIBUTE_STORE_NAMES             256    ///< CHAR16 *: names of attributes and of their values
 #define ATTRIBUTE_STORE_DISPLAY_STRINGS   5376   ///< CHAR16 *: display texts
-#define ATTRIBUTE_STORE_HELP_STRINGS      10496  ///< CHAR16 *: help texts, by the handle of the display text; NULL = none
+#define ATTRIBUTE_STORE_HELP_STRINGS      10496  ///< CHAR16 *: help texts by handle of the display text; NULL = none
 #define ATTRIBUTE_STORE_SLOT_COUNT        15616
 
 //

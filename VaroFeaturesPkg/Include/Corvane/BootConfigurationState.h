@@ -32,8 +32,8 @@ typedef struct {
   UINT8             OptionCount;                            ///< N, at most BOOT_OPTION_CAPACITY
   UINT8             CurrentCount;                           ///< K, number of active options
   UINT8             Reserved[6];                            ///< 0
-  UINT8             PriorityOrder[BOOT_OPTION_CAPACITY];    ///< option at each of the N positions, by ascending priority
-  UINT8             CurrentOrder[BOOT_OPTION_CAPACITY];     ///< position of each of the K active options, in option order
+  UINT8             PriorityOrder[BOOT_OPTION_CAPACITY];    ///< option at each position, by ascending priority
+  UINT8             CurrentOrder[BOOT_OPTION_CAPACITY];     ///< position of each active option, in option order
   BootOptionView    Options[BOOT_OPTION_CAPACITY];          ///< N options in the order of the source
 } BootConfigurationState;
 

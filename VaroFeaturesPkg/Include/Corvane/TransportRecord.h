@@ -46,8 +46,8 @@ typedef struct {
 ///
 /// Head of the payload of TRANSPORT_RECORD_STREAM.
 ///
-/// The stream visits the store's attribute slots 0 to AttributeCount + 15, but none above 255. An empty slot is one byte
-/// ATTRIBUTE_STREAM_EMPTY_SLOT; any other is the 11-byte record head and then, by base type:
+/// The stream visits the store's attribute slots 0 to AttributeCount + 15, but none above 255. An empty slot is one
+/// byte ATTRIBUTE_STREAM_EMPTY_SLOT; any other is the 11-byte record head and then, by base type:
 ///
 ///   0 enumeration    UINT8 n, n UINT16 value names, n UINT64 values, UINT8 default index, UINT8 current index
 ///   1 string         7 bytes of the record, then the current string with its terminator (one zero byte when NULL)

@@ -44,7 +44,8 @@ EFI_STATUS
 
   @param[in]      Selector  PLATFORM_STRING_...
   @param[in]      Context   0.
-  @param[in,out]  Size      Bytes of Buffer on input; bytes of the string on output. 0 on success = the string is cleared.
+  @param[in,out]  Size      Bytes of Buffer on input; bytes of the string on output. 0 on success = the string is
+                            cleared.
   @param[out]     Buffer    The string, ASCII; NULL with Size 0.
 
   @retval EFI_SUCCESS           Buffer holds the string.

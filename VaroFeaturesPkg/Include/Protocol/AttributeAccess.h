@@ -3,13 +3,13 @@
   CorvaneDxe on its image handle.
 
   The driver is a client of the service behind RequestDispatchProtocol: tables (strings, attributes, texts) are fetched
-  when an operation first needs one, and kept; current values are asked for each time, so that a changed value is seen by
-  the next read. All operations share one RequestBuffer: call them one at a time, at TPL_CALLBACK or below, before
+  when an operation first needs one, and kept; current values are asked for each time, so that a changed value is seen
+  by the next read. All operations share one RequestBuffer: call them one at a time, at TPL_CALLBACK or below, before
   ExitBootServices.
 
   An image whose entry point ended with an error is unloaded by the firmware although its protocol stays installed: its
-  operations then lead nowhere. Look for EFI_LOADED_IMAGE_PROTOCOL on the handle that carries this protocol, and call only
-  when it is there.
+  operations then lead nowhere. Look for EFI_LOADED_IMAGE_PROTOCOL on the handle that carries this protocol, and call
+  only when it is there.
 
   An operation that needs a table which is not there asks the service for all of them first. It gives EFI_NOT_READY when
   the service does not answer, or the error of locating RequestDispatchProtocol. A service that lists no such table
@@ -33,8 +33,8 @@
 #pragma pack (1)
 
 ///
-/// Head of the record of GetAttributeInfo and SetAttributeValue. Two parts follow without a gap, both as DSP0247 lays them
-/// out (string and password defaults included); the second begins where the first ends:
+/// Head of the record of GetAttributeInfo and SetAttributeValue. Two parts follow without a gap, both as DSP0247 lays
+/// them out (string and password defaults included); the second begins where the first ends:
 ///
 ///   type             attribute part                                            value part
 ///   0 enumeration    UINT8 n, n UINT16 value names, UINT8 d, d UINT8 defaults  UINT8 k, k UINT8 current indices
@@ -135,16 +135,16 @@ EFI_STATUS
   Lists the handles of all attributes, in the order of the attribute table.
 
   @param[in]      This     The protocol.
-  @param[out]     Handles  Room for the handles and a 0 after them: one handle more than Size says is written when Size is
-                           exactly that of the handles.
+  @param[out]     Handles  Room for the handles and a 0 after them: one handle more than Size says is written when Size
+                           is exactly that of the handles.
   @param[in,out]  Size     Bytes of Handles on input. Left as it is on success; the bytes needed, the 0 included, with
                            EFI_BUFFER_TOO_SMALL.
 
   @retval EFI_SUCCESS            Handles holds all handles and a 0. Without any attribute it is the 0 alone, whatever
                                  Size says.
   @retval EFI_BUFFER_TOO_SMALL   Size is less than that of the handles; Size holds the bytes needed.
-  @retval EFI_UNSUPPORTED        The table holds an attribute of unknown type; what fits of the handles before it has been
-                                 written.
+  @retval EFI_UNSUPPORTED        The table holds an attribute of unknown type; what fits of the handles before it has
+                                 been written.
   @retval EFI_INVALID_PARAMETER  This or Size is NULL, or Handles is NULL where the handles would fit.
   @retval others                 The attribute table could not be had.
 **/
@@ -165,8 +165,8 @@ EFI_STATUS
   @param[in,out]  Size  Bytes of the record on input. Left as it is on success; the bytes needed with
                         EFI_BUFFER_TOO_SMALL.
 
-  @retval EFI_SUCCESS            The record is filled. Also when there is no attribute of this handle: the record is then
-                                 as it was, so set Type to something no attribute has before asking.
+  @retval EFI_SUCCESS            The record is filled. Also when there is no attribute of this handle: the record is
+                                 then as it was, so set Type to something no attribute has before asking.
   @retval EFI_BUFFER_TOO_SMALL   Size is too small; Size holds the bytes needed.
   @retval EFI_ABORTED            The service did not give the value, or one that does not fit.
   @retval EFI_UNSUPPORTED        An attribute of unknown type stands before the one sought.
@@ -185,8 +185,8 @@ EFI_STATUS
   Asks the service to change an integer, string or enumeration.
 
   @param[in]      This      The protocol.
-  @param[in,out]  Info      A record as GetAttributeInfo fills it, with the new value in its value part. Of an enumeration
-                            the first current index is sent; its head is written again.
+  @param[in,out]  Info      A record as GetAttributeInfo fills it, with the new value in its value part. Of an
+                            enumeration the first current index is sent; its head is written again.
   @param[in]      Size      Bytes of the record. Of an enumeration exactly what GetAttributeInfo asks for.
   @param[in]      Password  NUL-terminated; NULL or one that the service refuses = the request goes without a key.
 
@@ -194,10 +194,10 @@ EFI_STATUS
                                  handled the request: read the value back.
   @retval EFI_ACCESS_DENIED      The service wants a password, or the attribute is read-only.
   @retval EFI_UNSUPPORTED        The service does not know the attribute.
-  @retval EFI_INVALID_PARAMETER  The service refuses the value, or it does not fit the request; or This or Info is NULL or
-                                 Size is 0.
-  @retval EFI_BUFFER_TOO_SMALL   The record is shorter than what would be sent, or an enumeration's is not exactly as long
-                                 as GetAttributeInfo asks for.
+  @retval EFI_INVALID_PARAMETER  The service refuses the value, or it does not fit the request; or This or Info is NULL
+                                 or Size is 0.
+  @retval EFI_BUFFER_TOO_SMALL   The record is shorter than what would be sent, or an enumeration's is not exactly as
+                                 long as GetAttributeInfo asks for.
   @retval EFI_ABORTED            The attribute is of another type (nothing is sent), or the service did not answer.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.
   @retval others                 The attribute table could not be had.
@@ -212,8 +212,8 @@ EFI_STATUS
   );
 
 /**
-  Gives the buffer that the operations send their requests in, for requests of the caller's own. It may not be used while
-  an operation runs, and every operation that sends a request leaves it zeroed.
+  Gives the buffer that the operations send their requests in, for requests of the caller's own. It may not be used
+  while an operation runs, and every operation that sends a request leaves it zeroed.
 
   @param[in]   This    The protocol.
   @param[out]  Buffer  Address of the RequestBuffer.
@@ -235,8 +235,8 @@ EFI_STATUS
   Gives the current value of an attribute, found by the service by its name.
 
   @param[in]      This    The protocol.
-  @param[in]      Name    As the service knows it. The answer's status stands at a fixed place, which a name of more than
-                          131 characters reaches into: there the status says nothing.
+  @param[in]      Name    As the service knows it. The answer's status stands at a fixed place, which a name of more
+                          than 131 characters reaches into: there the status says nothing.
   @param[out]     Buffer  The value's bytes, in the service's form, unterminated.
   @param[in,out]  Size    Bytes of Buffer on input. Left as it is on success (the value's own length is not given); the
                           bytes needed with EFI_BUFFER_TOO_SMALL, so ask with Size 0 first.
@@ -245,8 +245,8 @@ EFI_STATUS
   @retval EFI_BUFFER_TOO_SMALL   Size is too small (Size holds the bytes needed), or the service says so.
   @retval EFI_UNSUPPORTED        The service does not know the attribute.
   @retval EFI_ACCESS_DENIED      The service does not give the value.
-  @retval EFI_INVALID_PARAMETER  This, Name or Size is NULL, Buffer is NULL where the value would fit, the name does not fit
-                                 the request, or the service says so.
+  @retval EFI_INVALID_PARAMETER  This, Name or Size is NULL, Buffer is NULL where the value would fit, the name does not
+                                 fit the request, or the service says so.
   @retval EFI_ABORTED            The service did not handle the request, or its answer makes no sense.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.
   @retval others                 The request was not delivered, or the attribute table could not be had.
@@ -271,8 +271,8 @@ EFI_STATUS
   @retval EFI_SUCCESS            The service accepted the value, or nobody handled the request: read the value back.
   @retval EFI_ACCESS_DENIED      The service wants a password, or the attribute is read-only.
   @retval EFI_UNSUPPORTED        The service does not know the attribute.
-  @retval EFI_INVALID_PARAMETER  The service refuses the value, name and value do not fit the request, or an argument that
-                                 is not optional is NULL.
+  @retval EFI_INVALID_PARAMETER  The service refuses the value, name and value do not fit the request, or an argument
+                                 that is not optional is NULL.
   @retval EFI_BUFFER_TOO_SMALL   The service says so.
   @retval EFI_ABORTED            The service answered something else.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.

@@ -1,6 +1,6 @@
 /** @file
-  BootOptionSourceProtocol: the boot options and their priorities. Optional; without it there is no attribute "System boot
-  configuration".
+  BootOptionSourceProtocol: the boot options and their priorities. Optional; without it there is no attribute "System
+  boot configuration".
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -17,8 +17,8 @@
 #pragma pack (1)
 
 ///
-/// The first identifier is read even when Count is 0: give an array of at least one, or NULL. Identifiers past the fourth
-/// are not used.
+/// The first identifier is read even when Count is 0: give an array of at least one, or NULL. Identifiers past the
+/// fourth are not used.
 ///
 typedef struct {
   UINT8          Count;

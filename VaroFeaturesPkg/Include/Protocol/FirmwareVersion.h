@@ -1,6 +1,6 @@
 /** @file
-  FirmwareVersionProtocol: the version of the running firmware, the key of the attribute cache. Provided by the platform;
-  without it the cache is neither trusted nor written.
+  FirmwareVersionProtocol: the version of the running firmware, the key of the attribute cache. Provided by the
+  platform; without it the cache is neither trusted nor written.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -17,8 +17,8 @@
   { 0x6A683524, 0x687D, 0x4D7B, { 0x93, 0xE1, 0x95, 0x29, 0x8E, 0xE3, 0x13, 0xD1 } }
 
 ///
-/// Kind of form sets that the driver asks for: all that belong to the setup. Form sets that carry one of these two GUIDs
-/// as their own hold no settings of the user and are not walked.
+/// Kind of form sets that the driver asks for: all that belong to the setup. Form sets that carry one of these two
+/// GUIDs as their own hold no settings of the user and are not walked.
 ///
 #define VARO_SETUP_FORM_SETS_GUID \
   { 0x06C430EC, 0x8DDE, 0x4C68, { 0xAE, 0xAF, 0xA1, 0x0A, 0x47, 0xCA, 0x89, 0x2A } }
@@ -95,8 +95,8 @@ EFI_STATUS
 
   @param[in]   This       The protocol.
   @param[in]   FormSet    A record of ListFormSets.
-  @param[out]  Questions  First question, or NULL when the form set has none. The list and all it points to belong to the
-                          service until it is handed to ReleaseQuestions.
+  @param[out]  Questions  First question, or NULL when the form set has none. The list and all it points to belong to
+                          the service until it is handed to ReleaseQuestions.
 
   @retval EFI_SUCCESS  Questions is valid.
   @retval others       The form set could not be parsed; nothing is to be released.

@@ -1,6 +1,6 @@
 /** @file
-  ModeQueryProtocol: tells whether the platform is in one of its factory or manufacturing modes. Optional; without it the
-  platform counts as being in none.
+  ModeQueryProtocol: tells whether the platform is in one of its factory or manufacturing modes. Optional; without it
+  the platform counts as being in none.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
