@@ -11,10 +11,13 @@
 /**
   Damages the driver's variables that the scenario item "damage" names ("NAME:HOW;NAME:HOW").
 
-    truncate  the first half stays
-    flip      the lowest bit of the byte in the middle is inverted
-    garbage   as many bytes, none of which was there for a reason
-    delete    the variable is gone
+    truncate      the first half stays
+    flip          the lowest bit of the byte in the middle is inverted
+    flip=N        one bit is inverted: bit N % 8 of byte N / 8; N counts from the end when it begins with "-"
+    garbage       as many bytes, none of which was there for a reason
+    delete        the variable is gone
+    attributes=N  the same content under other attributes
+    count=I,N     the UINT16 at byte I becomes N
 **/
 VOID
 DamageCache (
