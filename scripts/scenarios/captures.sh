@@ -165,7 +165,7 @@ scenario_capture_exports() {
   check 'another version of the same firmware does not differ' differ_in cold updated
   check 'a diff tells of the settings changed' differ_in cold changed 'AutoOnHr (1142) current: 19 -> 7' \
     'PrimaryBattChargeCfg (2001) current: Adaptive -> Express' \
-    'IdleMinutes (2002) current: 720 -> 208 (the low byte, which is all that a boot from the cache reads)' \
+    'IdleMinutes (2002) current: 720 -> 208 (a boot from the cache reads the low byte alone)' \
     'BlockSleep (2003) current: Disabled -> Enabled'
   check 'the Redfish documents hold every attribute' redfish_is_complete "$(records_of cold)" "$(records_of factory)"
   check 'the Redfish documents fit the schemas of the DMTF' \

@@ -396,18 +396,16 @@ class CatalogDiff {
   std::vector<Difference> differences_;
 };
 
-// Names the change of an integer setting that a boot from the cache makes: the boot reads the low byte alone.
+// Explains two current values of an integer setting of which one is the low byte of the other.
 std::string DescribeLowByte(const Difference& one) {
-  const auto number = [](const std::optional<std::string>& text) -> std::uint64_t {
-    const bool digits =
-        text && !text->empty() && text->size() < 20 && text->find_first_not_of("0123456789") == text->npos;
-    return digits ? std::stoull(*text) : 0;
+  const auto isNumber = [](const std::optional<std::string>& text) {
+    return text && !text->empty() && text->size() < 20 && text->find_first_not_of("0123456789") == text->npos;
   };
-  const std::uint64_t before = number(one.Old);
-  return one.What == "current" && one.Token.value_or(0) != 0 && before > 0xFF &&
-                 one.New == fmt::to_string(before & 0xFF)
-             ? " (the low byte, which is all that a boot from the cache reads)"
-             : "";
+  if (one.What != "current" || one.Token.value_or(0) == 0 || !isNumber(one.Old) || !isNumber(one.New)) {
+    return "";
+  }
+  const auto [low, high] = std::minmax({std::stoull(*one.Old), std::stoull(*one.New)});
+  return high > 0xFF && low == (high & 0xFF) ? " (a boot from the cache reads the low byte alone)" : "";
 }
 
 }  // namespace

@@ -130,8 +130,11 @@ TEST(DiffTest, TheLowByteOfABootFromTheCacheIsExplained) {
   Notebook newer = MakeSetup();
   older.Records[kHour].Current = 720;
   newer.Records[kHour].Current = 720 & 0xFF;
-  EXPECT_THAT(Diff(older, newer), ::testing::HasSubstr("Hour (8) current: 720 -> 208 (the low byte, "));
-  EXPECT_THAT(Diff(newer, older), ::testing::HasSubstr("Hour (8) current: 208 -> 720\n"));
+  const std::string why = " (a boot from the cache reads the low byte alone)\n";
+  EXPECT_THAT(Diff(older, newer), ::testing::HasSubstr("Hour (8) current: 720 -> 208" + why));
+  EXPECT_THAT(Diff(newer, older), ::testing::HasSubstr("Hour (8) current: 208 -> 720" + why));
+  newer.Records[kHour].Current = 209;
+  EXPECT_THAT(Diff(older, newer), ::testing::HasSubstr("Hour (8) current: 720 -> 209\n"));
 }
 
 // A cache has no boot configuration, so one that it lacks was not removed.
