@@ -42,8 +42,7 @@ PoolPtr<CHAR8[]> FetchPlatformString(StringRecord& record) {
     }
     return nullptr;
   }
-  // One more for the terminator; no size may come round to 0 with it, and so to a block shorter than announced.
-  PoolPtr<CHAR8[]> text = AllocateZeroedArray<CHAR8>(size + (size != MAX_UINT64 ? 1 : 0));
+  PoolPtr<CHAR8[]> text = AllocateZeroedArray<CHAR8>(size, 1);  // 1 for the terminator
   if (!text || EFI_ERROR(strings->GetString(selector, 0, &size, text.get()))) {
     return nullptr;
   }

@@ -13,19 +13,21 @@ namespace {
 constexpr CHAR8 kDefaultLanguage[] = "en-US";
 constexpr CHAR16 kNoText[] = {0};
 
-/// Folds the case of the letters, digits and '-' that language tags are made of.
-constexpr int FoldCase(CHAR8 character) {
-  return character | 0x20;
+constexpr CHAR8 FoldCase(CHAR8 character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<CHAR8>(character | 0x20) : character;
+}
+constexpr bool EndsLanguage(CHAR8 character) {
+  return character == ';' || character == 0;
 }
 
-/// Whether a list of languages separated by ';' names `language`, in any case.
+/// Returns true if a list of languages separated by ';' names `language`, in upper or lower case.
 bool Lists(const CHAR8* languages, const CHAR8* language) {
   while (*languages != 0) {
     size_t matched = 0;
-    while (language[matched] != 0 && FoldCase(languages[matched]) == FoldCase(language[matched])) {
+    while (!EndsLanguage(languages[matched]) && FoldCase(languages[matched]) == FoldCase(language[matched])) {
       ++matched;
     }
-    if (language[matched] == 0 && (languages[matched] == ';' || languages[matched] == 0)) {
+    if (language[matched] == 0 && EndsLanguage(languages[matched])) {
       return true;
     }
     while (*languages != 0 && *languages++ != ';') {
@@ -51,10 +53,15 @@ bool HiiStrings::MayHave(EFI_HII_HANDLE package, const CHAR8* language) {
     languages_.reset();
     UINTN size = 0;
     if (service_->GetLanguages(service_, package, nullptr, &size) == EFI_BUFFER_TOO_SMALL) {
-      languages_ = AllocateZeroedArray<CHAR8>(size + 1);
+      languages_ = AllocateZeroedArray<CHAR8>(size, 1);
       if (languages_ && EFI_ERROR(service_->GetLanguages(service_, package, languages_.get(), &size))) {
         languages_.reset();
       }
+    }
+    if (languages_ && !Lists(languages_.get(), platformLanguage_)) {
+      DEBUG((DEBUG_WARN,
+             "CorvaneDxe: texts of a package list are empty: it has \"%a\", the platform's language is \"%a\"\n",
+             languages_.get(), platformLanguage_));
     }
   }
   return !languages_ || Lists(languages_.get(), language);
@@ -72,13 +79,13 @@ EFI_STATUS HiiStrings::Read(EFI_HII_HANDLE package, EFI_STRING_ID id, const CHAR
     }
     text_.reset();
     textSize_ = 0;
-    const UINTN room = 2 * size;  // the next longer text then usually fits as well
-    text_ = AllocateZeroedArray<CHAR16>(room / sizeof(CHAR16) + 1);
+    // Twice the size: the next longer text then usually fits as well.
+    text_ = AllocateZeroedArray<CHAR16>(size, 1);
     if (!text_) {
       DEBUG((DEBUG_WARN, "CorvaneDxe: HII string %d in \"%a\" not read: out of memory\n", id, language));
       return EFI_OUT_OF_RESOURCES;
     }
-    textSize_ = room;
+    textSize_ = size * sizeof(CHAR16);
   }
 }
 

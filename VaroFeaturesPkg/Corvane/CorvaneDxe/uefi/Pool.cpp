@@ -12,11 +12,11 @@
   }
 }
 
-void* AllocateZeroedBytes(size_t count, size_t size) {
+void* AllocateZeroedBytes(size_t count, size_t size, size_t spare) {
   if (count > kLargestBlock / size) {
     return nullptr;
   }
-  const size_t bytes = std::max<size_t>(count * size, 1);
+  const size_t bytes = std::max<size_t>((count + spare) * size, 1);
   void* block = nullptr;
   if (EFI_ERROR(gBS->AllocatePool(EfiBootServicesData, bytes, &block))) {
     return nullptr;
@@ -26,7 +26,7 @@ void* AllocateZeroedBytes(size_t count, size_t size) {
 }
 
 void* CopyBytes(const void* source, size_t size, size_t zeros) {
-  void* const copy = size > kLargestBlock ? nullptr : AllocateZeroedBytes(size + zeros);
+  void* const copy = AllocateZeroedBytes(size, 1, zeros);
   if (copy != nullptr) {
     CopyMem(copy, source, size);
   }

@@ -24,13 +24,13 @@ struct PoolDeleter {
 template <typename T>
 using PoolPtr = std::unique_ptr<T, PoolDeleter>;
 
-/// Bytes that no block of the driver comes near. A size from outside that is beyond is refused, before it is multiplied
-/// and before it is filled.
+/// Upper limit for one allocation. A larger size is rejected before any arithmetic with it, so a size from outside
+/// cannot overflow.
 constexpr size_t kLargestBlock = size_t{1} << 24;
 
-/// A zero-filled block of `count` elements of `size` bytes each, at least one byte in all, or null. Whoever gets it
-/// frees it with gBS->FreePool.
-[[nodiscard]] void* AllocateZeroedBytes(size_t count, size_t size = 1);
+/// Returns a zero-filled block of `count` elements and a few `spare` ones, of `size` bytes each, or null. The block has
+/// at least one byte. Only `count` may come from outside. The caller frees the block with gBS->FreePool.
+[[nodiscard]] void* AllocateZeroedBytes(size_t count, size_t size = 1, size_t spare = 0);
 
 /// One zero-filled T, or null.
 template <typename T>
@@ -38,20 +38,26 @@ template <typename T>
   return PoolPtr<T>{static_cast<T*>(AllocateZeroedBytes(sizeof(T)))};
 }
 
-/// An array of `count` zero-filled T, or null.
+/// Returns an array of `count` zero-filled T and a few `spare` ones, or null.
 template <typename T>
-[[nodiscard]] PoolPtr<T[]> AllocateZeroedArray(size_t count) {
+[[nodiscard]] PoolPtr<T[]> AllocateZeroedArray(size_t count, size_t spare = 0) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
-  return PoolPtr<T[]>{static_cast<T*>(AllocateZeroedBytes(count, sizeof(T)))};
+  return PoolPtr<T[]>{static_cast<T*>(AllocateZeroedBytes(count, sizeof(T), spare))};
 }
 
-/// A copy of `size` bytes with `zeros` zero bytes behind it, or null. Whoever gets it frees it with gBS->FreePool.
+/// Returns a copy of `size` bytes followed by `zeros` zero bytes, or null. The caller frees the copy with
+/// gBS->FreePool.
 [[nodiscard]] void* CopyBytes(const void* source, size_t size, size_t zeros = 0);
 
 /// A copy of an ASCII text with its terminator, or null.
 [[nodiscard]] PoolPtr<CHAR8[]> CopyAscii(const CHAR8* text);
 
-/// The first `bytes` bytes of a UCS-2 text, terminated, or null.
+/// Returns a terminated copy of the bytes of a UCS-2 text, or null.
+[[nodiscard]] inline PoolPtr<CHAR16[]> CopyUcs2(std::span<const std::byte> text) {
+  // Two terminators: one is whole even after an odd number of bytes.
+  return PoolPtr<CHAR16[]>{static_cast<CHAR16*>(CopyBytes(text.data(), text.size(), 2 * sizeof(CHAR16)))};
+}
+/// Returns a copy of the first `bytes` bytes of a UCS-2 text, terminated, or null.
 [[nodiscard]] inline PoolPtr<CHAR16[]> CopyUcs2(const CHAR16* text, size_t bytes) {
-  return PoolPtr<CHAR16[]>{static_cast<CHAR16*>(CopyBytes(text, bytes, 2 * sizeof(CHAR16)))};
+  return CopyUcs2({reinterpret_cast<const std::byte*>(text), bytes});
 }

@@ -1,5 +1,5 @@
 /** @file
-  UEFI variables: two-call reads, writes, deletion.
+  UEFI variables: reads, writes, deletion.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,8 +11,9 @@
 
 constexpr UINT32 kNonVolatile = EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS;
 constexpr UINT32 kNonVolatileRuntime = kNonVolatile | EFI_VARIABLE_RUNTIME_ACCESS;
+constexpr UINT32 kAnyAttributes = 0;
 
-/// A variable's content. Two zero bytes follow it in memory, so that text in it is terminated.
+/// The content of a variable. Two zero bytes follow the content in memory, so text is always terminated.
 struct VariableContent {
   PoolPtr<std::byte[]> Data;
   size_t Size = 0;
@@ -20,18 +21,16 @@ struct VariableContent {
   [[nodiscard]] std::span<const std::byte> Bytes() const { return {Data.get(), Size}; }
 };
 
-/// Reads a whole variable, however long. An empty one is EFI_NOT_FOUND.
-[[nodiscard]] Result<VariableContent> ReadVariable(const CHAR16* name, EFI_GUID& vendor);
+/// Reads a whole variable with the two-call pattern. An empty variable is EFI_NOT_FOUND. So is a variable with other
+/// attributes than the given ones, unless `attributes` is kAnyAttributes.
+[[nodiscard]] Result<VariableContent> ReadVariable(const CHAR16* name, EFI_GUID& vendor,
+                                                   UINT32 attributes = kAnyAttributes);
 
-/// Reads a variable of exactly the size of `value`.
-template <typename T>
-requires std::is_trivially_copyable_v<T>
-[[nodiscard]] EFI_STATUS ReadVariable(const CHAR16* name, EFI_GUID& vendor, T& value) {
-  UINTN size = sizeof(value);
-  const EFI_STATUS status = gRT->GetVariable(const_cast<CHAR16*>(name), &vendor, nullptr, &size, &value);
-  return EFI_ERROR(status) || size == sizeof(value) ? status : EFI_BAD_BUFFER_SIZE;
-}
+/// Reads a variable of exactly the size of `value`. `attributes` returns its attributes; a variable service that does
+/// not report them leaves the caller's value.
+[[nodiscard]] EFI_STATUS ReadVariable(const CHAR16* name, EFI_GUID& vendor, std::span<std::byte> value,
+                                      UINT32& attributes);
 
-/// Writes a variable; no bytes delete it.
+/// Writes a variable. No bytes delete it, as do attributes without access.
 [[nodiscard]] EFI_STATUS WriteVariable(const CHAR16* name, EFI_GUID& vendor, UINT32 attributes,
                                        std::span<const std::byte> bytes);
