@@ -70,8 +70,8 @@ RequestBlock* AllocateRequestBuffer() {
 }  // namespace
 
 EFI_STATUS InstallAttributeAccessProtocol(EFI_HANDLE imageHandle, EFI_IMAGE_UNLOAD unload) {
-  IgnoreStatus(LocateProtocol(gVaroAttributeAccessProtocolGuid, mAccess.Interface));  // as a rule there is none
-  if (mAccess.Interface != nullptr) {
+  if (!EFI_ERROR(LocateProtocol(gVaroAttributeAccessProtocolGuid, mAccess.Interface))) {
+    // An earlier instance is taken down, also one with a null interface.
     if (const EFI_STATUS status = RemoveEarlierInstance(mAccess.Interface); EFI_ERROR(status)) {
       return status;
     }

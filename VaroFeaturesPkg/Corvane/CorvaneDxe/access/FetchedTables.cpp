@@ -21,14 +21,10 @@ void KeepTable(FetchedTable& table, PoolPtr<std::byte[]> block, size_t size) {
   static_cast<void>(block.release());
 }
 
-/// A copy of an answer that counts its own length field, or null.
-PoolPtr<std::byte[]> CopyAnswer(Request& request) {
-  return PoolPtr<std::byte[]>{
-      static_cast<std::byte*>(CopyBytes(request.Answer().data(), request.Block().PayloadLength))};
-}
-
-bool IsWholeAnswer(Request& request) {
-  return request.Block().PayloadLength <= kAnswerCapacity;
+/// Copies an answer, its length field included, of `length` bytes: the length that the answer had when it was checked.
+/// The service may still write to the buffer.
+PoolPtr<std::byte[]> CopyAnswer(Request& request, UINT32 length) {
+  return PoolPtr<std::byte[]>{static_cast<std::byte*>(CopyBytes(request.Answer().data(), length))};
 }
 
 /// Asks for a table from `offset` on.
@@ -41,19 +37,25 @@ EFI_STATUS AskForTable(Request& request, UINT8 tableId, UINT32 offset) {
 
 void FetchWhole(AccessState& access, UINT8 tableId, FetchedTable& table) {
   Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_TABLE);
-  if (EFI_ERROR(AskForTable(request, tableId, 0)) || !IsWholeAnswer(request)) {
+  if (EFI_ERROR(AskForTable(request, tableId, 0))) {
     return;
   }
-  KeepTable(table, CopyAnswer(request), request.Block().PayloadLength);
+  if (const UINT32 length = request.PayloadLength(); length <= kAnswerCapacity) {
+    KeepTable(table, CopyAnswer(request, length), length);
+  }
 }
 
-/// Bytes that the chunk from `offset` on added to `block`; 0 ends the fetch.
+/// Adds the chunk from `offset` on to `block`. Returns its bytes; 0 ends the fetch.
 UINT32 FetchChunk(AccessState& access, UINT8 tableId, UINT32 offset, std::span<std::byte> block) {
   Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_TABLE);
-  if (EFI_ERROR(AskForTable(request, tableId, offset)) || request.Block().PayloadLength > REQUEST_PAYLOAD_CAPACITY) {
+  if (EFI_ERROR(AskForTable(request, tableId, offset))) {
     return 0;
   }
-  const auto length = static_cast<UINT32>(std::min<size_t>(request.Block().PayloadLength, block.size() - offset));
+  const UINT32 answered = request.PayloadLength();
+  if (answered > REQUEST_PAYLOAD_CAPACITY) {
+    return 0;
+  }
+  const auto length = static_cast<UINT32>(std::min<size_t>(answered, block.size() - offset));
   CopyMem(block.data() + offset, request.Bytes(sizeof(RequestBlock)).data(), length);
   return length;
 }
@@ -66,7 +68,7 @@ void FetchAnnounced(AccessState& access, UINT8 tableId, FetchedTable& table) {
     if (EFI_ERROR(AskForTable(request, tableId, 0))) {
       return;
     }
-    announced = request.Block().PayloadLength;
+    announced = request.PayloadLength();
   }
   if (announced < kAnswerCapacity) {
     FetchWhole(access, tableId, table);
@@ -103,20 +105,24 @@ bool IsServiceReady(AccessState& access) {
     return false;
   }
   PoolPtr<std::byte[]> directory;
-  size_t length = 0;
+  size_t directoryLength = 0;
   {
     Request request(access, REQUEST_CLASS_ATTRIBUTES, REQUEST_SELECT_DIRECTORY);
     request.FillPayload();
-    if (EFI_ERROR(request.Dispatch()) || !request.Handled() || !IsWholeAnswer(request)) {
+    if (EFI_ERROR(request.Dispatch()) || !request.Handled()) {
       return false;
     }
-    length = request.Block().PayloadLength;
-    directory = CopyAnswer(request);
+    const UINT32 length = request.PayloadLength();
+    if (length > kAnswerCapacity) {
+      return false;
+    }
+    directory = CopyAnswer(request, length);
+    directoryLength = length;
   }
   if (!directory) {
     return false;
   }
-  ByteReader reader({directory.get(), length});
+  ByteReader reader({directory.get(), directoryLength});
   reader.Take(sizeof(UINT32) + offsetof(TableDirectory, EntryCount));
   for (UINT8 count = reader.Read<UINT8>(); count > 0; --count) {
     const auto entry = reader.ReadStruct<TableDirectoryEntry>();
@@ -151,9 +157,9 @@ EFI_STATUS EnsureTable(AccessState& access, ServiceTable table) {
 }
 
 void ReleaseFetchedTables(AccessState& access) {
-  for (FetchedTable& table : access.Tables) {
-    FreeBlock(table.Block);
-    table = {};
+  for (size_t table = access.Tables.size(); table-- > 0;) {  // display texts first, strings last
+    FreeBlock(access.Tables[table].Block);
+    access.Tables[table] = {};
   }
   ReleaseCallingInterfaceInfo(access.CallingInterface);
   access.CallingInterface = nullptr;

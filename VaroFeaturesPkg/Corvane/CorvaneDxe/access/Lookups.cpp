@@ -126,6 +126,9 @@ EFI_STATUS EFIAPI FindAttributeHandle(AttributeAccessProtocol* self, const CHAR8
   if (EFI_ERROR(status)) {
     return status;
   }
+  if (!TableWalk(mAccess[ServiceTable::Attributes]).More()) {
+    return EFI_INVALID_PARAMETER;  // the service lists no attribute table, or an empty one
+  }
   NamedHandles names;
   if (!names.Ok()) {
     return EFI_OUT_OF_RESOURCES;
@@ -160,7 +163,7 @@ EFI_STATUS EFIAPI GetAttributeHandles(AttributeAccessProtocol* self, UINT16* han
     return EFI_BUFFER_TOO_SMALL;
   }
   if (handles == nullptr) {
-    return EFI_INVALID_PARAMETER;
+    return known ? EFI_INVALID_PARAMETER : EFI_UNSUPPORTED;
   }
   if (!WalkHandles(mAccess, {handles, *size / sizeof(*handles)}, count)) {
     return EFI_UNSUPPORTED;

@@ -31,6 +31,10 @@ class Request {
   EFI_STATUS Dispatch() { return dispatcher_.Dispatch(&block_.Descriptor); }
   [[nodiscard]] bool Handled() const { return block_.Results[0] == 0; }
 
+  /// Reads the payload length of the answer. The service may change the buffer at any time, so a caller that checks the
+  /// length reads it once.
+  [[nodiscard]] UINT32 PayloadLength() const { return static_cast<const volatile RequestBlock&>(block_).PayloadLength; }
+
   /// Bytes from `offset` of the buffer to its end.
   [[nodiscard]] std::span<std::byte> Bytes(size_t offset) {
     return std::span(reinterpret_cast<std::byte*>(&block_), REQUEST_BUFFER_SIZE).subspan(offset);

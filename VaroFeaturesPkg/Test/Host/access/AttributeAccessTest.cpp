@@ -38,6 +38,15 @@ TEST_F(AttributeAccessTest, ALaterImageTakesThePlaceOfAnEarlierOne) {
   EXPECT_EQ(uefi.LivePoolBlocks(), 2U);  // the two request buffers
 }
 
+TEST_F(AttributeAccessTest, AnEarlierInstanceWithoutAnInterfaceIsTakenDownToo) {
+  EFI_HANDLE earlier = uefi.Install(gVaroAttributeAccessProtocolGuid, nullptr);
+  ASSERT_EQ(Install(), EFI_SUCCESS);
+  void* interface = nullptr;
+  EXPECT_TRUE(EFI_ERROR(gBS->HandleProtocol(earlier, &gVaroAttributeAccessProtocolGuid, &interface)));
+  EXPECT_EQ(Installed(), mAccess.Interface);
+  EXPECT_EQ(UnloadAttributeAccess(gImageHandle), EFI_SUCCESS);
+}
+
 TEST_F(AttributeAccessTest, UnloadFreesTheRecordAndLeavesTheProtocol) {
   ASSERT_EQ(Install(), EFI_SUCCESS);
   UINT32 size = 0;

@@ -5,6 +5,7 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "Host/access/AccessFixture.hpp"
+#include "access/FetchedTables.hpp"
 
 namespace {
 
@@ -88,7 +89,7 @@ TEST_F(OperationsTest, AServiceThatIsNotReady) {
     EXPECT_EQ(handles[0], empty ? 0 : 0xEEEE);
     EXPECT_EQ(Set(Record(3, 16, Bytes(36))), empty ? EFI_SUCCESS : row.Status);
     EXPECT_THAT(Sent(kClass, 4), IsEmpty());
-    EXPECT_THAT(Sent(kClass, 3), SizeIs(empty ? 6 : 5));  // asked anew by each
+    EXPECT_THAT(Sent(kClass, 3), SizeIs(5));  // asked again by each
   }
   after = nullptr;
   Forget();
@@ -230,6 +231,37 @@ TEST_F(OperationsTest, NamesAreComparedUpToTheirBracket) {
   EXPECT_EQ(Find("Other", handle), EFI_UNSUPPORTED);
   uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
   EXPECT_EQ(Find("Fan", handle), EFI_OUT_OF_RESOURCES);
+  // Without an attribute table nobody asks for the names.
+  tables.erase(1);
+  tables.erase(0);
+  Forget();
+  const size_t asked = Sent(kClass, 3).size();
+  EXPECT_EQ(Find("Fan", handle), EFI_INVALID_PARAMETER);
+  EXPECT_EQ(Sent(kClass, 3).size(), asked + 1);
+}
+
+TEST_F(OperationsTest, TablesAreFreedFromTheDisplayTextsToTheStrings) {
+  UINT32 size = 0;
+  EXPECT_EQ(protocol->GetAttributeString(protocol, 16, nullptr, &size), EFI_BUFFER_TOO_SMALL);
+  static std::vector<const void*> freed;
+  static EFI_FREE_POOL freePool;
+  freed.clear();
+  freePool = gBS->FreePool;
+  gBS->FreePool = [](VOID* block) -> EFI_STATUS {
+    freed.push_back(block);
+    return freePool(block);
+  };
+  std::vector<const void*> expected;
+  for (const ServiceTable table : {ServiceTable::Display, ServiceTable::Help, ServiceTable::Values,
+                                   ServiceTable::Attributes, ServiceTable::Strings}) {
+    if (mAccess[table].Block != nullptr) {
+      expected.push_back(mAccess[table].Block);
+    }
+  }
+  ReleaseFetchedTables(mAccess);
+  EXPECT_GE(expected.size(), 3U);
+  freed.resize(std::min(freed.size(), expected.size()));
+  EXPECT_EQ(freed, expected);
 }
 
 TEST_F(OperationsTest, HandlesFitWhenTheyFitWithoutTheirEnd) {
@@ -248,6 +280,9 @@ TEST_F(OperationsTest, HandlesFitWhenTheyFitWithoutTheirEnd) {
   size = 4;
   EXPECT_EQ(protocol->GetAttributeHandles(protocol, handles, &size), EFI_UNSUPPORTED);
   EXPECT_THAT(handles, ElementsAre(16, 17, 1, 1, 1));  // nothing beyond the size
+  for (UINT32 any : {0, 4, 100}) {
+    EXPECT_EQ(protocol->GetAttributeHandles(protocol, nullptr, &any), EFI_UNSUPPORTED);
+  }
 }
 
 // An entry that runs past the block is none; nor is one that begins in its last three bytes.
