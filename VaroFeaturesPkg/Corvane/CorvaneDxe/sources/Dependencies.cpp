@@ -41,20 +41,21 @@ const CHAR16* After(const CHAR16* text, CHAR16 character) {
   return nullptr;
 }
 
-/// Collects the names in the annotations of one keyword, from its first "[" on. A name that is known already ends the
-/// keyword's collection.
-EFI_STATUS CollectNames(const CHAR16* annotations, NameList& list) {
+/// Collects the names in the annotations of one keyword, from its first "[" on. A known name ends the collection of the
+/// keyword. `annotated` tells whether a name was found, known or not.
+EFI_STATUS CollectNames(const CHAR16* annotations, NameList& list, bool& annotated) {
   const CHAR16* text = annotations;
   while ((text = After(text, '[')) != nullptr) {
     const CHAR16* const name = After(text, ':');
     const CHAR16* const value = name != nullptr ? After(name, '=') : nullptr;
     if (value == nullptr) {
-      return EFI_SUCCESS;  // no further name stands here
+      return EFI_SUCCESS;  // the rest has no name
     }
     const Ucs2View view{name, static_cast<size_t>(value - name) - 1};
     if (view.size() > kLongestName) {
       return EFI_ABORTED;
     }
+    annotated = true;
     if (list.Contains(view)) {
       return EFI_SUCCESS;
     }
@@ -83,7 +84,11 @@ void Dependencies::RecordDependencyCandidate(UINT32 identifier, PoolPtr<CHAR16[]
     candidates_ = AllocateZeroedArray<Candidate>(kCapacity);
   }
   if (!candidates_ || count_ == kCapacity) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped from the dependency candidates\n", identifier));
+    if (!candidateDropped_) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: dependency candidates dropped from question %d on: %a\n", identifier,
+             candidates_ ? "the list is full" : "out of memory"));
+    }
+    candidateDropped_ = true;
     return;
   }
   candidates_[count_++] = {identifier, keyword.release()};
@@ -108,15 +113,14 @@ EFI_STATUS Dependencies::Evaluate() {
       continue;
     }
     const auto bareLength = static_cast<size_t>(rest - candidate.Keyword) - 1;
-    if (bareLength > kLongestName || EFI_ERROR(CollectNames(rest - 1, list))) {
+    bool annotated = false;
+    if (bareLength > kLongestName || EFI_ERROR(CollectNames(rest - 1, list, annotated))) {
       DEBUG((DEBUG_WARN, "CorvaneDxe: \"PidDepList\" dropped: overlong name in keyword \"%s\"\n", candidate.Keyword));
       return EFI_ABORTED;
     }
-  }
-  // Comparisons are with plain keywords. What stands behind the new end keeps the collected names.
-  for (const Candidate& candidate : candidates) {
-    if (candidate.Keyword != nullptr && After(candidate.Keyword, '[') != nullptr) {
-      *const_cast<CHAR16*>(After(candidate.Keyword, '[') - 1) = 0;
+    if (annotated) {
+      candidate.Keyword[bareLength] =
+          0;  // names are compared with plain keywords; the collected names lie after this end
     }
   }
 

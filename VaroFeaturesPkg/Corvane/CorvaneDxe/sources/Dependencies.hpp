@@ -39,4 +39,5 @@ class Dependencies {
 
   PoolPtr<Candidate[]> candidates_;
   size_t count_ = 0;
+  bool candidateDropped_ = false;
 };

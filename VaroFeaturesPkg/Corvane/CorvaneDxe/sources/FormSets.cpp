@@ -105,7 +105,7 @@ void FormSets::TakeQuestion(const QuestionRecord& question) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped: out of memory\n", question.Identifier));
     return;
   }
-  if (passesFilter && IsEligible(question.Identifier)) {
+  if (passesFilter && IsEligible(question.Identifier, keyword.get())) {
     AddQuestion(question, keyword.get());
   }
   if (gates_.PlatformSetting) {
@@ -114,7 +114,7 @@ void FormSets::TakeQuestion(const QuestionRecord& question) {
   }
 }
 
-bool FormSets::IsEligible(UINT32 identifier) {
+bool FormSets::IsEligible(UINT32 identifier, [[maybe_unused]] const CHAR16* keyword) {
   if (Contains(kFactoryQuestions, identifier)) {
     return gates_.FactoryMode;
   }
@@ -124,7 +124,12 @@ bool FormSets::IsEligible(UINT32 identifier) {
   if (Contains(kExcludedQuestions, identifier)) {
     return false;
   }
-  return database_.FindAttributeByToken(identifier) == nullptr;
+  const AttributeRecord* const first = database_.FindAttributeByToken(identifier);
+  if (first != nullptr) {
+    DEBUG((DEBUG_INFO, "CorvaneDxe: question %d \"%s\" left out: attribute \"%s\" has this identifier\n", identifier,
+           keyword, database_.GetNameString(StringHandle{first->NameHandle})));
+  }
+  return first == nullptr;
 }
 
 void FormSets::AddQuestion(const QuestionRecord& question, const CHAR16* keyword) {
@@ -156,6 +161,9 @@ void FormSets::AddCollection(const FormSetRecord& formSet, UINT64 attributesBefo
   }
   RemoveBlanks(name.get());
   const UINT16 nameHandle = Raw(InternName(database_, name.get()));
+  if (nameHandle == 0) {
+    return;  // the name was reported: without one there is no collection
+  }
   InternDisplayString(database_, title);
   for (UINT8 i = 0; i < count; ++i) {
     items[i] = static_cast<UINT16>(attributesBefore + kFirstHandle + i);

@@ -33,7 +33,7 @@ class FormSets {
  private:
   void WalkFormSet(const FormSetRecord& formSet, const QuestionRecord* questions);
   void TakeQuestion(const QuestionRecord& question);
-  [[nodiscard]] bool IsEligible(UINT32 identifier);
+  [[nodiscard]] bool IsEligible(UINT32 identifier, const CHAR16* keyword);
   void AddQuestion(const QuestionRecord& question, const CHAR16* keyword);
   void AddCollection(const FormSetRecord& formSet, UINT64 attributesBefore);
 

@@ -46,7 +46,9 @@ InternedString InternAttributeName(AttributeDatabase& database, const CHAR16* na
     return {};
   }
   if (CleanString(cleaned.get(), name) > cleaned.get() + AttributeDatabase::kLongestString) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: name \"%s\" dropped: too long for the cache\n", name));
+    // The reason comes first: a text of this length fills the whole message.
+    DEBUG((DEBUG_WARN, "CorvaneDxe: name of %d characters dropped: too long for the cache\n",
+           static_cast<int>(key.Length)));
     return {};
   }
   return {database.AddString(StringArray::Names, std::move(cleaned), key.Hash), false};

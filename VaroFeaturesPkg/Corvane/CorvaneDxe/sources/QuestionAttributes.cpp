@@ -138,15 +138,23 @@ InternedString QuestionAttributes::InternPrompt(const QuestionRecord& question) 
   return InternDistinctDisplayString(database_, text.get());
 }
 
-void QuestionAttributes::FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword) {
+bool QuestionAttributes::FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword) {
   head.Token = question.Identifier;
   head.ValueSize = question.ValueSize;
   head.NameHandle = Raw(InternQuestionName(question.Identifier, keyword));
+  if (head.NameHandle == 0) {
+    return false;  // the name was reported
+  }
   const InternedString display = InternPrompt(question);
-  // A text that a second question shares has a help text of the first already.
-  if (!display.AlreadyPresent && Raw(display.Handle) != 0) {
+  if (display.AlreadyPresent) {
+    if (question.Help != 0) {
+      DEBUG(
+          (DEBUG_INFO, "CorvaneDxe: help text of \"%s\" left out: an earlier text is equal to its prompt\n", keyword));
+    }
+  } else if (Raw(display.Handle) != 0) {
     SetHelpString(database_, strings_.GetHiiString(question.HiiHandle, question.Help).Text, display.Handle);
   }
+  return true;
 }
 
 UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const QuestionOption& option) {
@@ -170,7 +178,9 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord
   if (question.OptionCount > count) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%s\" cut: %d of its options are kept\n", keyword, count));
   }
-  FillHead(record->Head, question, keyword);
+  if (!FillHead(record->Head, question, keyword)) {
+    return nullptr;
+  }
   // One byte: an option whose value is above 255 is never the default.
   const UINT64 defaultValue = ReadDefault(defaults_, question.Identifier, 1).value_or(0) & 0xFF;
   for (UINT8 i = 0; i < count; ++i) {
@@ -203,7 +213,9 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const Ques
     WarnOutOfMemory(keyword);
     return nullptr;
   }
-  FillHead(record->Head, question, keyword);
+  if (!FillHead(record->Head, question, keyword)) {
+    return nullptr;
+  }
   const SwitchNames& texts = SwitchNamesOf(question.Identifier);
   names[0] = Raw(InternOwnTexts(database_, texts.Off, texts.Off).Name);
   names[1] = Raw(InternOwnTexts(database_, texts.On, texts.On).Name);
@@ -229,7 +241,9 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildNumeric(const QuestionReco
     WarnOutOfMemory(keyword);
     return nullptr;
   }
-  FillHead(record->Head, question, keyword);
+  if (!FillHead(record->Head, question, keyword)) {
+    return nullptr;
+  }
   record->LowerBound = question.Minimum;
   record->UpperBound = question.Maximum;
   record->ScalarIncrement = static_cast<UINT32>(question.Step);
@@ -257,7 +271,9 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildString(const QuestionRecor
     WarnOutOfMemory(keyword);
     return nullptr;
   }
-  FillHead(record->Head, question, keyword);
+  if (!FillHead(record->Head, question, keyword)) {
+    return nullptr;
+  }
   record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
   record->MinLength = static_cast<UINT16>(question.Minimum);
   record->MaxLength = static_cast<UINT16>(question.Maximum);

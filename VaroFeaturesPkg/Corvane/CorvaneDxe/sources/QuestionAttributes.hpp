@@ -25,12 +25,13 @@ class QuestionAttributes {
 
   [[nodiscard]] bool HasDefaults() const { return defaults_ != nullptr; }
 
-  /// The attribute of a one-of, checkbox, numeric or string question, its name and texts interned; null for any other
-  /// question or without memory.
+  /// Makes the attribute of a one-of, checkbox, numeric or string question and interns its name and texts. Returns null
+  /// for any other question, without memory, or if the name gets no handle.
   [[nodiscard]] OwnedRecord<AttributeRecord> Build(const QuestionRecord& question, const CHAR16* keyword);
 
  private:
-  void FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword);
+  /// Returns false if the name gets no handle. No other text of the question is then interned.
+  [[nodiscard]] bool FillHead(AttributeRecord& head, const QuestionRecord& question, const CHAR16* keyword);
   [[nodiscard]] StringHandle InternQuestionName(UINT32 identifier, const CHAR16* keyword);
   [[nodiscard]] InternedString InternPrompt(const QuestionRecord& question);
   [[nodiscard]] UINT16 InternOption(const QuestionRecord& question, const QuestionOption& option);

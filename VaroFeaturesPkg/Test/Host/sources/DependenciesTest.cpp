@@ -4,6 +4,8 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
+#include <cstdlib>
+
 #include "Host/NotebookFixture.hpp"
 #include "sources/Dependencies.hpp"
 
@@ -58,6 +60,11 @@ TEST_F(DependenciesTest, NamesInAnnotationsSelectTheirQuestions) {
       {{u"A", u"X[ForceIf A=1][ForceIf:B=1]", u"B"}, {3}},
       {{u"", u"X[ForceIf:=1]"}, {1}},
       {{fifty, u"X[ForceIf:" + fifty + u"=1]"}, {1}},
+      // A keyword is cut at "[" only with an annotation, known or not.
+      {{u"A[x]", u"X[ForceIf:A=1]"}, {0}},
+      {{u"A[x:y]", u"X[ForceIf:A=1]"}, {0}},
+      {{u"A[x]", u"X[ForceIf:A[x]=1]"}, {1}},
+      {{u"X[ForceIf:B=1]", u"A[ForceIf:B=1]", u"Y[ForceIf:A=1]"}, {2}},
       {{fiftyOne, u"A", u"X[ForceIf:A=1]"}, {2}},  // not measured without an annotation
   };
   for (const auto& [keywords, list] : rows) {
@@ -76,10 +83,109 @@ TEST_F(DependenciesTest, TheListEndsAt50AndTheCandidatesAt257) {
   EXPECT_EQ(list.size(), 50U);
   EXPECT_EQ(list.back(), 50U);
 
-  keywords.assign(258, u"-");
+  keywords.assign(260, u"-");
   keywords[0] = u"X[ForceIf:A=1]";
   keywords[256] = keywords[257] = u"A";
   EXPECT_EQ(Evaluate(keywords), std::vector<UINT32>{257});
+  EXPECT_EQ(notebook.Uefi.Warnings("from question 258 on: the list is full"), 1U);
+  EXPECT_EQ(notebook.Uefi.Warnings("candidates dropped"), 1U);
+}
+
+/// The plain evaluation of one keyword: the names in its annotations and, with one, its text before the first "[".
+struct PlainKeyword {
+  std::u16string Bare;
+  std::vector<std::u16string> Names;
+
+  explicit PlainKeyword(const std::u16string& keyword) : Bare(keyword) {
+    size_t place = keyword.find(u'[');
+    while (place != keyword.npos) {
+      const size_t colon = keyword.find(u':', place);
+      const size_t equals = colon == keyword.npos ? colon : keyword.find(u'=', colon);
+      if (equals == keyword.npos) {
+        return;
+      }
+      Bare = keyword.substr(0, keyword.find(u'['));
+      const std::u16string name = keyword.substr(colon + 1, equals - colon - 1);
+      if (std::find(Names.begin(), Names.end(), name) != Names.end()) {
+        return;
+      }
+      Names.push_back(name);
+      place = keyword.find(u'[', equals + 1);
+    }
+  }
+};
+
+TEST_F(DependenciesTest, EveryShortKeyword_AgreesWithAPlainEvaluation) {
+  // Pool and variables without the fake's book-keeping: there are two million evaluations.
+  gBS->AllocatePool = [](EFI_MEMORY_TYPE, UINTN size, VOID** block) -> EFI_STATUS {
+    *block = std::malloc(size);
+    return EFI_SUCCESS;
+  };
+  gBS->FreePool = [](VOID* block) -> EFI_STATUS {
+    std::free(block);
+    return EFI_SUCCESS;
+  };
+  static std::vector<UINT32> written;
+  gRT->SetVariable = [](CHAR16*, EFI_GUID*, UINT32, UINTN size, VOID* data) -> EFI_STATUS {
+    written.resize(size / sizeof(UINT32));
+    std::memcpy(written.data(), data, size);
+    return EFI_SUCCESS;
+  };
+  const auto record = [](Dependencies& dependencies, UINT32 identifier, const std::u16string& keyword) {
+    dependencies.RecordDependencyCandidate(
+        identifier, CopyUcs2(reinterpret_cast<const CHAR16*>(keyword.c_str()), keyword.size() * sizeof(CHAR16)));
+  };
+  constexpr std::u16string_view kAlphabet = u"A[]:=F";
+  constexpr size_t kLongest = 8;
+  size_t keywords = 0;
+  size_t annotated = 0;
+  std::array<size_t, kLongest> digits{};
+  for (size_t length = 0; length <= kLongest; ++length) {
+    digits.fill(0);
+    for (bool more = true; more;) {
+      std::u16string keyword;
+      for (size_t i = 0; i < length; ++i) {
+        keyword += kAlphabet[digits[i]];
+      }
+      const PlainKeyword plain(keyword);
+      // The keyword itself, its names, and texts that may be mistaken for one.
+      std::vector<std::u16string> others = plain.Names;
+      others.insert(others.end(), {u"A", u"F", u"", keyword.substr(0, keyword.find(u'['))});
+      std::vector<UINT32> expected;
+      for (const std::u16string& name : plain.Names) {
+        if (name == plain.Bare) {
+          expected.push_back(1);
+        }
+        for (UINT32 other = 0; other < others.size(); ++other) {
+          if (others[other] == name) {
+            expected.push_back(other + 2);
+          }
+        }
+      }
+      written.clear();
+      Dependencies dependencies;
+      record(dependencies, 1, keyword);
+      for (UINT32 other = 0; other < others.size(); ++other) {
+        const bool annotatedToo =
+            others[other].find(u'[') != std::u16string::npos && !PlainKeyword(others[other]).Names.empty();
+        record(dependencies, other + 2, annotatedToo ? u"?" : others[other]);
+        if (annotatedToo) {
+          std::erase(expected, other + 2);
+        }
+      }
+      ASSERT_EQ(dependencies.BuildPidDepList(), EFI_SUCCESS);
+      ASSERT_EQ(written, expected) << testing::PrintToString(keyword);
+      ++keywords;
+      annotated += plain.Names.empty() ? 0 : 1;
+      more = false;
+      for (size_t i = 0; i < length && !more; ++i) {
+        digits[i] = (digits[i] + 1) % kAlphabet.size();
+        more = digits[i] != 0;
+      }
+    }
+  }
+  EXPECT_EQ(keywords, 2015539U);  // the sum of 6^0 to 6^8
+  std::printf("%zu keywords, %zu with annotations\n", keywords, annotated);
 }
 
 TEST_F(DependenciesTest, AnEarlierListStaysWhenNothingIsFound) {

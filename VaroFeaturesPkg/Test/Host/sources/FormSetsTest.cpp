@@ -227,4 +227,31 @@ TEST_F(FormSetsTest, TextsFollowThePlatformLanguage) {
   EXPECT_EQ(Attribute(16), "16 P #300/1 int 0..0/0 0,0");
 }
 
+TEST_F(FormSetsTest, AQuestionOrCollectionWhoseNameGetsNoHandle_IsDroppedWithItsTexts) {
+  const std::u16string tooLong(0x8000, u'n');
+  setup.Checkbox(300, tooLong, u"Long").Help(u"Help");
+  setup.OneOf(301, tooLong, u"Long too").Option(1, u"One", u"First");
+  setup.Numeric(302, u"Kept", u"Kept");
+  notebook.AddFormSet(tooLong);
+  Gather();
+  EXPECT_THAT(Attributes(), ElementsAre("16 Kept #302/1 int 0..0/0 0,0", "17 SystemSetup! #0/0 set 16"));
+  EXPECT_THAT(Strings(StringArray::Display), ElementsAre("Kept", "System Setup"));
+  EXPECT_EQ(notebook.Uefi.Warnings("name of 32768 characters dropped"), 3U);
+  EXPECT_EQ(notebook.Uefi.Warnings(), 3U + 2U);  // and the two platform attributes without a setting
+}
+
+TEST_F(FormSetsTest, LostQuestionsAndHelpTexts_AreReported) {
+  setup.Checkbox(300, u"One", u"Same").Help(u"Kept");
+  setup.Checkbox(301, u"Two", u"Same").Help(u"Lost");
+  notebook.AddFormSet(u"Other").Checkbox(300, u"Three", u"Three");
+  Gather();
+  const auto reported = [this](std::string_view text) {
+    return std::ranges::count_if(notebook.Uefi.DebugMessages,
+                                 [&](const auto& message) { return message.Text.find(text) != std::string::npos; });
+  };
+  EXPECT_EQ(reported("help text of \"Two\" left out"), 1);
+  EXPECT_EQ(reported("question 300 \"Three\" left out: attribute \"One\" has this identifier"), 1);
+  EXPECT_EQ(reported("left out"), 2);
+}
+
 }  // namespace
