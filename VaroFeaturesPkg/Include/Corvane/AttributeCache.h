@@ -17,6 +17,12 @@
 
     Boot configuration settings and unknown types are not kept.
 
+  "BiosVersion" holds twice as many bytes as the version has characters: the version, its terminator, and, for a version of
+  at least ATTRIBUTE_CACHE_SHORTEST_SEALED_VERSION characters, the seal. The seal is a little-endian CRC-32 (as zlib
+  computes it) over the stored contents of "PldmString", "DispString", "HelpString", "AttributesData" and "AttributesCount",
+  in this order, a missing variable being empty. Zeros fill the rest. A cache with a seal that is not 0 is valid only if
+  the contents match the seal. A cache without a seal, or with a seal of 0, is valid for its version.
+
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
@@ -37,9 +43,9 @@ extern EFI_GUID  gVaroAttributeVariableGuid;
 
 //
 // Variable names, for L"" or u"" literals as the reader's language has them. Attributes: non-volatile and boot service
-// access, plus run-time access for the last two.
+// access, plus run-time access for the last two. One of the first six with other attributes counts as missing.
 //
-#define ATTRIBUTE_CACHE_BIOS_VERSION     "BiosVersion"       ///< ASCII firmware version and as many zero bytes
+#define ATTRIBUTE_CACHE_BIOS_VERSION     "BiosVersion"       ///< ASCII firmware version and seal, see above
 #define ATTRIBUTE_CACHE_ATTRIBUTES_DATA  "AttributesData"
 #define ATTRIBUTE_CACHE_COUNTERS         "AttributesCount"   ///< AttributeStoreHeader
 #define ATTRIBUTE_CACHE_NAMES            "PldmString"
@@ -47,6 +53,8 @@ extern EFI_GUID  gVaroAttributeVariableGuid;
 #define ATTRIBUTE_CACHE_HELP_STRINGS     "HelpString"
 #define ATTRIBUTE_CACHE_STATUS           "AttCacheStatus"    ///< one byte; write 1 to have the next boot rebuild
 #define ATTRIBUTE_DEPENDENCY_LIST        "PidDepList"        ///< up to 50 UINT32: questions that others depend on
+
+#define ATTRIBUTE_CACHE_SHORTEST_SEALED_VERSION  5
 
 #define ATTRIBUTE_DEPENDENCY_LIST_CAPACITY  50
 

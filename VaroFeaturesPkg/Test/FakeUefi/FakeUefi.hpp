@@ -105,6 +105,7 @@ class FakeUefi {
   struct Variable {
     UINT32 Attributes;
     Bytes Data;
+    bool operator==(const Variable&) const = default;
   };
   using VariableKey = std::pair<Ucs2String, EFI_GUID>;
   struct VariableLess {
@@ -113,6 +114,7 @@ class FakeUefi {
     }
   };
   std::map<VariableKey, Variable, VariableLess> Variables;
+  std::set<Ucs2String> Protected;       ///< names of variables that cannot be changed, as authenticated ones
   size_t VariableSizeLimit = 0x8000;    ///< of one, name included
   size_t VariableSpaceLimit = 0x40000;  ///< of all
 

@@ -16,6 +16,9 @@ EFI_STATUS FakeUefi::SetVariable(const CHAR16* name, const EFI_GUID& vendor, UIN
   }
   const VariableKey key{Ucs2String(name), vendor};
   const auto found = Variables.find(key);
+  if (found != Variables.end() && Protected.contains(key.first)) {
+    return EFI_SECURITY_VIOLATION;
+  }
   const bool deletes = size == 0 || (attributes & kAccess) == 0;
   if (found == Variables.end() && deletes) {
     return EFI_NOT_FOUND;

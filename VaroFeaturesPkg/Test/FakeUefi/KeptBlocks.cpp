@@ -17,7 +17,7 @@ std::multiset<size_t> BlocksLeftBehind(FakeNotebook& notebook) {
   }
   for (const void* const block :
        std::initializer_list<const void*>{mAccess.Interface, mAccess.RequestBuffer, mState.Published,
-                                          mState.Descriptors, mState.Directory, mState.PlatformLang}) {
+                                          mState.Descriptors, mState.Directory, mState.PlatformLangBuffer}) {
     FreeBlock(block);
   }
   if (mState.Published != nullptr && notebook.Uefi.PoolBlocks().contains(notebook.BootOptionsGiven)) {

@@ -33,3 +33,32 @@ Bytes ReferenceDecompress(const Bytes& source) {
   output.resize(refused ? 0 : size);
   return output;
 }
+
+Bytes CompressLiterally(const Bytes& content) {
+  Bytes stream;
+  UINT64 pending = 0;
+  unsigned bits = 0;
+  const auto put = [&](unsigned count, UINT64 value) {
+    pending = pending << count | value;
+    for (bits += count; bits >= 8; bits -= 8) {
+      stream.push_back(static_cast<std::uint8_t>(pending >> (bits - 8)));
+    }
+  };
+  constexpr size_t kLargestBlock = 0xFFFF;
+  for (size_t done = 0; done < content.size();) {
+    const size_t count = std::min(content.size() - done, kLargestBlock);
+    put(16, count);
+    put(10, 0 << 5 | 10);  // of the code lengths there is one, length 8
+    put(9, 256);           // 256 bytes, each of that length
+    put(8, 0);             // of the distances there is one
+    for (const size_t end = done + count; done < end; ++done) {
+      put(8, content[done]);
+    }
+  }
+  put(7, 0);
+  Bytes block(2 * sizeof(UINT32));
+  const std::array<UINT32, 2> sizes = {static_cast<UINT32>(stream.size()), static_cast<UINT32>(content.size())};
+  std::memcpy(block.data(), sizes.data(), block.size());
+  block.insert(block.end(), stream.begin(), stream.end());
+  return block;
+}

@@ -13,3 +13,6 @@ Bytes ReferenceCompress(const Bytes& source);
 
 /// What EDK II's decoder (MdePkg) makes of a stream; empty when it refuses it.
 Bytes ReferenceDecompress(const Bytes& source);
+
+/// A stream of the UEFI compression format that holds the bytes as they are: eight bits for each byte.
+Bytes CompressLiterally(const Bytes& content);

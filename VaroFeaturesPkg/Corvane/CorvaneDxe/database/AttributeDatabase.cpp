@@ -59,7 +59,8 @@ bool AttributeDatabase::RestoreAttribute(OwnedRecord<AttributeRecord>&& record, 
   if (slot == 0 || slot >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
     return false;
   }
-  if (counted && store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot] == nullptr) {
+  if (counted && store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot] == nullptr &&
+      store_->Header.AttributeCount < kMostAttributes) {
     ++store_->Header.AttributeCount;
   }
   PutRecord(std::move(record), slot);
@@ -196,15 +197,20 @@ void AttributeDatabase::PlaceHelp(PoolPtr<CHAR16[]>&& text, StringHandle handle)
   Count(StringArray::Help);
 }
 
-bool AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle) {
-  if (handle < kFirstHandle || handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
-    return false;
-  }
-  if (text != nullptr && StringsOf(array)[handle] == nullptr) {
+void AttributeDatabase::RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle) {
+  if (array != StringArray::Help) {
+    ReserveStrings(array, handle);
+  } else if (text != nullptr && StringsOf(array)[handle] == nullptr) {
     Count(array);
   }
   PutString(array, std::move(text), handle);
-  return true;
+}
+
+[[gnu::noinline]] void AttributeDatabase::ReserveStrings(StringArray array, UINT64 last) {
+  const UINT64 highest = std::min<UINT64>(last, ATTRIBUTE_STORE_STRING_LIMIT - 1);
+  while (CountOf(array) + kFirstHandle <= highest) {
+    Count(array);
+  }
 }
 
 void AttributeDatabase::ReleaseIndexes() {

@@ -19,6 +19,10 @@ enum class StringArray : UINT8 { Names, Display, Help };
 
 class AttributeDatabase {
  public:
+  /// Upper limits of the counters: the handles of strings, and the attributes that readers of the stream can address.
+  static constexpr UINT16 kMostStrings = ATTRIBUTE_STORE_STRING_LIMIT - kFirstHandle;
+  static constexpr UINT16 kMostAttributes = ATTRIBUTE_STORE_HANDLE_LIMIT - kFirstHandle;
+
   /// Most characters that a stored string may have, so that its byte size fits the 16 bits of the cache's lists.
   static constexpr size_t kLongestString = 0x7FFE;
 
@@ -34,7 +38,8 @@ class AttributeDatabase {
   /// Keeps the record at a reserved handle, in place of any record there; a null record empties the slot.
   void PlaceAttribute(OwnedRecord<AttributeRecord>&& record, AttributeHandle handle);
 
-  /// Keeps a restored record at `slot`, counted or not. False, and the record freed, when `slot` is outside the store.
+  /// Keeps a restored record at `slot`, counted or not. A null record, for which there was no memory, leaves the slot
+  /// empty but counts. Returns false and frees the record if `slot` is outside the store.
   [[nodiscard]] bool RestoreAttribute(OwnedRecord<AttributeRecord>&& record, UINT16 slot, bool counted);
 
   [[nodiscard]] AttributeRecord* AttributeAt(UINT16 slot) const;
@@ -90,9 +95,13 @@ class AttributeDatabase {
   /// Keeps a help text at a display text's handle and counts it.
   void PlaceHelp(PoolPtr<CHAR16[]>&& text, StringHandle handle);
 
-  /// Keeps a restored string at `handle` and counts it; a null one is kept without being counted. False when `handle`
-  /// is none of a string.
-  [[nodiscard]] bool RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle);
+  /// Keeps a restored string at `handle`, which is in the string range, and all handles up to `handle` from later strings. A
+  /// null help text is not counted.
+  void RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle);
+
+  /// Keeps the handles up to `last`, as far as there are so many, from later strings. A handle without a text reads as
+  /// an empty string.
+  void ReserveStrings(StringArray array, UINT64 last);
 
   /// Gives back what only made gathering fast.
   void ReleaseIndexes();

@@ -1,6 +1,5 @@
 /** @file
-  The attribute cache: the database kept in NV variables from one boot to the next of the same firmware version
-  (Corvane/AttributeCache.h).
+  The attribute cache: the database in NV variables, valid for one firmware version (Corvane/AttributeCache.h).
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -9,16 +8,20 @@
 
 #include "database/AttributeDatabase.hpp"
 
-/// True when the cache stands for the running firmware version and nobody has marked it bad.
-[[nodiscard]] bool CacheIsValid();
+/// Whether CacheIsValid reads the whole cache to compare it with its seal.
+enum class SealCheck : UINT8 { Skipped, Done };
 
-/// Fills an empty database from the cache. What is missing or malformed ends there, and the boot goes on with the rest;
-/// where that is recorded, the cache is deleted so that the next boot gathers anew.
+/// Returns true if the cache belongs to the running firmware version, nobody has marked it bad and, where it is sealed
+/// and the seal is checked, no byte of it has changed.
+[[nodiscard]] bool CacheIsValid(SealCheck sealCheck);
+
+/// Fills an empty database from the cache. A missing or malformed part is left out, and the boot goes on with the rest.
+/// Damage is deleted, so that one of the next two boots gathers again.
 void RestoreCache(AttributeDatabase& database);
 
-/// Writes the database to the cache, the firmware version last as the mark that all the rest is there. A failure
+/// Writes the database to the cache. The firmware version is written last and marks the cache as complete. A failure
 /// deletes the cache.
 EFI_STATUS WriteCache(const AttributeDatabase& database);
 
-/// Deletes the cache; the status of the last deletion.
+/// Deletes the cache. Returns the status of the last deletion.
 EFI_STATUS DeleteCache();

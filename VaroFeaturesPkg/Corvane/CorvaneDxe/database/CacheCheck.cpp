@@ -7,12 +7,24 @@
 #include "database/Cache.hpp"
 #include "database/CacheVariables.hpp"
 #include "database/CacheVersion.hpp"
+#include "database/Crc32.hpp"
 #include "uefi/ByteReader.hpp"
 #include "uefi/Protocols.hpp"
 
 extern "C" {
 #include <Protocol/FirmwareVersion.h>
 }
+
+namespace {
+
+bool IsMarkedBad() {
+  std::byte mark{};
+  UINT32 attributes = kAnyAttributes;  // a mark counts with any attributes
+  const EFI_STATUS status = ReadVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, {&mark, 1}, attributes);
+  return !EFI_ERROR(status) && mark != std::byte{0};
+}
+
+}  // namespace
 
 Result<const CHAR8*> FirmwareVersion() {
   FirmwareVersionProtocol* protocol = nullptr;
@@ -25,29 +37,58 @@ Result<const CHAR8*> FirmwareVersion() {
   return protocol->Data->Version;
 }
 
-bool CacheIsValid() {
-  const Result<VariableContent> cached = ReadVariable(kBiosVersionVariable, gVaroAttributeVariableGuid);
-  if (!cached.Ok() || cached.Value().Size == 0) {
+UINT32 SealOfStoredCache() {
+  Crc32 crc32;
+  crc32.Prepare();
+  UINT32 seal = 0;
+  constexpr std::span kNamed(kCacheVariables);
+  for (const auto part : {kNamed.subspan(3), kNamed.subspan(1, 2)}) {  // the lists, then the data and the counters
+    for (const CHAR16* const name : part) {
+      seal = crc32.Of(ReadCacheVariable(name).Value().Bytes(), seal);
+    }
+  }
+  return seal;
+}
+
+bool CacheIsValid(SealCheck sealCheck) {
+  const Result<VariableContent> cached = ReadCacheVariable(kBiosVersionVariable);
+  if (!cached.Ok()) {
     return false;
   }
   const Result<const CHAR8*> running = FirmwareVersion();
   if (!running.Ok()) {
     return false;
   }
-  // The terminator counts: a cached version that goes on is another one.
-  const auto version = std::as_bytes(std::span(running.Value(), AsciiLength(running.Value()) + 1));
-  const std::span<const std::byte> content = cached.Value().Bytes();
-  if (content.size() < version.size() || !SameBytes(content.first(version.size()), version)) {
+  // The comparison includes the terminator: a longer cached version is another version.
+  const size_t length = AsciiLength(running.Value());
+  ByteReader reader(cached.Value().Bytes());
+  if (!SameBytes(reader.Take(length + 1), std::as_bytes(std::span(running.Value(), length + 1))) || IsMarkedBad()) {
     return false;
   }
-  UINT8 markedBad = 0;
-  return EFI_ERROR(ReadVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, markedBad)) || markedBad == 0;
+  const UINT32 seal = length >= kShortestSealedVersion ? reader.Read<UINT32>() : 0;
+  if (seal == 0 || sealCheck == SealCheck::Skipped || seal == SealOfStoredCache()) {
+    return true;
+  }
+  DEBUG((DEBUG_WARN, "CorvaneDxe: the cache does not match its seal: this boot gathers again\n"));
+  return false;
 }
 
-EFI_STATUS DeleteCache() {
+[[gnu::noinline]] EFI_STATUS DeleteCacheVariable(const CHAR16* name) {
+  EFI_STATUS status = WriteCacheVariable(name, {});
+  if (status == EFI_INVALID_PARAMETER) {
+    // The variable has other attributes. A write without access deletes a variable whatever its attributes are.
+    status = WriteVariable(name, gVaroAttributeVariableGuid, kAnyAttributes, {});
+  }
+  if (EFI_ERROR(status) && status != EFI_NOT_FOUND) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" cannot be deleted: %r\n", name, status));
+  }
+  return status;
+}
+
+[[gnu::noinline]] EFI_STATUS DeleteCache() {
   EFI_STATUS status = EFI_SUCCESS;
   for (const CHAR16* const name : kCacheVariables) {
-    status = WriteVariable(name, gVaroAttributeVariableGuid, kNonVolatile, {});
+    status = DeleteCacheVariable(name);
   }
   return status;
 }

@@ -31,7 +31,8 @@ void PutAttributes(ByteWriter& data, const AttributeDatabase& database) {
 
 /// Compresses `content` and writes it as a variable.
 EFI_STATUS WriteCompressed(const CHAR16* name, std::span<const std::byte> content) {
-  // Text shrinks: a block as large as the content spares asking for the size, which costs a compression of its own.
+  // Asking for the size first would cost a second compression. Text shrinks, so a block as large as the content is
+  // enough.
   auto size = static_cast<UINT32>(content.size());
   PoolPtr<std::byte[]> compressed = AllocateZeroedArray<std::byte>(size);
   if (!compressed) {
@@ -48,38 +49,49 @@ EFI_STATUS WriteCompressed(const CHAR16* name, std::span<const std::byte> conten
   if (EFI_ERROR(status)) {
     return status;
   }
-  return WriteVariable(name, gVaroAttributeVariableGuid, kNonVolatile, {compressed.get(), size});
+  return WriteCacheVariable(name, {compressed.get(), size});
 }
 
-/// The content of a string list, or of the attribute data for null.
-void PutContent(ByteWriter& content, const AttributeDatabase& database, const CachedStrings* strings) {
-  if (strings != nullptr) {
-    PutStrings(content, database, strings->Array);
+void PutContent(ByteWriter& writer, const AttributeDatabase& database, CachedContent content) {
+  if (content == CachedContent::Attributes) {
+    PutAttributes(writer, database);
   } else {
-    PutAttributes(content, database);
+    PutStrings(writer, database, ArrayOf(content));
   }
 }
 
-/// Lays the content of a variable out, first counting, then in a block of that size, and writes it.
-EFI_STATUS WriteContent(const AttributeDatabase& database, const CachedStrings* strings) {
+/// Lays out a content, first to count its bytes, then in a block of that size, and writes it compressed.
+[[gnu::noinline]] EFI_STATUS WriteContent(const AttributeDatabase& database, CachedContent content) {
   ByteWriter counter;
-  PutContent(counter, database, strings);
+  PutContent(counter, database, content);
   const PoolPtr<std::byte[]> block = AllocateZeroedArray<std::byte>(counter.Used());
   if (!block) {
     return EFI_OUT_OF_RESOURCES;
   }
-  ByteWriter content{{block.get(), counter.Used()}};
-  PutContent(content, database, strings);
-  return WriteCompressed(strings != nullptr ? strings->Variable : kAttributesDataVariable,
-                         {block.get(), content.Used()});
+  ByteWriter writer{{block.get(), counter.Used()}};
+  PutContent(writer, database, content);
+  return WriteCompressed(VariableOf(content), {block.get(), writer.Used()});
 }
 
-EFI_STATUS WriteStringVariable(const AttributeDatabase& database, const CachedStrings& kind) {
-  return WriteContent(database, &kind);
+EFI_STATUS WriteStringVariable(const AttributeDatabase& database, CachedContent list) {
+  return WriteContent(database, list);
 }
 
 EFI_STATUS WriteAttributeData(const AttributeDatabase& database) {
-  return WriteContent(database, nullptr);
+  return WriteContent(database, CachedContent::Attributes);
+}
+
+/// Writes 0 to the status variable. A variable that somebody created with other attributes is replaced.
+EFI_STATUS WriteGoodStatus() {
+  const std::byte good{};
+  EFI_STATUS status = EFI_INVALID_PARAMETER;  // the answer to a write with other attributes
+  for (int tries = 0; tries < 2 && status == EFI_INVALID_PARAMETER; ++tries) {
+    if (tries != 0) {
+      IgnoreStatus(WriteVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, kAnyAttributes, {}));
+    }
+    status = WriteVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, kNonVolatileRuntime, {&good, 1});
+  }
+  return status;
 }
 
 EFI_STATUS WriteVersion() {
@@ -93,35 +105,38 @@ EFI_STATUS WriteVersion() {
   if (!content) {
     return EFI_OUT_OF_RESOURCES;
   }
-  return WriteVariable(kBiosVersionVariable, gVaroAttributeVariableGuid, kNonVolatile, {content.get(), 2 * length});
+  if (length >= kShortestSealedVersion) {
+    const UINT32 seal = SealOfStoredCache();
+    CopyMem(&content[length + 1], &seal, sizeof(seal));
+  }
+  return WriteCacheVariable(kBiosVersionVariable, {content.get(), 2 * length});
 }
 
 }  // namespace
 
 EFI_STATUS WriteCache(const AttributeDatabase& database) {
-  // No list of an earlier version may stand under the new one. And the version, which is written last, has to lie last
-  // as well: a flash driver that rewrites its block loses the end of the store when the power fails.
+  // No list of an earlier version may remain under the new version. The version is written last, so it has to be the
+  // last variable in flash too: a flash driver that rewrites its block loses the end of the store when the power fails.
   IgnoreStatus(DeleteCache());
-  for (const CachedStrings& kind : kCachedStrings) {
-    if (const EFI_STATUS status = WriteStringVariable(database, kind); EFI_ERROR(status)) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r: the next boot gathers anew\n",
-             kind.Variable, status));
+  bool staleListRemains = false;
+  for (const CachedContent list : {CachedContent::Names, CachedContent::DisplayStrings, CachedContent::HelpStrings}) {
+    if (const EFI_STATUS status = WriteStringVariable(database, list); EFI_ERROR(status)) {
+      DEBUG((DEBUG_WARN, "CorvaneDxe: cache variable \"%s\" not written: %r\n", VariableOf(list), status));
+      const EFI_STATUS deleted = DeleteCacheVariable(VariableOf(list));
+      staleListRemains = staleListRemains || (EFI_ERROR(deleted) && deleted != EFI_NOT_FOUND);
     }
   }
-  bool written = !EFI_ERROR(WriteAttributeData(database));
+  bool cacheWriteOk = !EFI_ERROR(WriteAttributeData(database));
   const AttributeStoreHeader counters = database.Store()->Header;
-  if (EFI_ERROR(WriteVariable(kAttributesCountVariable, gVaroAttributeVariableGuid, kNonVolatile,
-                              std::as_bytes(std::span(&counters, 1))))) {
-    written = false;
+  if (EFI_ERROR(WriteCacheVariable(kAttributesCountVariable, std::as_bytes(std::span(&counters, 1))))) {
+    cacheWriteOk = false;
   }
-  constexpr UINT8 kGood = 0;
-  if (EFI_ERROR(WriteVariable(kCacheStatusVariable, gVaroAttributeVariableGuid, kNonVolatileRuntime,
-                              std::as_bytes(std::span(&kGood, 1))))) {
-    written = false;
+  if (EFI_ERROR(WriteGoodStatus())) {
+    cacheWriteOk = false;
   }
-  const EFI_STATUS status = WriteVersion();
-  if (EFI_ERROR(status) || !written) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: cache deleted: it could not be written in whole\n"));
+  const EFI_STATUS status = staleListRemains ? EFI_ACCESS_DENIED : WriteVersion();
+  if (EFI_ERROR(status) || !cacheWriteOk) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: cache deleted: it could not be written completely\n"));
     return DeleteCache();
   }
   return status;

@@ -56,8 +56,8 @@ void Crc32::Prepare() {
   FillCrcTable(table_, 0xEDB88320);
 }
 
-UINT32 Crc32::Of(std::span<const std::byte> bytes) const {
-  UINT32 remainder = MAX_UINT32;
+UINT32 Crc32::Of(std::span<const std::byte> bytes, UINT32 before) const {
+  UINT32 remainder = ~before;
   const std::byte* next = bytes.data();
   const std::byte* const end = next + bytes.size();
   if (hasInstruction_) {

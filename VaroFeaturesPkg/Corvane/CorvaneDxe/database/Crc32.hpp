@@ -14,7 +14,8 @@ class Crc32 {
   /// the tables, not in the image: 1 KiB there would be carried in flash for five uses a boot.
   void Prepare();
 
-  [[nodiscard]] UINT32 Of(std::span<const std::byte> bytes) const;
+  /// Returns the CRC-32 of the bytes. `before` is the CRC-32 of the bytes that precede them.
+  [[nodiscard]] UINT32 Of(std::span<const std::byte> bytes, UINT32 before = 0) const;
 
  private:
   bool hasInstruction_ = false;

@@ -41,6 +41,10 @@ size_t EncodeSlots(ByteWriter& stream, const AttributeDatabase& database) {
 UINT32 AttributeStreamSize(const AttributeDatabase& database) {
   ByteWriter counter;
   const size_t leftOut = EncodeSlots(counter, database);
+  if (database.AttributeLimit() > kStreamSlotLimit) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute stream cut before handle %d: %d slots are left out\n", kStreamSlotLimit,
+           database.AttributeLimit() - kStreamSlotLimit));
+  }
   return static_cast<UINT32>(counter.Used() + leftOut);
 }
 

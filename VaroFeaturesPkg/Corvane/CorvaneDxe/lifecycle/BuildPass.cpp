@@ -25,15 +25,16 @@ extern "C" {
 namespace {
 
 bool MayUseCache(const DriverState& state) {
-  return !state.FactoryMode && state.PlatformSetting;
+  return !state.FactoryModeFlag && state.PlatformSettingFlag;
 }
 
-/// True when the database must be gathered in this boot.
-bool CheckCache(const DriverState& state) {
-  return !MayUseCache(state) || !CacheIsValid();
+/// Returns true if the cache cannot be used, so that the attributes must be gathered in this boot.
+bool CheckCache(const DriverState& state, SealCheck sealCheck) {
+  return !MayUseCache(state) || !CacheIsValid(sealCheck);
 }
 
-/// Bounds of the asset tag and the name that they give its attribute. The status decides over a boot from the cache.
+/// Asks for the bounds of the asset tag and formats the name that they give its attribute. If the cache is valid, an
+/// error here stops publication.
 EFI_STATUS QueryAssetTagLength() {
   AssetTagLengthProtocol* protocol = nullptr;
   EFI_STATUS status = LocateProtocol(gVaroAssetTagLengthProtocolGuid, protocol);
@@ -45,7 +46,7 @@ EFI_STATUS QueryAssetTagLength() {
   } else {
     status = protocol->GetLength(1, nullptr, &minimum, &maximum);
   }
-  // The form in which the bounds belong into the name of the asset tag's attribute. No attribute carries it yet.
+  // Kept as it is: the name is formatted and not used. No attribute carries the bounds of the asset tag yet.
   std::array<CHAR16, 50> name{};
   TextWriter{name}
       .Put(ViewOf(u"Asset[RegEx:^\\\\133\\\\x20-~\\\\135{"_ucs2))
@@ -57,11 +58,12 @@ EFI_STATUS QueryAssetTagLength() {
 }
 
 EFI_STATUS GatherFormSets(DriverState& state) {
-  HiiStrings strings(state.PlatformLang);
+  HiiStrings strings(state.PlatformLangBuffer);
   Dependencies dependencies;
-  FormSets formSets(
-      state.Database, strings, dependencies, state.Setup,
-      {.FactoryMode = state.FactoryMode, .PlatformSetting = state.PlatformSetting, .FormFilter = state.FormFilter});
+  FormSets formSets(state.Database, strings, dependencies, state.Setup,
+                    {.FactoryMode = state.FactoryModeFlag,
+                     .PlatformSetting = state.PlatformSettingFlag,
+                     .FormFilter = state.FormFilterFlag});
   const EFI_STATUS status = formSets.Walk(state.FormBrowser);
   if (!EFI_ERROR(status) && MayUseCache(state)) {
     IgnoreStatus(dependencies.BuildPidDepList());  // the tables stand without the list
@@ -70,7 +72,7 @@ EFI_STATUS GatherFormSets(DriverState& state) {
 }
 
 void GatherPlatformAttributes(DriverState& state) {
-  if (state.FactoryMode) {
+  if (state.FactoryModeFlag) {
     BuildFactoryAttributes(state.Database, state.Settings);
   }
   BuildMasterPasswordLockout(state.Database, state.Settings);
@@ -90,28 +92,31 @@ EFI_STATUS PublishOnce(DriverState& state) {
     return status;
   }
   state.PublishInProgress = true;
-  const bool rebuild = CheckCache(state);
-  // The cache may have become invalid, or valid, since the attributes were gathered. It is restored only into an empty
-  // database, and only what has been gathered is written to it.
-  const bool restored = !rebuild && !state.RebuiltByFormSets;
-  if (restored) {
+  // The cache may have become valid or invalid since the attributes were gathered. It is restored only into an empty
+  // database, and only gathered attributes are written to it. The first pass checked the seal of a cache that is
+  // restored.
+  const bool gathered = state.Origin == AttributeOrigin::Gathered;
+  const bool rebuild = CheckCache(state, gathered ? SealCheck::Done : SealCheck::Skipped);
+  if (!rebuild && !gathered) {
     RestoreCache(state.Database);
-  } else if (!state.RebuiltByFormSets) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: the cache was valid and is no more: its attributes are not published\n"));
+    state.Origin = AttributeOrigin::Cache;
+  } else if (!gathered) {
+    DEBUG(
+        (DEBUG_WARN, "CorvaneDxe: the cache became invalid after the first pass: its attributes are not published\n"));
   }
-  BuildPasswords(state.Database, state.Settings, state.OwnerPassword);
+  BuildPasswords(state.Database, state.Settings, state.OwnerPasswordFlag);
   BootConfigurationState bootConfiguration{};
   PoolPtr<BootOptionBlock> bootOptions;
   if (!EFI_ERROR(ReadBootOptions(bootConfiguration, bootOptions))) {
     BuildBootConfiguration(state.Database, bootConfiguration);
   }
-  state.Database.ReleaseIndexes();  // one comes to be when no string was restored
+  state.Database.ReleaseIndexes();  // an index exists if no string was restored
   TableWriter writer(state.Descriptors);
-  ValueEntries values(state.Settings, restored);
+  ValueEntries values(state.Settings, state.Origin == AttributeOrigin::Cache);
   IgnoreStatus(TableBuilder(state.Database, writer, values).BuildTables());  // what could be built is published
   state.Directory = BuildTableDirectory(state.Descriptors);
-  if (rebuild && state.RebuiltByFormSets && MayUseCache(state)) {
-    IgnoreStatus(WriteCache(state.Database));  // the next boot finds it missing
+  if (rebuild && gathered && MayUseCache(state)) {
+    IgnoreStatus(WriteCache(state.Database));  // without a cache the next boot gathers again
   }
   const EFI_STATUS published = PublishTables(state, bootConfiguration);
   if (state.Published != nullptr) {
@@ -126,10 +131,10 @@ EFI_STATUS PublishOnce(DriverState& state) {
 EFI_STATUS BuildBiosAttributesData(DriverState& state) {
   const PerformancePhase phase("BuildBiosAttributesData");
   EFI_STATUS status = QueryAssetTagLength();
-  state.RebuiltByFormSets = CheckCache(state);
-  if (!state.RebuiltByFormSets) {
+  if (!CheckCache(state, SealCheck::Done)) {
     return status;
   }
+  state.Origin = AttributeOrigin::Gathered;
   status = GatherFormSets(state);
   if (!EFI_ERROR(status)) {
     GatherPlatformAttributes(state);

@@ -18,6 +18,13 @@ extern "C" {
 #include <Protocol/TableTransport.h>
 }
 
+/// Where the attributes of this boot come from.
+enum class AttributeOrigin : UINT8 {
+  None,      // not known yet, or left to a cache that then could not be used
+  Gathered,  // from form sets and the platform
+  Cache,     // restored; the values are read again
+};
+
 struct DriverState {
   // Found once; the platform's.
   EFI_HII_DATABASE_PROTOCOL* HiiDatabase = nullptr;
@@ -31,19 +38,19 @@ struct DriverState {
   TableDirectory* Directory = nullptr;
   PublishedTablesInterface* Published = nullptr;
 
-  CHAR8* PlatformLang = nullptr;  // null = the platform names no language
+  CHAR8* PlatformLangBuffer = nullptr;  // null = the platform names no language
   SetupSummary Setup{};
 
   PrereqCounters Prerequisites{};
   const PrereqRecord* FormSetsWait = nullptr;
   const PrereqRecord* TablesWait = nullptr;
 
-  bool FactoryMode = false;        // a factory or manufacturing mode: nothing is cached, factory attributes exist
-  bool OwnerPassword = false;      // the platform knows an owner password
-  bool PlatformSetting = false;    // the setting that allows cache and dependency list could be read
-  bool FormFilter = false;         // a question's own eligibility counts
-  bool RebuiltByFormSets = false;  // what the first pass found: the database was gathered, not left to the cache
-  bool PublishInProgress = false;  // installing a protocol may deliver the signal again
+  AttributeOrigin Origin = AttributeOrigin::None;
+  bool FactoryModeFlag = false;      // a factory or manufacturing mode: nothing is cached, factory attributes exist
+  bool OwnerPasswordFlag = false;    // the platform knows an owner password
+  bool PlatformSettingFlag = false;  // the setting that allows the cache and the dependency list could be read
+  bool FormFilterFlag = false;       // a question's own eligibility counts
+  bool PublishInProgress = false;    // installing a protocol may deliver the signal again
 };
 
 static_assert(std::is_trivially_destructible_v<DriverState>, "nothing constructs or destroys globals in a DXE image");

@@ -21,8 +21,8 @@ namespace {
 
 constexpr UINTN kRuntimePages = 8;
 
-/// Pages for the platform's memory services at run time, below 4 GiB where 32-bit addresses reach them. Nothing here
-/// reads them, and a platform without such memory does without.
+/// Reserves pages below 4 GiB for the platform's memory services at run time. Kept as it is: no code of this driver
+/// reads the pages. A platform without such memory has none.
 void ReserveRuntimePages() {
   EFI_PHYSICAL_ADDRESS address = MAX_UINT32;
   IgnoreStatus(gBS->AllocatePages(AllocateMaxAddress, EfiRuntimeServicesData, kRuntimePages, &address));
@@ -30,21 +30,42 @@ void ReserveRuntimePages() {
 
 bool ReadOwnerPasswordFlag() {
   static_assert(offsetof(PasswordServiceProtocol, OwnerPassword) == 13);
-  const auto* const service = FindProtocol<PasswordServiceProtocol>(gVaroPasswordServiceProtocolGuid);
-  if (service == nullptr) {
+  PasswordServiceProtocol* service = nullptr;
+  const EFI_STATUS status = LocateProtocol(gVaroPasswordServiceProtocolGuid, service);
+  if (status != EFI_SUCCESS || service == nullptr) {  // a warning does not count
     DEBUG((DEBUG_WARN, "CorvaneDxe: gVaroPasswordServiceProtocolGuid not found: there is no owner password\n"));
+    return false;
   }
-  return service != nullptr && service->Revision >= PASSWORD_SERVICE_OWNER_REVISION && service->OwnerPassword != 0;
+  return service->Revision >= PASSWORD_SERVICE_OWNER_REVISION && service->OwnerPassword != 0;
 }
 
+void WarnMissing([[maybe_unused]] const CHAR8* name) {
+  DEBUG((DEBUG_WARN, "CorvaneDxe: %a not found: no attribute is gathered or published\n", name));
+}
+
+/// Locates a protocol that the driver needs. A null interface is EFI_NOT_FOUND, also if it comes with a warning.
 template <typename T>
-EFI_STATUS Require(EFI_GUID& guid, [[maybe_unused]] const CHAR8* name, T*& interface) {
+EFI_STATUS Require(EFI_GUID& guid, const CHAR8* name, T*& interface) {
   EFI_STATUS status = LocateProtocol(guid, interface);
-  if (status == EFI_SUCCESS && interface == nullptr) {
-    status = EFI_NOT_FOUND;  // installed as a mere signal
+  if (interface == nullptr && !EFI_ERROR(status)) {
+    status = EFI_NOT_FOUND;  // a protocol without functions, installed as a signal
   }
   if (EFI_ERROR(status)) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: %a not found: no attribute is gathered or published\n", name));
+    WarnMissing(name);
+  }
+  return status;
+}
+
+/// Locates the transport. Without an error the tables are published, but only a transport with EFI_SUCCESS is used.
+EFI_STATUS LocateTransport(TableTransportProtocol*& transport) {
+  const EFI_STATUS status = LocateProtocol(gVaroTableTransportProtocolGuid, transport);
+  if (EFI_ERROR(status)) {
+    WarnMissing("gVaroTableTransportProtocolGuid");
+  } else if (status != EFI_SUCCESS || transport == nullptr) {
+    DEBUG((DEBUG_WARN,
+           "CorvaneDxe: gVaroTableTransportProtocolGuid located with %r and interface %p: no table is sent\n", status,
+           transport));
+    transport = nullptr;
   }
   return status;
 }
@@ -57,18 +78,13 @@ EFI_STATUS LocateRequired(DriverState& state) {
   if (!EFI_ERROR(status)) {
     status = Require(gVaroFormBrowserDataProtocolGuid, "gVaroFormBrowserDataProtocolGuid", state.FormBrowser);
   }
-  if (!EFI_ERROR(status)) {
-    status = Require(gVaroTableTransportProtocolGuid, "gVaroTableTransportProtocolGuid", state.Transport);
-    if (status != EFI_SUCCESS) {
-      state.Transport = nullptr;  // a warning lets the tables be published without being sent
-    }
-  }
-  return status;
+  return EFI_ERROR(status) ? status : LocateTransport(state.Transport);
 }
 
 EFI_STATUS EFIAPI UnloadDriver(EFI_HANDLE imageHandle) {
   if (IsArmed(mState.FormSetsWait) || IsArmed(mState.TablesWait)) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: unloaded while it waits: the signal it waits for will call into nowhere\n"));
+    DEBUG((DEBUG_WARN,
+           "CorvaneDxe: unloaded while a notification is pending: the notification will call unmapped code\n"));
   }
   return UnloadAttributeAccess(imageHandle);
 }
@@ -80,7 +96,7 @@ EFI_STATUS StartDriver(DriverState& state, EFI_HANDLE imageHandle, EFI_SYSTEM_TA
   if (state.Descriptors == nullptr) {
     return EFI_OUT_OF_RESOURCES;
   }
-  state.OwnerPassword = ReadOwnerPasswordFlag();
+  state.OwnerPasswordFlag = ReadOwnerPasswordFlag();
   const EFI_STATUS status = LocateRequired(state);
   if (!EFI_ERROR(status)) {
     constexpr std::array<const EFI_GUID*, 1> kAwaited = {&gVaroFormSetsUpdatedProtocolGuid};

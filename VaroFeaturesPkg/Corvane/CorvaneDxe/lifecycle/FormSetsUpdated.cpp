@@ -21,7 +21,7 @@ extern "C" {
 
 namespace {
 
-// Its being readable is what allows the cache and the dependency list; its value does not matter.
+// The cache and the dependency list are used only if this setting can be read. Its value does not matter.
 constexpr UINT32 kCachePermissionSetting = 0x2618;
 
 bool QueryFactoryMode() {
@@ -40,22 +40,27 @@ bool QueryFactoryMode() {
   return result != 0;
 }
 
+/// Returns the platform's language, terminated, or null if it could not be read.
 CHAR8* ReadPlatformLang() {
   Result<VariableContent> language = ReadVariable(u"PlatformLang"_ucs2, gEfiGlobalVariableGuid);
-  return reinterpret_cast<CHAR8*>(language.Value().Data.release());  // null when it could not be read
+  auto* const text = reinterpret_cast<CHAR8*>(language.Value().Data.release());  // to the driver's state
+  if (text != nullptr && *text == 0) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: \"PlatformLang\" is empty: the texts of all setup questions are empty\n"));
+  }
+  return text;
 }
 
 EFI_STATUS GatherAttributes(DriverState& state, EFI_HANDLE imageHandle, EFI_SYSTEM_TABLE* systemTable) {
   const PerformancePhase phase("CallbackOnAllFormSetsUpdated");
-  state.FactoryMode = QueryFactoryMode();
-  state.FormFilter = true;
-  state.PlatformSetting = ReadSetting(state.Settings, kCachePermissionSetting).Ok();
+  state.FactoryModeFlag = QueryFactoryMode();
+  state.FormFilterFlag = true;
+  state.PlatformSettingFlag = ReadSetting(state.Settings, kCachePermissionSetting).Ok();
   EFI_STATUS status = LocateProtocol(gEfiHiiDatabaseProtocolGuid, state.HiiDatabase);
   if (EFI_ERROR(status)) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: gEfiHiiDatabaseProtocolGuid not found: no attribute is gathered or published\n"));
     return status;
   }
-  state.PlatformLang = ReadPlatformLang();
+  state.PlatformLangBuffer = ReadPlatformLang();
   status = state.Database.AllocateStore();
   if (!EFI_ERROR(status)) {
     status = BuildBiosAttributesData(state);

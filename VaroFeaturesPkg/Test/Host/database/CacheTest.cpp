@@ -48,11 +48,20 @@ class CacheTest : public testing::Test {
     ASSERT_EQ(WriteCache(database), EFI_SUCCESS);
     Reboot();
   }
+  void WriteFilledAgain() {
+    notebook.Uefi.Variables.clear();
+    Reboot();
+    WriteFilled();
+  }
   [[nodiscard]] Bytes Stored(std::u16string_view name) const {
     const FakeUefi::Variable* const variable = notebook.Variable(name);
     return variable == nullptr ? Bytes() : variable->Data;
   }
   void Store(std::u16string_view name, const Bytes& data) { notebook.SetVariable(name, 3, data); }
+  /// Creates a variable as somebody else may, with any attributes.
+  void Plant(std::u16string_view name, UINT32 attributes, const Bytes& data) {
+    notebook.Uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}] = {attributes, data};
+  }
   void StoreCompressed(std::u16string_view name, const Bytes& content) { Store(name, ReferenceCompress(content)); }
   static Bytes Counters(UINT64 attributes, UINT64 names, UINT64 display, UINT64 help) {
     return Join(attributes, names, display, help);
@@ -75,7 +84,9 @@ TEST_F(CacheTest, WritesCompressedListsAndTheVersionLast) {
             Join(U16(16), U16(0), U16(17), U16(10), std::u16string_view(u"Help", 5)));
   EXPECT_EQ(Stored(kCounters), Counters(5, 3, 2, 1));
   EXPECT_EQ(Stored(kStatus), Bytes{0});
-  EXPECT_EQ(Stored(kVersion), Join("1.2.3", Bytes(5)));
+  // EDK II's CRC-32 as the second source.
+  Bytes sealed = Join(Stored(kNames), Stored(kDisplay), Stored(kHelp), Stored(kData), Stored(kCounters));
+  EXPECT_EQ(Stored(kVersion), Join("1.2.3", U8(0), U32(CalculateCrc32(sealed.data(), sealed.size()))));
   for (const std::u16string_view name : {kNames, kDisplay, kHelp, kData, kCounters, kVersion}) {
     EXPECT_EQ(notebook.Variable(name)->Attributes, 3U);
   }
@@ -108,6 +119,35 @@ TEST_F(CacheTest, IsValidForItsVersionOnlyAndUntilMarkedBad) {
       {"no text of it", [&] { notebook.Version.reset(); }, false},
       {"marked otherwise", [&] { notebook.SetVariable(kStatus, 7, {0x80}); }, false},
       {"mark longer than a byte", [&] { notebook.SetVariable(kStatus, 7, Bytes(2, 1)); }, true},
+      {"marked with other attributes", [&] { Plant(kStatus, 3, {1}); }, false},
+      {"seal of zeros",
+       [&] {
+         Store(kVersion, Join("1.2.3", Bytes(5)));
+         Store(kNames, {1});
+       },
+       true},
+      {"no seal",
+       [&] {
+         Store(kVersion, Join("1.2.3", U8(0)));
+         Store(kNames, {1});
+       },
+       true},
+      {"a seal cut short",
+       [&] {
+         Store(kVersion, Join("1.2.3", Bytes{0, 1, 2, 3}));
+         Store(kNames, {1});
+       },
+       true},
+      {"another seal", [&] { Store(kVersion, Join("1.2.3", U8(0), U32(1))); }, false},
+      {"a list changed", [&] { Store(kHelp, Join(Stored(kHelp), U8(0))); }, false},
+      {"a list missing",
+       [&] {
+         notebook.Uefi.Variables.erase({Ucs2(kDisplay), gVaroAttributeVariableGuid});
+       },
+       false},
+      {"counters changed", [&] { Store(kCounters, Counters(5, 3, 2, 2)); }, false},
+      {"version with other attributes", [&] { Plant(kVersion, 7, Stored(kVersion)); }, false},
+      {"data with other attributes", [&] { Plant(kData, 7, Stored(kData)); }, false},
   };
   for (const auto& [what, change, valid] : rows) {
     SCOPED_TRACE(what);
@@ -117,7 +157,7 @@ TEST_F(CacheTest, IsValidForItsVersionOnlyAndUntilMarkedBad) {
     WriteFilled();
     change();
     Reboot();
-    EXPECT_EQ(CacheIsValid(), valid);
+    EXPECT_EQ(CacheIsValid(SealCheck::Done), valid);
   }
 }
 
@@ -125,37 +165,172 @@ TEST_F(CacheTest, DamagedContentIsTakenAsFarAsItIsGood) {
   const Bytes name = Join(U16(16), U16(8), std::u16string_view(u"One", 4));
   const auto head = [](unsigned handle, unsigned type) { return Join(U16(handle), U8(type), Bytes(8)); };
   const Bytes integer = Join(head(16, 3), Bytes(36));
-  const Bytes oneName = Counters(5, 1, 2, 1);
+  const Bytes noName = Counters(5, 3, 2, 1);  // handles stay taken
   const Bytes noRecord = Counters(0, 3, 2, 1);
   const Bytes oneRecord = Counters(1, 3, 2, 1);
-  const std::tuple<const char*, std::u16string_view, Bytes, Bytes, bool> rows[] = {
-      {"a name too few", kCounters, Counters(5, 2, 2, 1), Counters(5, 2, 2, 1), false},
-      {"huge counters", kCounters, Bytes(32, 0xFF), Counters(5, 3, 2, 1), false},
-      {"a name cut short", kNames, Join(name, U16(17), U16(9), Bytes(8)), oneName, false},
-      {"a name's head cut short", kNames, Join(name, Bytes{17, 0, 0}), oneName, false},
-      {"a name at handle 15", kNames, Join(name, U16(15), U16(0)), oneName, false},
-      {"a name at handle 5120", kNames, Join(name, U16(5120), U16(0)), oneName, false},
-      {"a record's head cut short", kData, Join(integer, Bytes(10)), oneRecord, true},
-      {"a record's body cut short", kData, Middle(integer, 0, 1), noRecord, true},
-      {"more values than data", kData, Join(integer, head(17, 0), U8(9), Bytes(89)), oneRecord, true},
-      {"more text than data", kData, Join(head(16, 1), Bytes(7), U16(2), "a"), noRecord, true},
-      {"a record of no known type", kData, Join(integer, head(17, 7), Bytes(80)), oneRecord, true},
-      {"a boot configuration", kData, Join(integer, head(6, 4), Bytes(80)), oneRecord, true},
-      {"a record at handle 272", kData, Join(integer, head(272, 3), Bytes(36)), oneRecord, true},
-      {"a record at handle 0", kData, Join(integer, head(0, 3), Bytes(36)), oneRecord, true},
-      {"no data", kData, {}, noRecord, true},
+  const Bytes nothing = Counters(0, 0, 0, 0);
+  enum { Nothing, List, Version, All };
+  const std::tuple<const char*, std::u16string_view, Bytes, Bytes, int> rows[] = {
+      {"a name too few", kCounters, Counters(5, 2, 2, 1), Counters(5, 3, 2, 1), List},  // a record uses handle 18
+      {"a name too many", kCounters, Counters(5, 4, 2, 1), Counters(5, 4, 2, 1), List},
+      {"a record too few", kCounters, Counters(4, 3, 2, 1), noName, Nothing},
+      {"huge counters", kCounters, Bytes(32, 0xFF), Counters(5, 5104, 5104, 1), List},
+      {"counters cut short", kCounters, Bytes(31), nothing, All},
+      {"a name cut short", kNames, Join(name, U16(17), U16(9), Bytes(8)), noName, List},
+      {"a name's head cut short", kNames, Join(name, Bytes{17, 0, 0}), noName, List},
+      {"a name at handle 15", kNames, Join(name, U16(15), U16(0)), noName, List},
+      {"a name at handle 5120", kNames, Join(name, U16(5120), U16(0)), noName, List},
+      {"a name at handle 5119", kNames, Join(name, name, U16(5119), U16(0)), Counters(5, 5104, 2, 1), Nothing},
+      {"no names", kNames, {}, noName, List},
+      {"a record's head cut short", kData, Join(integer, Bytes(10)), oneRecord, All},
+      {"a record's body cut short", kData, Middle(integer, 0, 1), noRecord, All},
+      {"more values than data", kData, Join(integer, head(17, 0), U8(9), Bytes(89)), oneRecord, All},
+      {"more text than data", kData, Join(head(16, 1), Bytes(7), U16(2), "a"), noRecord, All},
+      {"a record of no known type", kData, Join(integer, head(17, 7), Bytes(80)), oneRecord, All},
+      {"a boot configuration", kData, Join(integer, head(6, 4), Bytes(80)), oneRecord, All},
+      {"a record at handle 272", kData, Join(integer, head(272, 3), Bytes(36)), oneRecord, All},
+      {"a record at handle 0", kData, Join(integer, head(0, 3), Bytes(36)), oneRecord, All},
+      {"no data", kData, {}, noRecord, All},
   };
   for (const auto& [what, variable, content, restored, deleted] : rows) {
     SCOPED_TRACE(what);
-    notebook.Uefi.Variables.clear();
-    Reboot();
-    WriteFilled();
+    WriteFilledAgain();
     Store(variable, variable == kCounters ? content : ReferenceCompress(content));
+    const size_t before = notebook.Uefi.Variables.size();
     RestoreCache(database);
     EXPECT_EQ(Header(), restored);
-    EXPECT_EQ(notebook.Variable(kVersion) == nullptr, deleted);
+    EXPECT_EQ(notebook.Variable(kVersion) == nullptr, deleted == All);
+    if (deleted == List) {
+      EXPECT_EQ(notebook.Variable(kNames), nullptr);
+    }
+    if (deleted == Nothing) {
+      EXPECT_EQ(notebook.Uefi.Variables.size(), before);
+    }
     BuildTablesOf(database);
   }
+}
+
+TEST_F(CacheTest, ARecordStreamLongerThanItsCountIsMalformed) {
+  WriteFilled();
+  Bytes many;
+  for (unsigned handle = 16; handle < 40; ++handle) {
+    Append(many, Join(U16(handle), U8(3), Bytes(8), Bytes(36)));
+  }
+  const std::tuple<UINT64, UINT64, bool> rows[] = {{9, 24, false}, {8, 23, true}, {0, 15, true}};
+  for (const auto& [counted, restored, deleted] : rows) {
+    Reboot();
+    notebook.SetVariable(kVersion, 3, Join("1.2.3", Bytes(5)));
+    StoreCompressed(kData, many);
+    Store(kCounters, Counters(counted, 3, 2, 1));
+    RestoreCache(database);
+    EXPECT_EQ(database.GetAttributeCount(), restored);
+    EXPECT_EQ(notebook.Variable(kVersion) == nullptr, deleted);
+    WriteFilledAgain();
+  }
+}
+
+TEST_F(CacheTest, EachLostVariableIsFollowedByItsOwnDeletion) {
+  enum { One, All, Version };
+  const std::tuple<std::u16string_view, int> missing[] = {
+      {kNames, All}, {kDisplay, All}, {kHelp, All}, {kCounters, All}, {kData, Version}};
+  for (const bool otherAttributes : {false, true}) {
+    for (const auto& [name, deleted] : missing) {
+      WriteFilledAgain();
+      if (otherAttributes) {
+        Plant(name, 7, Stored(name));
+      } else {
+        notebook.Uefi.Variables.erase({Ucs2(name), gVaroAttributeVariableGuid});
+      }
+      RestoreCache(database);
+      EXPECT_EQ(notebook.Variable(kVersion), nullptr);
+      EXPECT_EQ(notebook.Variable(kHelp) == nullptr, deleted == All);
+      EXPECT_EQ(database.GetAttributeCount(), deleted == Version || name == kCounters ? 0U : 5U);
+    }
+  }
+  // Counters far too high and a list of more entries than there are handles: the walk ends at the handles there are.
+  Bytes many;
+  for (int i = 0; i < 20000; ++i) {
+    Append(many, Join(U16(16), U16(0)));
+  }
+  WriteFilledAgain();
+  StoreCompressed(kNames, many);
+  Store(kCounters, Counters(5, 20000, 2, 1));
+  const size_t calls = notebook.Uefi.Calls(Service::Allocation);
+  RestoreCache(database);
+  EXPECT_EQ(database.GetNameCount(), 5104U);
+  EXPECT_LT(notebook.Uefi.Calls(Service::Allocation) - calls, 5200U);
+  EXPECT_EQ(notebook.Variable(kNames), nullptr);
+}
+
+TEST_F(CacheTest, NoStringOfThisBootGetsAHandleThatTheCacheUses) {
+  WriteFilled();
+  Store(kNames, {1, 2, 3});  // the names are lost, and the record of handle 18 stays
+  StoreCompressed(kDisplay,
+                  Join(U16(16), U16(4), std::u16string_view(u"a", 2), U16(40), U16(4), std::u16string_view(u"b", 2)));
+  RestoreCache(database);
+  EXPECT_EQ(Header(), Counters(5, 3, 25, 1));
+  EXPECT_EQ(TextOf(database, StringArray::Names, 18), "(none)");
+  EXPECT_STREQ(reinterpret_cast<const char*>(database.GetNameString(StringHandle{18})), "");
+  EXPECT_EQ(Raw(PutText(database, StringArray::Names, u"New")), 19);
+  EXPECT_EQ(Raw(PutText(database, StringArray::Display, u"New")), 41);
+}
+
+TEST_F(CacheTest, WithoutMemoryForOneTextOrRecordTheOthersAreRestored) {
+  WriteFilled();
+  const auto written = notebook.Uefi.Variables;
+  size_t lostTexts = 0;
+  size_t lostRecords = 0;
+  size_t blocks = 0;
+  for (size_t nth = 1;; ++nth) {
+    SCOPED_TRACE(nth);
+    Reboot();
+    notebook.Uefi.Variables = written;
+    notebook.Uefi.Fail(Service::Allocation, nth, EFI_OUT_OF_RESOURCES);
+    RestoreCache(database);
+    if (notebook.Uefi.Calls(Service::Allocation) < nth) {
+      break;
+    }
+    blocks = nth;
+    const bool whole = notebook.Uefi.Variables.size() == written.size();
+    if (Header() == Counters(5, 3, 2, 1) && whole) {
+      for (const UINT16 handle : std::array<UINT16, 2>{16, 18}) {  // 17 is empty
+        lostTexts += TextOf(database, StringArray::Names, handle) == "(none)" ? 1 : 0;
+      }
+      for (UINT16 handle = 16; handle < 21; ++handle) {
+        lostRecords += database.AttributeAt(handle) == nullptr ? 1 : 0;
+      }
+    }
+    BuildTablesOf(database);
+  }
+  EXPECT_EQ(lostTexts, 2U + 4U);    // each alone; and both without the block of the content or the scratch block
+  EXPECT_EQ(lostRecords, 5U + 4U);  // each alone, and once more for each array and text of a record
+  EXPECT_GT(blocks, 20U);
+}
+
+TEST_F(CacheTest, VariablesOfOtherAttributesAreReplaced) {
+  // An operating system has created all of them, and a valid cache lies in them.
+  WriteFilled();
+  for (auto& [key, variable] : notebook.Uefi.Variables) {
+    variable.Attributes = key.first == Ucs2(kStatus) ? 3 : 7;
+  }
+  EXPECT_FALSE(CacheIsValid(SealCheck::Done));
+  Fill();
+  EXPECT_EQ(WriteCache(database), EFI_SUCCESS);
+  for (const std::u16string_view name : {kVersion, kData, kCounters, kNames, kDisplay, kHelp}) {
+    EXPECT_EQ(notebook.Variable(name)->Attributes, 3U);
+  }
+  EXPECT_EQ(notebook.Variable(kStatus)->Attributes, 7U);
+  Reboot();
+  EXPECT_TRUE(CacheIsValid(SealCheck::Done));
+}
+
+TEST_F(CacheTest, WithAListThatCanBeNeitherDeletedNorWrittenThereIsNoVersion) {
+  WriteFilled();
+  Fill();
+  notebook.Uefi.Protected.insert(Ucs2(kDisplay));
+  IgnoreStatus(WriteCache(database));
+  EXPECT_EQ(notebook.Variable(kVersion), nullptr);
+  EXPECT_GE(notebook.Uefi.Warnings("\"DispString\" cannot be deleted"), 1U);
 }
 
 TEST_F(CacheTest, RestoredRecordsKeepTheirOddities) {
@@ -174,18 +349,9 @@ TEST_F(CacheTest, RestoredRecordsKeepTheirOddities) {
   EXPECT_EQ(database.AttributeAt(14)->Handle, 14);
   EXPECT_EQ(database.AttributeAt(16)->Type, 2);
   EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), blocks + 5 + 4 + 6);
-  // Of more records than are counted, as many as there are reserved handles come on top.
-  Bytes many;
-  for (unsigned handle = 16; handle < 40; ++handle) {
-    Append(many, Join(head(handle, 3), Bytes(36)));
-  }
-  StoreCompressed(kData, many);
-  Store(kCounters, Counters(3, 3, 2, 1));
-  Reboot();
-  RestoreCache(database);
-  EXPECT_EQ(database.GetAttributeCount(), 15U + 3);
   // A block that announces more than there can be is not even allocated. A text without terminator gets one.
   Store(kData, Join(U32(0), U32(0xFFFFFFFF)));
+  Store(kCounters, Counters(3, 1, 2, 1));
   StoreCompressed(kNames, Join(U16(16), U16(3), Bytes{'a', 0, 'b'}));
   Reboot();
   RestoreCache(database);

@@ -124,31 +124,41 @@ struct Model {
       Write(piece, kNone);
     }
   }
-  /// What was there goes first. The next boot misses a list that cannot be written; any other failure takes the whole
-  /// cache along.
+  /// The earlier cache is deleted first. A list that cannot be written is missing in the next boot; any other failure
+  /// deletes the whole cache. The version is not written over a list that could be neither deleted nor written.
   void WriteAll() {
     Delete();
+    bool stale = false;
     for (const Piece list : {kNames, kDisplay, kHelp}) {
-      Write(list, Running);
+      stale = (!Write(list, Running) && !Write(list, kNone)) || stale;
     }
     bool whole = Write(kData, Running);
     whole = Write(kCounters, Running) && whole;
     whole = Write(kStatus, '0') && whole;
-    whole = Write(kVersion, Running) && whole;
+    whole = !stale && Write(kVersion, Running) && whole;
     if (!whole) {
       Delete();
     }
   }
-  /// What cannot be used is lost to this boot. A missing list and useless data or counters take the cache along;
-  /// missing data and a list that does not decompress go unnoticed. Counters that announce too much do no harm; without
-  /// any, no text comes back, but as many records as handles are reserved: all of this setup.
+  /// Unusable pieces are missing from this boot. A missing list, damaged data and unreadable counters delete the cache.
+  /// A damaged list is deleted alone; missing data delete the version. Counters that announce too much do no harm.
   std::string Restore(bool readable) {
-    const bool counted = readable && Pieces[kCounters] != kNone && Pieces[kCounters] != kCut;
-    bool recorded = !counted || Pieces[kData] == kFlipped || Pieces[kData] == kCut;
+    if (!readable || Pieces[kCounters] == kNone || Pieces[kCounters] == kCut) {
+      Delete();
+      return "----";
+    }
+    bool recorded = Pieces[kData] == kFlipped || Pieces[kData] == kCut;
     std::string published(1, IsWhole(Pieces[kData]) ? Pieces[kData] : kNone);
+    const std::string found = Pieces;
     for (const Piece list : {kNames, kDisplay, kHelp}) {
-      published += counted && IsWhole(Pieces[list]) ? Pieces[list] : kNone;
-      recorded = recorded || Pieces[list] == kNone;
+      published += IsWhole(found[list]) ? found[list] : kNone;
+      recorded = recorded || found[list] == kNone;
+      if (found[list] == kFlipped || found[list] == kCut) {
+        Write(list, kNone);
+      }
+    }
+    if (found[kData] == kNone) {
+      Write(kVersion, kNone);
     }
     if (recorded) {
       Delete();

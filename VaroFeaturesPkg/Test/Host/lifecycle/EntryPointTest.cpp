@@ -29,7 +29,11 @@ TEST_F(EntryPointTest, MissingProtocols) {
   };
   notebook.AddFormSet(u"Setup").Checkbox(300, u"K", u"P");
   for (const auto& [guid, status, published, message] : rows) {
-    for (const bool signal : {false, true}) {  // installed without an interface is as good as missing
+    const bool isTransport = SameGuid(guid, gVaroTableTransportProtocolGuid);
+    for (const bool signal : {false, true}) {  // a protocol without an interface counts as missing, except a transport
+      if (signal && isTransport) {
+        continue;
+      }
       notebook.Uefi.Variables.clear();
       notebook.Reboot();
       notebook.Absent = {guid};
@@ -50,11 +54,54 @@ TEST_F(EntryPointTest, MissingProtocols) {
   }
 }
 
-TEST_F(EntryPointTest, AWarningAboutTheTransportPublishesWithoutSending) {
+TEST_F(EntryPointTest, Transport_WithAWarningOrNoInterface_PublishesWithoutSending) {
   notebook.Uefi.LookupStatus[gVaroTableTransportProtocolGuid] = EFI_WARN_STALE_DATA;
   EXPECT_EQ(notebook.Boot(), EFI_WARN_STALE_DATA);
   EXPECT_NE(notebook.Published(), nullptr);
   EXPECT_THAT(notebook.Records, IsEmpty());
+  EXPECT_EQ(notebook.Uefi.Warnings("gVaroTableTransportProtocolGuid"), 1U);
+
+  notebook.Uefi.LookupStatus.clear();
+  notebook.Reboot();
+  notebook.Absent = {gVaroTableTransportProtocolGuid};
+  notebook.Uefi.Install(gVaroTableTransportProtocolGuid, nullptr);
+  EXPECT_EQ(notebook.Boot(), EFI_SUCCESS);
+  EXPECT_NE(notebook.Published(), nullptr);
+  EXPECT_THAT(notebook.Records, IsEmpty());
+  EXPECT_EQ(notebook.Uefi.Warnings("gVaroTableTransportProtocolGuid"), 1U);
+}
+
+TEST_F(EntryPointTest, RequiredProtocol_WithAWarningAndNoInterface_IsNotFound) {
+  for (const EFI_GUID& guid :
+       {gEfiHiiDatabaseProtocolGuid, gVaroSettingsProtocolGuid, gVaroFormBrowserDataProtocolGuid}) {
+    notebook.Reboot();
+    notebook.Absent = {guid};
+    notebook.Uefi.Install(guid, nullptr);
+    notebook.Uefi.LookupStatus = {{guid, EFI_WARN_STALE_DATA}};
+    EXPECT_EQ(notebook.Boot(), EFI_NOT_FOUND);
+    EXPECT_EQ(notebook.Published(), nullptr);
+  }
+}
+
+TEST_F(EntryPointTest, PasswordService_WithAWarning_DoesNotCount) {
+  notebook.PasswordService.OwnerPassword = 1;
+  for (const EFI_STATUS status : {EFI_STATUS{EFI_SUCCESS}, EFI_STATUS{EFI_WARN_STALE_DATA}}) {
+    notebook.Reboot();
+    notebook.Uefi.LookupStatus[gVaroPasswordServiceProtocolGuid] = status;
+    notebook.Boot();
+    EXPECT_EQ(Attribute(3) != "", status == EFI_SUCCESS);
+  }
+}
+
+TEST_F(EntryPointTest, ALanguageThatNoPackageHas_IsReported) {
+  notebook.AddFormSet(u"Setup").Checkbox(300, u"K", u"P");
+  for (const auto& [language, warnings] : {std::pair("", 2U), std::pair("en", 1U), std::pair("en-US", 0U)}) {
+    notebook.PlatformLanguage = language;
+    notebook.Uefi.Variables.clear();
+    notebook.Reboot();
+    notebook.Boot();
+    EXPECT_EQ(notebook.Uefi.Warnings("texts of "), warnings) << language;
+  }
 }
 
 TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
@@ -83,7 +130,7 @@ TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
 TEST_F(EntryPointTest, UnloadingWhileAWaitIsArmedIsTold) {
   notebook.Start();
   EXPECT_EQ(notebook.Uefi.LoadedImage.Unload(gImageHandle), EFI_SUCCESS);
-  EXPECT_EQ(notebook.Uefi.Warnings("unloaded while it waits"), 1U);
+  EXPECT_EQ(notebook.Uefi.Warnings("unloaded while a notification is pending"), 1U);
 }
 
 }  // namespace
