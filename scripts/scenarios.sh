@@ -31,8 +31,7 @@ readonly -A NEEDS=(
   [capture_texts]='warm factory_mode language'
   [capture_findings]='full_strings full_attributes full_values full_display_texts full_help_texts full_store too_many_questions
     store_full_before_help'
-  [capture_cache]='warm marked_bad store_full_from_the_start store_full_before_help damaged_names damaged_display_texts
-    damaged_help_texts'
+  [capture_cache]='warm marked_bad store_full_from_the_start store_full_before_help'
   [capture_validity]='warm'
   [capture_exports]='factory_mode settings_changed version_changed'
 )
