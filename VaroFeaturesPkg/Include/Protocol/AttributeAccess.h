@@ -11,10 +11,10 @@
   operations then lead nowhere. Look for EFI_LOADED_IMAGE_PROTOCOL on the handle that carries this protocol, and call
   only when it is there.
 
-  An operation that needs a missing table first fetches all tables that the service lists. It returns EFI_NOT_READY if the
-  service does not answer, or the error of locating RequestDispatchProtocol. A table that the service does not list stays
-  missing: each operation that needs the table fetches all others again, and the blocks of the earlier fetch stay allocated
-  until boot services end. Do not repeat such an operation.
+  An operation that needs a missing table first fetches all tables that the service lists. It returns EFI_NOT_READY if
+  the service does not answer, or the error of locating RequestDispatchProtocol. A table that the service does not list
+  stays missing: each operation that needs the table fetches all others again, and the blocks of the earlier fetch stay
+  allocated until boot services end. Do not repeat such an operation.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
