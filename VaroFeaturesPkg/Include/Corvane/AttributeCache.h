@@ -17,11 +17,11 @@
 
     Boot configuration settings and unknown types are not kept.
 
-  "BiosVersion" holds twice as many bytes as the version has characters: the version, its terminator, and, for a version of
-  at least ATTRIBUTE_CACHE_SHORTEST_SEALED_VERSION characters, the seal. The seal is a little-endian CRC-32 (as zlib
-  computes it) over the stored contents of "PldmString", "DispString", "HelpString", "AttributesData" and "AttributesCount",
-  in this order, a missing variable being empty. Zeros fill the rest. A cache with a seal that is not 0 is valid only if
-  the contents match the seal. A cache without a seal, or with a seal of 0, is valid for its version.
+  "BiosVersion" holds twice as many bytes as the version has characters: the version, its terminator, and, for a version
+  of at least ATTRIBUTE_CACHE_SHORTEST_SEALED_VERSION characters, the seal. The seal is a little-endian CRC-32 (as zlib
+  computes it) over the stored contents of "PldmString", "DispString", "HelpString", "AttributesData" and
+  "AttributesCount", in this order, a missing variable being empty. Zeros fill the rest. A cache with a seal that is not
+  0 is valid only if the contents match the seal. A cache without a seal, or with a seal of 0, is valid for its version.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

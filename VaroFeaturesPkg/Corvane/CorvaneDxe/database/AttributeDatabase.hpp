@@ -95,8 +95,8 @@ class AttributeDatabase {
   /// Keeps a help text at a display text's handle and counts it.
   void PlaceHelp(PoolPtr<CHAR16[]>&& text, StringHandle handle);
 
-  /// Keeps a restored string at `handle`, which is in the string range, and all handles up to `handle` from later strings. A
-  /// null help text is not counted.
+  /// Keeps a restored string at `handle`, which is in the string range, and all handles up to `handle` from later
+  /// strings. A null help text is not counted.
   void RestoreString(StringArray array, PoolPtr<CHAR16[]>&& text, UINT16 handle);
 
   /// Keeps the handles up to `last`, as far as there are so many, from later strings. A handle without a text reads as
