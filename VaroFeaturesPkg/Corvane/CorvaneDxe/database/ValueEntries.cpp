@@ -57,10 +57,12 @@ class ValueEntryBytes {
     __builtin_memcpy(bytes_ + size_, &value, sizeof(value));
     size_ += sizeof(value);
   }
-  /// Bytes [offset, end) of a record.
-  [[gnu::always_inline]] void Put(const AttributeRecord& record, size_t offset, size_t end) {
-    __builtin_memcpy(bytes_ + size_, RecordBytes(record, offset, end).data(), end - offset);
-    size_ += end - offset;
+  /// Bytes [Offset, End) of a record. A copy of a constant size is compiled without a call of memcpy, which a DXE image
+  /// does not have.
+  template <size_t Offset, size_t End>
+  void PutBytes(const AttributeRecord& record) {
+    __builtin_memcpy(bytes_ + size_, RecordBytes(record, Offset, End).data(), End - Offset);
+    size_ += End - Offset;
   }
   [[nodiscard]] std::span<const std::byte> Bytes() const { return {bytes_, size_}; }
 
@@ -126,7 +128,7 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
   }
   // Most entries are a few bytes: they are put together here and appended at once. `rest` follows them.
   ValueEntryBytes entry;
-  entry.Put(record, 0, sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY));
+  entry.PutBytes<0, sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY)>(record);
   std::span<const std::byte> rest;
   PoolPtr<CHAR8[]> fetched;
   static_assert(offsetof(AttributeRecord, NameHandle) == sizeof(PLDM_BIOS_ATTRIBUTE_VALUE_ENTRY));
@@ -137,7 +139,7 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
         RefreshEnumeration(enumeration);
       }
       entry.Put(UINT8{1});  // number of current values
-      entry.Put(record, offsetof(EnumerationRecord, CurrentIndex), sizeof(EnumerationRecord));
+      entry.PutBytes<offsetof(EnumerationRecord, CurrentIndex), sizeof(EnumerationRecord)>(record);
       break;
     }
     case AttributeType::String: {
@@ -160,7 +162,7 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
       if (restored_) {
         RefreshInteger(As<IntegerRecord>(record));
       }
-      entry.Put(record, offsetof(IntegerRecord, CurrentValue), sizeof(IntegerRecord));
+      entry.PutBytes<offsetof(IntegerRecord, CurrentValue), sizeof(IntegerRecord)>(record);
       break;
     }
     case AttributeType::BootConfiguration: {
@@ -176,7 +178,7 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
       break;
     }
     case AttributeType::ConfigurationSet:
-      entry.Put(record, offsetof(ConfigurationSetRecord, CurrentConfig), sizeof(ConfigurationSetRecord));
+      entry.PutBytes<offsetof(ConfigurationSetRecord, CurrentConfig), sizeof(ConfigurationSetRecord)>(record);
       break;
   }
   writer.AppendTableBytes(index, entry.Bytes());
