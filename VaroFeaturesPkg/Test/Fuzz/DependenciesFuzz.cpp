@@ -23,7 +23,9 @@ constexpr size_t kMostKeywords = 257;
 /// The identifiers that the list is to hold, or nothing when the evaluation is abandoned.
 std::optional<std::vector<UINT32>> Evaluate(const std::vector<std::u16string>& keywords) {
   std::vector<std::u16string> mentioned;
-  for (const std::u16string& keyword : keywords) {
+  std::vector<std::u16string> plain = keywords;  // cut at "[" where there is an annotation
+  for (size_t i = 0; i < keywords.size(); ++i) {
+    const std::u16string& keyword = keywords[i];
     size_t at = keyword.find(u'[');
     if (at != keyword.npos && at > kLongestName) {
       return std::nullopt;
@@ -38,6 +40,7 @@ std::optional<std::vector<UINT32>> Evaluate(const std::vector<std::u16string>& k
       if (name.size() > kLongestName) {
         return std::nullopt;
       }
+      plain[i] = keyword.substr(0, keyword.find(u'['));
       if (std::find(mentioned.begin(), mentioned.end(), name) != mentioned.end()) {
         break;
       }
@@ -48,7 +51,7 @@ std::optional<std::vector<UINT32>> Evaluate(const std::vector<std::u16string>& k
   std::vector<UINT32> identifiers;
   for (const std::u16string& name : mentioned) {
     for (size_t i = 0; i < keywords.size(); ++i) {
-      if (keywords[i].substr(0, keywords[i].find(u'[')) == name) {
+      if (plain[i] == name) {
         identifiers.push_back(static_cast<UINT32>(i));
       }
     }
