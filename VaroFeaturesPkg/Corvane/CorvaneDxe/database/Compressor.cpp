@@ -45,7 +45,9 @@ struct Match {
   UINT32 Distance;
 
   /// Bits saved, roughly: a byte of the match would take 4 bits, and the distance takes its significant bits.
-  [[nodiscard]] INT32 Worth() const { return static_cast<INT32>(Length * 4) - std::bit_width(Distance); }
+  [[nodiscard]] INT32 Worth() const {
+    return static_cast<INT32>(Length * 4) - static_cast<INT32>(std::bit_width(Distance));
+  }
 };
 
 struct Code {
