@@ -277,8 +277,8 @@ class Decoder {
     }
     std::size_t names = 0;
     const auto use = [&names](std::uint16_t handle) {
-      names = std::max<std::size_t>(names,
-                                    std::max(handle + 1, ATTRIBUTE_STORE_FIRST_HANDLE) - ATTRIBUTE_STORE_FIRST_HANDLE);
+      names = std::max<std::size_t>(
+          names, std::max<std::size_t>(handle + 1U, ATTRIBUTE_STORE_FIRST_HANDLE) - ATTRIBUTE_STORE_FIRST_HANDLE);
     };
     for (const StreamRecord& record : cache_.Records) {
       use(record.Attribute.NameHandle);

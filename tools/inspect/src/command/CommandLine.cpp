@@ -113,6 +113,7 @@ void AddDiffTables(CLI::App& app, Action& action) {
   };
   const auto options = std::make_shared<Options>();
   std::vector<std::string> names;
+  names.reserve(std::size(kTableKinds));
   for (const TableKind& kind : kTableKinds) {
     names.emplace_back(kind.Name);
   }
