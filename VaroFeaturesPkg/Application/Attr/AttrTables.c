@@ -42,7 +42,7 @@ OpenAttributeAccess (
 
   Status = EFI_NOT_STARTED;
   for (Index = 0; (Index < Count) && (Status == EFI_NOT_STARTED); Index++) {
-    // An image that was unloaded leaves its protocol behind, and the interface may be freed memory.
+    // An unloaded image leaves its protocol installed, and the interface may be freed memory.
     if (EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gEfiLoadedImageProtocolGuid, &Image)) ||
         EFI_ERROR (gBS->HandleProtocol (Handles[Index], &gVaroAttributeAccessProtocolGuid, (VOID **)Access)))
     {

@@ -24,7 +24,7 @@ class BenchUefi {
   std::map<std::u16string, Bytes> Variables;
   size_t PoolInUse = 0;  ///< bytes
   size_t PoolPeak = 0;
-  VOID* HiiString = nullptr;  ///< what stands behind gEfiHiiStringProtocolGuid
+  VOID* HiiString = nullptr;  ///< interface of gEfiHiiStringProtocolGuid
 
  private:
   EFI_STATUS Allocate(size_t size, void** block);

@@ -76,7 +76,7 @@ bool CacheIsValid(SealCheck sealCheck) {
 [[gnu::noinline]] EFI_STATUS DeleteCacheVariable(const CHAR16* name) {
   EFI_STATUS status = WriteCacheVariable(name, {});
   if (status == EFI_INVALID_PARAMETER) {
-    // The variable has other attributes. A write without access deletes a variable whatever its attributes are.
+    // The variable has other attributes. A write without access deletes a variable with any attributes.
     status = WriteVariable(name, gVaroAttributeVariableGuid, kAnyAttributes, {});
   }
   if (EFI_ERROR(status) && status != EFI_NOT_FOUND) {

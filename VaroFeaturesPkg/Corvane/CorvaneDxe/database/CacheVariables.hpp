@@ -56,7 +56,7 @@ inline bool IsCached(const AttributeRecord& record) {
   return WriteVariable(name, gVaroAttributeVariableGuid, kNonVolatile, bytes);
 }
 
-/// Deletes one of the six variables, whatever its attributes are. An authenticated variable cannot be deleted.
+/// Deletes one of the six variables, with any attributes. An authenticated variable cannot be deleted.
 EFI_STATUS DeleteCacheVariable(const CHAR16* name);
 
 /// A firmware version of at least this length leaves room for the seal in "BiosVersion".

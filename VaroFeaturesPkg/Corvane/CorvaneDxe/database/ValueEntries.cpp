@@ -147,7 +147,7 @@ EFI_STATUS ValueEntries::AppendValueEntry(TableWriter& writer, UINT32 index, Att
       if (restored_) {
         fetched = FetchPlatformString(string);
       }
-      // A record without a string stays without one, whatever was fetched.
+      // A record without a string has length 0, even if a string was fetched.
       const CHAR8* const current = string.CurrentString;
       const CHAR8* const text = current != nullptr && fetched ? fetched.get() : current;
       const auto length = static_cast<UINT16>(text != nullptr ? AsciiLength(text) : 0);

@@ -231,7 +231,7 @@ TEST_F(OperationsTest, NamesAreComparedUpToTheirBracket) {
   EXPECT_EQ(Find("Other", handle), EFI_UNSUPPORTED);
   uefi.Fail(Service::Allocation, 1, EFI_OUT_OF_RESOURCES);
   EXPECT_EQ(Find("Fan", handle), EFI_OUT_OF_RESOURCES);
-  // Without an attribute table nobody asks for the names.
+  // Without an attribute table the string table is not fetched.
   tables.erase(1);
   tables.erase(0);
   Forget();

@@ -331,7 +331,7 @@ TEST_F(AttrCommandTest, List_WithAnUnknownType_PrintsThatTheRestIsHidden) {
   EXPECT_EQ(Run({u"list", u"Fan"}), "3 Fan = 60\nattr: an attribute of unknown type hides itself and all after it\n");
 }
 
-// Every pointer and count lies within the record, whatever it holds. The sanitizer reports any other read.
+// Every pointer and count lies within the record. The sanitizer reports any other read.
 TEST(AttrRecordTest, ARecordIsNeverReadPastItsEnd) {
   for (unsigned type = 0; type < 9; ++type) {
     for (unsigned fill = 0; fill < 256; fill += 15) {

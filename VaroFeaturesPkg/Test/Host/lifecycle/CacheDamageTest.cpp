@@ -169,7 +169,7 @@ TEST_F(CacheDamageTest, SealedCache_TheDamagedBootPublishesAColdBootsTables) {
     if (notebook.FormSetsParsed != 0) {  // damage was found, and the cache is whole again
       EXPECT_TRUE(HasColdVariables());
     } else {
-      // Only bytes behind the seal do not matter.
+      // Only the zeros after the seal have no effect.
       EXPECT_TRUE(damage.Variable == kVersion) << damage.Name;
     }
   }
@@ -274,7 +274,7 @@ TEST_F(CacheDamageTest, ProtectedVariables_AreGatheredOverInEveryBoot) {
 /// One entry of a list or one record of a stream at a time, by the letter.
 struct PlainList {
   bool Whole = false;
-  std::map<UINT16, std::string> Texts;  ///< none of a malformed list
+  std::map<UINT16, std::string> Texts;  ///< empty for a malformed list
 
   PlainList(const Bytes& list, size_t count) {
     size_t place = 0;
