@@ -5,12 +5,12 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# QEMU's "virt" board maps two flash banks of this size, the code and the variables. The code is given as a BIOS, which
-# fills the first: as a flash device, QEMU would read the whole bank first, a fifth of what a boot costs.
+# Size of the two flash banks of QEMU's "virt" board, for code and variables. The code is passed as a BIOS, which fills the
+# first bank. QEMU would read a flash device whole, and that costs a fifth of a boot.
 readonly FLASH_BANK_SIZE=64M
 readonly VARS_SIZE=768K
 
-# Where the variables begin in an empty variable flash, and how many bytes there are for them.
+# Offset of the variables in an empty variable flash, and the bytes for them.
 readonly STORE_OFFSET=$((0x64)) STORE_SIZE=$((0x3FF9C))
 
 readonly DISK_SECTORS=65536
@@ -21,8 +21,8 @@ readonly FATAL_LINES='^ASSERT |Synchronous Exception'
 # The board's memory, as -m below has it.
 readonly MEMORY_START=$((0x40000000)) MEMORY_SIZE=$((0x10000000))
 
-# Virtual time is counted in instructions (shift=4: 16 ns each) and idle time is skipped, so that two boots of one
-# scenario run alike to the instruction and the notebook's clock compares work, not the host's mood.
+# Virtual time counts instructions (shift=4: 16 ns each) and skips idle time. Two boots of one scenario execute the same
+# instructions, and the notebook's clock does not depend on the load of the host.
 readonly QEMU_MACHINE=(
   -machine 'virt,gic-version=2,dtb-randomness=off' -cpu cortex-a57 -m 256M -smp 1
   -icount 'shift=4,sleep=off' -rtc 'base=2026-01-01T00:00:00,clock=vm'
@@ -38,13 +38,13 @@ readonly QEMU_MACHINE=(
 #   --vars     variable flash to start from, such as an earlier boot's vars.fd; an empty one otherwise
 #   --store    an empty variable store of that many bytes, headers of variables included
 #   --set      a scenario setting: the guest reads it from fw_cfg as opt/corvane/KEY
-#   --loader   what firmware that starts no Shell by itself boots from the disk
+#   --loader   boot loader on the disk, for firmware without a Shell
 #   --file     a file for the disk that the Shell finds as FS0:
 #   --command  a line of startup.nsh, which ends with the power-off
-#   --keys     typed at once when a program in the guest asks for a password: the first ones the first time, and so on
-#   --memory   the guest's memory while it waits for the last keys is left in memory.bin
+#   --keys     keys for a password prompt: the first option for the first prompt, and so on
+#   --memory   save the guest's memory in memory.bin before the last keys
 #   --flash-log
-#              every write to the variable flash is left in flash.log, in the order they came
+#              log every write to the variable flash in flash.log
 #   --qemu     a further option of QEMU
 #   --limit    seconds after which a boot that does not power off has failed
 # Leaves serial.log, vars.fd and every file that the guest wrote to its disk; fails when the boot does not power off.
@@ -83,7 +83,7 @@ boot() {
   printf '%s\r\n' fs0: "${commands[@]}" 'reset -s' >"$work/startup.nsh"
   make_disk "$work" "$work/startup.nsh" "${files[@]}"
   [[ -z $loader ]] || add_loader "$work/disk.img" "$loader"
-  # A pipe's two ends: what the guest prints is a file, what is typed a queue.
+  # Each pipe of QEMU has two ends: output to a file, input from a queue.
   mkfifo "$work/console.in" "$work/monitor.in"
   : >"$folder/serial.log"
   ln -s "$folder/serial.log" "$work/console.out"
@@ -98,7 +98,7 @@ boot() {
     -chardev "pipe,id=monitor,path=$work/monitor" -mon chardev=monitor "${further[@]}"
   )
   for setting in "${settings[@]}"; do
-    value=${setting#*=}  # where a comma is written twice in a QEMU option
+    value=${setting#*=}  # QEMU options double a comma
     qemu+=(-fw_cfg "name=opt/corvane/${setting%%=*},string=${value//,/,,}")
   done
 
@@ -117,9 +117,9 @@ boot() {
   say "    boot '$name': powered off after $(seconds_since "$start") s"
 }
 
-# shrink_store FILE BYTES: the empty store of a variable flash gets one variable that takes all but so many bytes. Its
-# content is flash as it was erased; what has to be written is its header (MdeModulePkg, AUTHENTICATED_VARIABLE_HEADER:
-# start id, state, attributes, count, time, key, sizes of name and data, vendor) and its name.
+# shrink_store FILE BYTES: fills the empty store of a variable flash with one variable, except for BYTES. Erased flash is
+# its content. Only its header (MdeModulePkg, AUTHENTICATED_VARIABLE_HEADER: start id, state, attributes, count, time, key,
+# sizes of name and data, vendor) and its name are written.
 shrink_store() {
   local size=$((STORE_SIZE - 60 - 4 - $2)) header
   header='\xAA\x55\x3F\0\x03\0\0\0'
@@ -139,7 +139,7 @@ flash_drive() {
   fi
 }
 
-# A FAT disk with the given files. Serial number and dates are fixed: they would show in the console log.
+# make_disk FOLDER FILE...: a FAT disk with the files. Serial number and dates are fixed, because the console shows them.
 make_disk() {
   local work=$1 file
   shift
@@ -156,7 +156,7 @@ add_loader() {
   mcopy -i "$1" "$2" ::EFI/BOOT/BOOTAA64.EFI
 }
 
-# Every file that the guest wrote; what was put on the disk for it stays behind.
+# copy_from_disk IMAGE FOLDER FILE...: copies what the guest wrote, but not the FILEs that the host put on the disk.
 copy_from_disk() {
   local image=$1 folder=$2 file
   shift 2
@@ -166,7 +166,7 @@ copy_from_disk() {
   if [[ -n $(mdir -b -i "$image" :: 2>/dev/null) ]]; then mcopy -s -n -i "$image" '::*' "$folder/"; fi
 }
 
-# A DEBUG firmware that fails an assertion stops for good: no use waiting for the limit.
+# A failed assertion stops DEBUG firmware for good, so the boot ends at once.
 run_until_power_off() {
   local name=$1 limit=$2 log=$3 deadline=$((SECONDS + $2)) problem=''
   shift 3
@@ -188,9 +188,8 @@ run_until_power_off() {
   [[ -z $problem ]] || { complain "boot '$name' $problem [log: ${log#"$ROOT/"}]"; return 1; }
 }
 
-# type_when_asked LOG FOLDER MEMORY KEYS...: types the keys for the first "Password: " on the console, then those for the
-# second, and so on. Saves the memory of the guest to the file MEMORY, if one is given, before the last keys. FOLDER has the
-# pipes to QEMU.
+# type_when_asked LOG FOLDER MEMORY KEYS...: types the next KEYS at each "Password: " on the console. Saves the memory of
+# the guest to the file MEMORY, if one is given, before the last KEYS. FOLDER has the pipes to QEMU.
 type_when_asked() {
   local log=$1 folder=$2 memory=$3 asked=0
   shift 3
@@ -204,8 +203,8 @@ type_when_asked() {
   done
 }
 
-# save_memory FILE MONITOR: pauses the guest meanwhile. Nobody reads what the monitor answers; the size of the file tells
-# when the memory is written.
+# save_memory FILE MONITOR: saves the memory of the paused guest. The answers of the monitor are not read: the size of the
+# file shows when the memory is complete.
 save_memory() {
   local left=300
   printf 'stop\npmemsave %s %s "%s"\n' "$MEMORY_START" "$MEMORY_SIZE" "$1" >"$2"

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # @file
-# Checks the ELF behind a DXE image for what nobody would run or could answer in firmware: static constructors, guards,
-# exit handlers, exception unwinding, run-time type information, a C++ allocator. Prints the sizes, and how much of BOUND
-# they leave.
+# Checks the ELF file of a DXE image for what firmware cannot run: static constructors, guards, exit handlers, exception
+# unwinding, run-time type information, a C++ allocator. Prints the sizes, and the bytes left of BOUND.
 #
 # Usage: check-image.sh ELF [BOUND]
 #
@@ -21,14 +20,14 @@ module=$(basename "$elf" .debug)
 prefix=''
 if readelf --file-header "$elf" 2>/dev/null | grep -q 'Machine:.*AArch64'; then prefix=aarch64-linux-gnu-; fi
 
-# Only sections with content count: the linker script may leave an empty one behind. readelf complains of the segment that
-# lld leaves without one.
+# Only sections with content count, because the linker script may leave empty ones. readelf warns about a segment without
+# sections, which lld writes.
 bad_sections=$(readelf --wide --section-headers "$elf" 2>/dev/null | sed 's/^ *\[ *[0-9]*\] *//' |
   awk -v bad="^$SECTIONS" '$1 ~ bad && $5 !~ /^0+$/ { print $1 }')
 bad_symbols=$("${prefix}nm" "$elf" | awk -v bad="$SYMBOLS" '$NF ~ bad { print $NF }' | sort -u)
 
 if [[ -n $bad_sections$bad_symbols ]]; then
-  printf 'corvane: %s: the image holds what firmware cannot run: %s\n' "$module" \
+  printf 'corvane: %s: the image has what firmware cannot run: %s\n' "$module" \
     "$(tr '\n' ' ' <<<"$bad_sections $bad_symbols")" >&2
   exit 1
 fi

@@ -17,12 +17,12 @@ readonly ROOT BUILD OUT LOGS STAMPS JOBS
 # Python would write its byte code beside the sources.
 export PYTHONDONTWRITEBYTECODE=1
 
-# How often a long step says that it is still alive, on a terminal and in a log.
+# Seconds between the progress messages of a long step, on a terminal and in a log.
 readonly TICK_TERMINAL=1 TICK_LOG=20
 
 say() { printf '%s\n' "$*"; }
 
-# The one line a failure is told by: complain and go on, or end with it.
+# Both print one line about a failure; die also ends.
 complain() { printf 'corvane: %s\n' "$*" >&2; }
 
 die() {
@@ -30,15 +30,14 @@ die() {
   exit 1
 }
 
-# Milliseconds, for the time a step took.
 now_ms() { date +%s%3N; }
 
 seconds_since() { printf '%d.%d' $((($(now_ms) - $1) / 1000)) $((($(now_ms) - $1) / 100 % 10)); }
 
-# A long step runs in a process group of its own, so that an interrupted ./corvane takes all of it along.
+# A long step runs in its own process group, so that an interrupted ./corvane stops all of it.
 CHILD=''
 
-# start_child LOG COMMAND...: in the background; CHILD becomes its process.
+# start_child LOG COMMAND...: starts a command in the background and sets CHILD to its process.
 start_child() {
   local log=$1
   shift
@@ -50,7 +49,7 @@ start_child() {
 
 child_runs() { kill -0 "$CHILD" 2>/dev/null; }
 
-# The exit code of the child, once it has ended.
+# Waits for the child and returns its exit status.
 reap_child() {
   local status=0
   wait "$CHILD" || status=$?
@@ -65,11 +64,10 @@ stop_child() {
   CHILD=''
 }
 
-trap stop_child EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# What went wrong, in one line, from the log of a step: the causes a reader can mend come first.
+# cause_in_log LOG: the cause of a failed step in one line. Causes that a user can fix come first.
 cause_in_log() {
   local log=$1
   local -a causes=(
@@ -90,8 +88,8 @@ cause_in_log() {
   printf '%s' "$line"
 }
 
-# run_logged NAME TITLE COMMAND...: run a long step with its output in build/logs/NAME.log, show that it goes on and how
-# long it took. When it fails, give the cause in one line and stop.
+# run_logged NAME TITLE COMMAND...: runs a long step with its output in build/logs/NAME.log and shows its progress. If the
+# step fails, prints the cause in one line and ends.
 run_logged() {
   local title=$2 log="$LOGS/$1.log" start
   shift 2
@@ -104,7 +102,7 @@ run_logged() {
   say "    done in $(seconds_since "$start") s"
 }
 
-# Tell elapsed time and the newest line of the log until the child ends.
+# show_progress START LOG: prints the elapsed time and the newest line of the log until the child ends.
 show_progress() {
   local start=$1 log=$2 tick=$TICK_LOG shown=0 elapsed last
   if [[ -t 1 ]]; then tick=$TICK_TERMINAL; fi
@@ -120,7 +118,7 @@ show_progress() {
   if [[ -t 1 ]]; then printf '\r\033[K'; fi
 }
 
-# A stamp holds the key a step was last done with; the step is due when the key differs.
+# A stamp holds the key of the last run of a step. The step is due if the key differs.
 stamp_is() { [[ -f "$STAMPS/$1" && "$(<"$STAMPS/$1")" == "$2" ]]; }
 
 set_stamp() {
@@ -128,7 +126,7 @@ set_stamp() {
   printf '%s\n' "$2" >"$STAMPS/$1"
 }
 
-# need_space FOLDER MEGABYTES PURPOSE: stop before a step that would fill the disk.
+# need_space FOLDER MEGABYTES PURPOSE: ends before a step that would fill the disk.
 need_space() {
   local folder=$1 megabytes=$2 purpose=$3 free
   free=$(df -Pm "$folder" | awk 'NR == 2 { print $4 }')
@@ -143,13 +141,13 @@ lock_checkout() {
   flock 9
 }
 
-# wrong_usage MESSAGE: ends with the status of a command that cannot be run as it was given.
+# wrong_usage MESSAGE: ends with the status of a wrong command line.
 wrong_usage() {
   complain "$1"
   exit 2
 }
 
-# no_arguments "$@": for commands that take none.
+# no_arguments "$@": for commands without arguments.
 no_arguments() { (($# == 0)) || wrong_usage "unexpected argument: $1"; }
 
 # set_up build|bench|test|coverage: packages and EDK II.
@@ -160,8 +158,7 @@ set_up() {
   prepare_edk2
 }
 
-# copy_checkout FOLDER: the sources of the firmware and the scripts, to build them with changes. Earlier build results stay
-# in the folder.
+# copy_checkout FOLDER: copies the sources of firmware and scripts, to build them with changes. Earlier build results stay.
 copy_checkout() {
   local folder=$1
   mkdir -p "$folder"
@@ -169,8 +166,8 @@ copy_checkout() {
   cp -r "$ROOT"/{VaroFeaturesPkg,scripts} "$folder/"
 }
 
-# in_checkout FOLDER FUNCTION [ARGUMENT]...: calls a function with the places (ROOT, BUILD, OUT) of a copy. The places are
-# constants, so this takes a process of its own.
+# in_checkout FOLDER FUNCTION [ARGUMENT]...: calls a function with ROOT, BUILD and OUT of a copy. They are constants, so
+# the call needs its own process.
 in_checkout() {
   # shellcheck disable=SC2016  # the inner shell expands it
   bash -c 'set -euo pipefail; source "$0/scripts/parts.sh"; mkdir -p "$BUILD" "$OUT"; "$@"' "$@"

@@ -1,6 +1,6 @@
 # @file
-# The EDK II tree that firmware and host builds stand on: the distribution's source package, patched, with its build
-# tools; or the tree that EDK2_DIR names, completed where it is a snapshot without submodules.
+# The EDK II tree that firmware and host builds use: the distribution's source package, patched, with its build tools; or
+# the tree that EDK2_DIR names, with its empty submodules filled.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,8 +21,8 @@ readonly EDK2_SPACE=2000
 # Megabytes for the source packages of EDK2_PARTS, unpacked in part.
 readonly EDK2_PARTS_SPACE=500
 
-# Submodules of EDK II that a build of the notebook reads or only looks for. A snapshot has empty folders in their place.
-# Debian's EDK II source package has all of them but OpenSSL in the version that newer trees are prepared for.
+# Submodules of EDK II that a build of the notebook needs. A snapshot has empty folders in their place. Debian's EDK II
+# source package has all of them, but OpenSSL in another version than newer trees need.
 readonly OPENSSL_PART=CryptoPkg/Library/OpensslLib/openssl
 readonly EDK2_PARTS=(
   "$OPENSSL_PART" CryptoPkg/Library/MbedTlsLib/mbedtls MdeModulePkg/Library/BrotliCustomDecompressLib/brotli
@@ -36,7 +36,7 @@ prepare_edk2() {
   if [[ $EDK2_DIR == "$EDK2_OWN" ]]; then
     unpack_edk2_once
   else
-    [[ -f $EDK2_DIR/MdePkg/MdePkg.dec ]] || die "EDK2_DIR=$EDK2_DIR is no EDK II tree (MdePkg/MdePkg.dec is missing)"
+    [[ -f $EDK2_DIR/MdePkg/MdePkg.dec ]] || die "EDK2_DIR=$EDK2_DIR is not an EDK II tree (MdePkg/MdePkg.dec is missing)"
     complete_edk2
   fi
   choose_toolchain
@@ -66,8 +66,8 @@ fetch_and_unpack_edk2() {
   rm -rf "$work"
 }
 
-# fetch_source FOLDER PACKAGE OPTION...: the package's files that each option of `apt-get source` names. The private apt
-# is in FOLDER/apt.
+# fetch_source FOLDER PACKAGE OPTION...: downloads the files of a source package that each option of `apt-get source`
+# selects. The private apt is in FOLDER/apt.
 fetch_source() {
   local folder=$1 package=$2 option
   shift 2
@@ -78,9 +78,9 @@ fetch_source() {
   done
 }
 
-# make_private_apt FOLDER [RELEASE]: an apt of our own whose lists are the machine's with binary packages switched to
-# sources, so that nothing outside build/ changes and nobody need be root. With RELEASE the lists of the machine's own
-# Debian release name that one instead, and other lists are left out.
+# make_private_apt FOLDER [RELEASE]: an apt with the machine's lists, switched from binary packages to sources. It changes
+# nothing outside build/ and does not need root. With RELEASE, lists of the machine's Debian release name RELEASE instead,
+# and other lists are left out.
 make_private_apt() {
   local apt=$1 list own
   own=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-unknown}")
@@ -112,7 +112,7 @@ Acquire::Retries "2";
 CONF
 }
 
-# Puts what a snapshot lacks into the tree, once.
+# Fills the empty submodules of a snapshot, once.
 complete_edk2() {
   local part
   local -a lacking=()
@@ -122,7 +122,7 @@ complete_edk2() {
   ((${#lacking[@]} > 0)) || return 0
   [[ -w $EDK2_DIR/${lacking[0]} ]] ||
     die "EDK2_DIR=$EDK2_DIR has empty submodules and cannot be written to (${lacking[*]})"
-  need_space "$ROOT" "$EDK2_PARTS_SPACE" "the submodules that EDK II's tree lacks"
+  need_space "$ROOT" "$EDK2_PARTS_SPACE" 'the submodules that the EDK II tree lacks'
   run_logged edk2-parts "Fetching ${#lacking[@]} submodules that the EDK II tree lacks" fetch_parts "${lacking[@]}"
 }
 
@@ -149,13 +149,13 @@ fetch_parts() {
 
 newest() { printf '%s\n' "$@" | sort -V | tail -n 1; }
 
-# For fetch_parts: the tree holds files that OpenSSL's configuration makes, for one release line of OpenSSL.
+# For fetch_parts: the tree has files that OpenSSL's configuration generates. They fit one release line of OpenSSL.
 require_openssl() {
   local header=CryptoPkg/Library/OpensslLib/OpensslGen/include/openssl/opensslv.h wanted found
   wanted=$(sed -nE 's/^# *define OPENSSL_VERSION_(MAJOR|MINOR) +//p' "$EDK2_DIR/$header" | tr -d '\r' | paste -sd.)
   found=$(sed -nE 's/^(MAJOR|MINOR)=//p' "$1/VERSION.dat" | paste -sd.)
   [[ $wanted == "$found" ]] || {
-    say "E: the tree wants OpenSSL $wanted and the source package has $found; fill $OPENSSL_PART by hand"
+    say "E: the tree needs OpenSSL $wanted, but the source package has $found; fill $OPENSSL_PART by hand"
     return 1
   }
 }
@@ -169,7 +169,7 @@ apply_patch_series() {
   done <"$tree/debian/patches/series"
 }
 
-# Those that the builds here use. Others need submodules that the tree may lack.
+# The programs that the builds here use. Others need submodules that the tree may lack.
 readonly BASE_TOOLS=(
   DevicePath EfiRom GenCrc32 GenFfs GenFv GenFw GenSec LzmaCompress TianoCompress VfrCompile
 )
@@ -181,9 +181,9 @@ build_base_tools() {
   set_stamp base-tools "$EDK2_DIR"
 }
 
-# The link line for AArch64 names this file, and Debian's source packages ship only its assembler text; EDK II moved both
-# in 2024. It must be an object under an archive's name: as it defines nothing, the linker would never take it out of an
-# archive.
+# The link line for AArch64 names liblto-aarch64.a. Debian's source packages have only its assembler source; EDK II moved
+# both in 2024. The file must be an object with an archive's name: it defines no symbol, so the linker would not take it out
+# of an archive.
 assemble_liblto() {
   local lto
   for lto in "$EDK2_DIR"/{BaseTools/Bin,ArmPkg/Library}/GccLto/liblto-aarch64; do
@@ -192,8 +192,8 @@ assemble_liblto() {
   done
 }
 
-# The build tools of releases up to 2023 use a Python module that Debian 12 has in a package of its own. Later Pythons
-# have none, and setuptools brings its copy.
+# The build tools of releases up to 2023 use the Python module distutils. Debian 12 has it in its own package, later
+# releases in setuptools.
 install_distutils() {
   grep -rqsE '(import|from) distutils' --include='*.py' "$EDK2_DIR/BaseTools/Source/Python" || return 0
   /usr/bin/python3 -W ignore -c 'import distutils.util' 2>/dev/null && return

@@ -15,16 +15,16 @@ readonly FIRMWARE_WORKSPACE="$BUILD/firmware/$EDK2_NAME"
 readonly NOTEBOOK_DSC=VaroFeaturesPkg/VirtualNotebook/VirtualNotebook.dsc
 readonly PACKAGE_DSC=VaroFeaturesPkg/VaroFeaturesPkg.dsc
 
-# Where a build of the notebook leaves its files: firmware_output TARGET
+# firmware_output TARGET: the folder of a build of the notebook.
 firmware_output() { printf '%s/Build/VirtualNotebook/%s_%s' "$FIRMWARE_WORKSPACE" "$1" "$(toolchain)"; }
 
-# Where the driver's image of a build is put: driver_image TARGET
+# driver_image TARGET: where the driver's image is published.
 driver_image() { if [[ $1 == RELEASE ]]; then echo "$OUT/CorvaneDxe.efi"; else echo "$OUT/${1,,}/CorvaneDxe.efi"; fi; }
 
 # The tree that TOOLCHAIN is a tag of.
 TOOLCHAIN_OF=''
 
-# TOOLCHAIN becomes the tag of the tree for it. GCC's with link-time optimisation is GCC5 up to 2022 and GCC since.
+# Sets TOOLCHAIN to the tag that the tree has for it. GCC's tag is GCC5 up to EDK II 202302.
 choose_toolchain() {
   [[ $TOOLCHAIN_OF != "$EDK2_DIR" ]] || return 0
   local wanted=${TOOLCHAIN:-GCC} tag
@@ -102,8 +102,8 @@ tree_defines() {
     printf '%s\n' -D INTRINSICS_IN_ARMPKG=TRUE
 }
 
-# build_current STAMP FILE: whether a build left FILE and nothing that it is made of has changed since. The build tool's
-# own look at that would take half a minute.
+# build_current STAMP FILE: whether FILE is there and no source has changed since. The build tool needs half a minute for
+# the same answer.
 build_current() {
   local stamp="$STAMPS/$1" package="$ROOT/VaroFeaturesPkg"
   stamp_is "$1" "$(compiler)" && [[ -f $2 ]] &&
@@ -111,8 +111,8 @@ build_current() {
     [[ -z $(find "$EDK2_DIR" -type f -cnewer "$stamp" -not -name '*.pyc' -print -quit) ]]
 }
 
-# build_logged STAMP FOLDER TITLE COMMAND...: a build whose output goes to FOLDER. There is a stamp for each tree and
-# toolchain; it holds the compiler's version, as the objects of another one would be taken for this one's.
+# build_logged STAMP FOLDER TITLE COMMAND...: a build whose output goes to FOLDER. Each tree and toolchain has a stamp with
+# the compiler's version, because the build tool would use objects of another compiler.
 build_logged() {
   local stamp=$1 folder=$2 title=$3 started
   shift 3
@@ -141,8 +141,8 @@ build_firmware() {
   publish_driver "$target"
 }
 
-# The package without a platform. The notebook's builds have covered most of it: what is new is its own DSC, which one
-# program is built from, NOOPT, and the driver for X64.
+# Builds the package without a platform. The notebook's builds cover most of it. New are its own DSC with one program,
+# NOOPT, and the driver for X64.
 build_package() {
   local stamp="package-NOOPT-$TOOLCHAIN-$EDK2_NAME" output
   output="$FIRMWARE_WORKSPACE/Build/VaroFeatures/NOOPT_$TOOLCHAIN"
@@ -159,7 +159,7 @@ package_build() {
     edk2_build -a X64 -b NOOPT -p "$PACKAGE_DSC"
 }
 
-# check_image TARGET: of the notebook's driver, RELEASE against a bound for its size.
+# check_image TARGET: checks the notebook's driver. RELEASE has a bound for its size.
 check_image() {
   local -a bound=()
   if [[ $1 == RELEASE ]]; then bound=("$(image_bound)"); fi
@@ -168,7 +168,7 @@ check_image() {
 
 driver_elf() { printf '%s/AARCH64/CorvaneDxe.debug' "$(firmware_output "$1")"; }
 
-# Bytes that a compiler's RELEASE image may take. ./corvane test checks GCC's, with the first of the supported releases.
+# Upper limit for the RELEASE image in bytes. ./corvane test checks GCC's, with the first supported release of EDK II.
 image_bound() {
   case $TOOLCHAIN in
     GCC*) echo 41984 ;;
@@ -176,7 +176,6 @@ image_bound() {
   esac
 }
 
-# What another toolchain or tree left in out/ is replaced.
 publish_driver() {
   local image
   image=$(driver_image "$1")

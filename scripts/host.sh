@@ -8,7 +8,7 @@
 readonly HOST_TESTS="$BUILD/host"
 readonly HOST_TOOLS="$BUILD/tools"
 
-# configure_host FOLDER OPTION...: CMake looks after the rest by itself once a folder is configured.
+# configure_host FOLDER OPTION...: configures a folder once. CMake configures it again by itself.
 configure_host() {
   local folder=$1 key
   shift

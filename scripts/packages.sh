@@ -31,7 +31,7 @@ readonly PACKAGE_SPACE_DOCS=100
 
 as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 
-# Those of the given packages that are not installed, on one line.
+# missing_packages PACKAGE...: those that are not installed, on one line.
 missing_packages() {
   local package status
   for package in "$@"; do
@@ -60,7 +60,7 @@ update_and_install() {
   as_root apt-get update -o Acquire::Retries=2 && apt_install "$@"
 }
 
-# install_packages build|bench|test|coverage|docs: coverage takes what test takes, test what build takes.
+# install_packages build|bench|test|coverage|docs: coverage includes test, and test includes build.
 install_packages() {
   local -a wanted
   local space
@@ -94,7 +94,7 @@ install_packages() {
   install_missing "$space" "${wanted[@]}"
 }
 
-# install_missing MEGABYTES PACKAGE...: what all of them take together, and what they are.
+# install_missing MEGABYTES PACKAGE...: installs those that are missing. MEGABYTES is the space that all of them need.
 install_missing() {
   local space=$1
   local -a missing
@@ -103,10 +103,10 @@ install_missing() {
   ((${#missing[@]} > 0)) || return 0
 
   if ((EUID != 0)); then
-    command -v sudo >/dev/null || die "packages are missing and neither root nor sudo is at hand: ${missing[*]}"
+    command -v sudo >/dev/null || die "packages are missing, and installing them needs root or sudo: ${missing[*]}"
     sudo -v || die "packages are missing and sudo was refused: ${missing[*]}"
   fi
-  # A few missing packages take their share of what all of them take.
+  # A few packages need their share of the space.
   need_space /usr $((space * ${#missing[@]} / $#)) "${#missing[@]} packages"
   say "==> Missing packages: ${missing[*]}"
   run_logged packages "Installing ${#missing[@]} packages" update_and_install "${missing[@]}"

@@ -6,8 +6,8 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# The scenarios of each file. A scenario is a function scenario_NAME. Scenarios run side by side and share nothing but the
-# flash of the cold boot.
+# The scenarios of each file. A scenario is a function scenario_NAME. Scenarios run side by side and share only the flash of
+# the cold boot.
 readonly SCENARIO_FILES=(life modes damage platform stress access captures)
 readonly -A SCENARIOS=(
   [life]='cold again warm settings_changed version_changed marked_bad'
@@ -26,7 +26,7 @@ for part in checks "${SCENARIO_FILES[@]}" seeded; do
   source "$ROOT/scripts/scenarios/$part.sh"
 done
 
-# Scenarios that look at the boots of others. Besides, every scenario needs the cold boot.
+# Scenarios that check the boots of others. Every scenario also needs the cold boot.
 readonly -A NEEDS=(
   [capture_texts]='warm factory_mode language'
   [capture_findings]='full_strings full_attributes full_values full_display_texts full_help_texts full_store too_many_questions
@@ -36,16 +36,16 @@ readonly -A NEEDS=(
   [capture_exports]='factory_mode settings_changed version_changed'
 )
 
-# The boots land in out/debug/, beside the image that they ran; those of the soak elsewhere.
+# Folder of the boots in out/. The soak uses another one.
 SCENARIO_GROUP=debug
 scenario_folder() { printf '%s/%s/%s' "$OUT" "$SCENARIO_GROUP" "$1"; }
 
 vars_of() { printf '%s/vars.fd' "$(scenario_folder "$1")"; }
 
-# A file that the DEBUG build of the notebook left, such as an application.
+# built FILE: a file of the DEBUG build of the notebook, such as an application.
 built() { printf '%s/AARCH64/%s' "$(firmware_output DEBUG)" "$1"; }
 
-# scenario_boot NAME [OPTION OF boot]...: every boot leaves the blocks of the published protocol, and a list of the
+# scenario_boot NAME [OPTION OF boot]...: every boot also leaves the blocks of the published protocol and a list of the
 # driver's variables.
 scenario_boot() {
   local name=$1
@@ -56,14 +56,14 @@ scenario_boot() {
   "$ROOT/scripts/python/cache.py" list "$(vars_of "$name")" >"$(scenario_folder "$name")/cache.txt"
 }
 
-# after BOOT NAME [OPTION]...: a boot that starts from the flash that another one left.
+# after BOOT NAME [OPTION]...: a boot from the flash that BOOT left.
 after() {
   local earlier=$1 name=$2
   shift 2
   scenario_boot "$name" --vars "$(vars_of "$earlier")" "$@"
 }
 
-# all_scenarios: one name a line, in an order in which each comes after those it needs.
+# all_scenarios: one name a line. Each comes after those it needs.
 all_scenarios() {
   local file
   for file in "${SCENARIO_FILES[@]}"; do xargs -n 1 <<<"${SCENARIOS[$file]}"; done
@@ -90,7 +90,7 @@ run_scenarios() {
     run_side_by_side "${boots[@]}"
     run_side_by_side "${looks[@]}"
   else
-    complain 'the other scenarios start from the cold boot and were left out'
+    complain 'the cold boot failed, so the other scenarios did not run'
   fi
   say "    $((1 + ${#boots[@]} + ${#looks[@]})) scenarios in $(seconds_since "$start") s"
 }

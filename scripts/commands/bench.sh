@@ -64,7 +64,7 @@ make_store() {
   python3 "$ROOT/scripts/python/bench_stores.py" "$1" "$2" "$BENCH/stores/$3" || die "$2: no store to measure"
 }
 
-# Environment and folder would show in the stack's alignment.
+# Environment and folder would change the alignment of the stack, and so the counts.
 run_counted() {
   local name=$1
   shift

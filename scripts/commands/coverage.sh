@@ -14,7 +14,7 @@ command_coverage() {
   measure_coverage
 }
 
-# Warnings are the business of the build that tests.
+# The build of the host tests reports warnings.
 build_coverage() {
   configure_host "$COVERAGE" -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON -DCORVANE_COVERAGE=ON -DCORVANE_SANITIZE=OFF \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS=-w

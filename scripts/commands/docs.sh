@@ -14,7 +14,7 @@ command_docs() {
   say '    out/docs/html/index.html'
 }
 
-# A comment that does not render, or names a parameter that is not there, fails.
+# Fails for a comment that does not render or names an unknown parameter.
 render_docs() {
   mkdir -p "$OUT/docs"
   cd "$ROOT" || return

@@ -29,8 +29,7 @@ command_fuzz() {
   run_fuzz "$seconds" "${targets[@]}"
 }
 
-# build_fuzz_targets TARGET...: with line numbers for the stack of a finding, and no other debug information: it takes
-# long to compile.
+# build_fuzz_targets TARGET...: with line numbers for the stack of a finding. Other debug information takes long to compile.
 build_fuzz_targets() {
   configure_host "$FUZZ" -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=OFF -DCORVANE_FUZZ=ON \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

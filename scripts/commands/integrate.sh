@@ -1,6 +1,5 @@
 # @file
-# Takes CorvaneDxe into a platform as an integrator would: two include lines in copies of ArmVirtQemu's own DSC and FDF,
-# which are otherwise untouched, a build, and a boot.
+# Integrates CorvaneDxe into a platform: adds two include lines to copies of ArmVirtQemu's DSC and FDF, builds and boots.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -16,7 +15,7 @@ command_integrate() {
   integrate_platform
 }
 
-# add_line FILE AFTER LINE: put LINE behind the first line that is AFTER, or at the end when AFTER is empty. EDK II's files
+# add_line FILE AFTER LINE: adds LINE after the first line that equals AFTER, or at the end if AFTER is empty. EDK II's files
 # have carriage returns.
 add_line() {
   local file=$1 after=$2 line=$3
@@ -31,8 +30,8 @@ add_line() {
   mv "$file.new" "$file"
 }
 
-# The copies stand in a folder of their own beside the include files that they name; the lines that would name the
-# platform's own FDF and output folder name the copy's.
+# The copies are in their own folder, with the include files that they name. Lines with the platform's FDF and output folder
+# are changed to the copy's.
 make_integration() {
   local folder="$INTEGRATION/$INTEGRATION_PLATFORM"
   rm -rf "$folder"
@@ -54,8 +53,8 @@ build_integration() {
     -p "$INTEGRATION_PLATFORM/$INTEGRATION_PLATFORM.dsc"
 }
 
-# The platform has none of the protocols that the driver cannot do without: the DXE core finds it in the firmware volume,
-# holds it back, and says so; the boot goes on to the Shell.
+# The platform lacks protocols that the driver requires. The DXE core finds the driver in the firmware volume, reports it as
+# not loaded, and the boot goes on to the Shell.
 integrate_platform() {
   local fv
   say '==> The lines that take CorvaneDxe into ArmVirtQemu'

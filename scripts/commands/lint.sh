@@ -40,7 +40,7 @@ lint_shellcheck() { (cd "$ROOT" && shellcheck -x corvane .ci/run scripts/*.sh sc
 
 lint_clang_format() { { cxx_sources '*.cpp'; cxx_sources '*.hpp'; } | xargs -r clang-format --dry-run --Werror; }
 
-# Of the files that are part of the project all but texts for people, LICENSE itself, bytes and what has no comments.
+# All files of the project, except documents, LICENSE, binary files and files without comments.
 lint_licence() {
   local unmarked
   unmarked=$(cd "$ROOT" && find . \( -path ./build -o -path ./out -o -path ./.git -o -name seeds \
@@ -54,7 +54,7 @@ lint_licence() {
 # The package against the rules in its .ci.yaml.
 lint_package() { "$ROOT/scripts/python/check_package.py" "$ROOT/VaroFeaturesPkg"; }
 
-# clang-format looks after the C++ sources.
+# clang-format checks the lines of .cpp files.
 lint_line_length() {
   (cd "$ROOT" && find VaroFeaturesPkg tools \( -name '*.h' -o -name '*.hpp' \) -print0 |
     xargs -0 awk 'length > 120 { print FILENAME ":" FNR ": " length " characters"; bad = 1 } END { exit bad }')

@@ -1,6 +1,6 @@
 # @file
-# Prints what boots have left: the attributes, how full the tables are and what the inspector finds in them, how long the
-# phases took, and what a change at the Shell came to; and puts all of it on a page.
+# Prints the results of boots: attributes, fill of the tables, the inspector's findings, times of the phases, and the effect
+# of a change at the Shell. Puts all of it on a page.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -30,7 +30,7 @@ report_boots() {
     say
     say "== $name boot: attributes and tables"
     [[ -f $OUT/$name/records.bin ]] || die "the $name boot left no records.bin: the driver sent no tables"
-    "$OUT/inspect" show "$OUT/$name/records.bin" || die "the inspector complains of out/$name/records.bin"
+    "$OUT/inspect" show "$OUT/$name/records.bin" || die "inspect show fails for out/$name/records.bin"
     say
     say "== $name boot: findings"
     "$OUT/inspect" lint "$OUT/$name/records.bin" "$OUT/$name/vars.fd" || found_something
@@ -44,7 +44,7 @@ report_boots() {
   say '== Report: out/report.html'
 }
 
-# The inspector ends with 1 when it has findings, which it prints, and with 2 when it cannot work.
+# The inspector ends with 1 for findings, which it prints, and with 2 for unusable input.
 found_something() { (($? == 1)) || die 'the inspector cannot read what a boot left'; }
 
 # A line of timings.txt is a measured phase (name, ticks, nanoseconds) or a count (name, number). One column a boot.
@@ -78,8 +78,8 @@ print_times() {
 # A setting of the notebook that no password protects.
 readonly CHANGE='attr set ChargeStart 60'
 
-# report_change BEFORE CHANGE AFTER: the console of the boot that made the change, and what it changed from the one boot
-# to the other. Both have gathered all values from the settings, so that there is no other difference.
+# report_change BEFORE CHANGE AFTER: prints the console of the boot CHANGE, and the values that differ between the other two
+# boots. Both gathered all values, so there is no other difference.
 report_change() {
   local status=0
   say

@@ -1,5 +1,5 @@
 # @file
-# The long tests: power that fails while the variable flash is written, and some hundred boots of one notebook.
+# Long tests: power failures while the variable flash is written, and some hundred boots of one notebook.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -43,21 +43,21 @@ cuts_in_cold_boot() {
   cut_power cut-cold "$(firmware_output RELEASE)/FV/QEMU_VARS.fd" PldmString 60
 }
 
-# The boot after a change writes what has changed over a cache that is marked as bad, and clears the mark.
+# The boot after a change replaces a cache that is marked as bad, and clears the mark.
 cuts_in_rebuild() {
   soak_boot changed --vars "$(vars_of fresh-warm)" --command "$CHANGE" || return
   soak_boot cut-rebuild --vars "$(vars_of changed)" --flash-log yes || return
   cut_power cut-rebuild "$(vars_of changed)" AttributesData 20
 }
 
-# The attribute service writes two variables of a few bytes, so that every write is one of the moments.
+# The attribute service writes two variables of a few bytes, so the power fails after every write.
 cuts_in_change() {
   soak_boot cut-change --vars "$(vars_of fresh-warm)" --flash-log yes --command "$CHANGE" || return
   cut_power cut-change "$(vars_of fresh-warm)" AttCacheStatus 20
 }
 
-# A change of a notebook whose cache was written over: what lies where in the store is not what it is after a first boot.
-# Its whole boot is cut, as the firmware's own writes move the cache, too.
+# A change after the cache was replaced: the store then has another layout than after a first boot. The whole boot is cut,
+# because the firmware's own writes move the cache too.
 cuts_in_later_change() {
   soak_boot changed-once --vars "$(vars_of fresh-warm)" --command "$CHANGE" || return
   soak_boot rebuilt --vars "$(vars_of changed-once)" || return
@@ -65,9 +65,9 @@ cuts_in_later_change() {
   cut_power cut-later "$(vars_of rebuilt)" - 20
 }
 
-# cut_power BOOT FLASH VARIABLE COUNT: lets the power fail at that many moments of the boot, which began with this
-# flash, from when the variable is written, or from the first write for "-"; then boots twice. How many moments hit each
-# stage is told at the end.
+# cut_power BOOT FLASH VARIABLE COUNT: lets the power fail at COUNT moments of the boot, which began with FLASH. The moments
+# begin with the write of VARIABLE, or with the first write for "-". Boots twice after each. Prints how many moments hit each
+# stage.
 cut_power() {
   local boot=$1 flash=$2 variable=$3 count=$4 folder log at stage
   local -A hits=() whole=()
@@ -84,9 +84,9 @@ cut_power() {
   done
 }
 
-# boot_after_cut NAME FLASH: the tables are those of a fresh build, and the boot after trusts the cache of this one. The
-# flash driver can lose the setup's own variables, too: where values differ, a boot of the same flash that keeps its
-# hands off the cache says what they have come to. Only the first of the boots after has read them in full.
+# boot_after_cut NAME FLASH: the tables must equal those of a fresh build, and the next boot must trust the cache. The flash
+# driver can lose the setup's variables too. If values differ, a boot of the same flash that leaves the cache alone gives the
+# expected ones. Only the first boot after the cut reads them in full.
 boot_after_cut() {
   local name=$1 fresh=fresh
   boot "soak/$name" RELEASE --vars "$2" >/dev/null || return
@@ -104,15 +104,15 @@ boot_after_cut() {
   rm -rf "$(scenario_folder "$name")" "$(scenario_folder "$name")"-{next,fresh}
 }
 
-# complete BOOT: all that comes out of a cache, or would, is that of the fresh build; what differs is printed.
+# complete BOOT: the tables that a cache reproduces equal those of the fresh build. Prints the differences.
 complete() {
   local found
   count_is "$1" RecordsSent 8 || return
   found=$(same_tables fresh "$1" --only "$TABLES_OF_CACHE") || { say "$found"; return 1; }
 }
 
-# values_are FRESH BOOT: the values of a boot that gathered them anew, but for the one that is read anew as a byte and
-# the one that may have been changed.
+# values_are FRESH BOOT: the values equal those of FRESH, except the one that a restore reads as a byte and the one that may
+# have been changed.
 values_are() {
   local changed
   changed=$(diff <(attributes "$1") <(attributes "$2") | sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p' |
@@ -121,14 +121,14 @@ values_are() {
   return 1
 }
 
-# What happens in a boot of the long run.
+# What can happen in a boot of the long run.
 readonly ACTIONS=(nothing nothing nothing setup shell update mark factory uncached damage)
 
-# What the notebook of the long run holds, as far as its next boot depends on it: the firmware version that the cache was
-# written for (empty: no cache), the firmware version, whether the cache is marked as bad, and two settings.
+# State of the notebook that the next boot of the long run depends on: the firmware version of the cache (empty: no cache),
+# the firmware version, whether the cache is marked as bad, and two settings.
 declare -A NOTEBOOK=([cached]='' [version]=1.0.0 [marked]=0 [percent]=50 [hour]=19)
 
-# job_life BOOTS: one notebook through boots of every kind, in an order that repeats.
+# job_life BOOTS: boots one notebook in every way, in the same order in each run.
 job_life() {
   local boots=$1 number action used faults=0 first='' last=''
   local -A kinds=()
@@ -196,7 +196,7 @@ live_once() {
   return "$status"
 }
 
-# lived ACTION REBUILD: whether the boot built its tables from where it had to, with these settings.
+# lived ACTION REBUILD: whether the boot gathered or restored as it had to, with the right settings.
 lived() {
   if (($2)); then rebuilt life; else restored life; fi || { say "rebuild: expected $2"; return 1; }
   has life "ChargeStart integer = ${NOTEBOOK[percent]}" "AutoOnHr integer = ${NOTEBOOK[hour]}" || return

@@ -43,7 +43,7 @@ catalogue() {
   done
 }
 
-# plan_tests [WHAT]...: the plan, all but "seeded" without a name; ends with the names that are like an unknown one.
+# plan_tests [WHAT]...: the plan. Without WHAT, all but "seeded". An unknown WHAT ends with similar names.
 plan_tests() {
   local all what found
   all=$(catalogue)
@@ -56,7 +56,7 @@ plan_tests() {
   done | awk '!seen[$0]++'
 }
 
-# names_like NAME: the names of the catalogue on standard input that NAME could be a slip for.
+# names_like NAME: the names of the catalogue on standard input that are similar to NAME.
 names_like() {
   local like
   like=$(awk -v name="$1" '

@@ -16,12 +16,11 @@ import re
 import struct
 import sys
 
-from variables import read_variables
+from records import read_records
+from variables import COMPRESSED as LISTS, read_variables
 
-LISTS = ("PldmString", "DispString", "HelpString", "AttributesData")
 COUNTERS = "AttributesCount"
 FIRST_HANDLE = 16
-CAPTURE_HEADER = struct.Struct("<16sQB")
 STRINGS, DISPLAY, HELP, STREAM = 2, 5, 6, 7  # types of transport records
 EMPTY_SLOT = 0xFF
 HEAD_SIZE = 11
@@ -91,11 +90,7 @@ def cached_attributes(stream):
 
 
 def write_capture_store(capture, folder):
-    payloads = {}
-    while len(capture) >= CAPTURE_HEADER.size:
-        _, length, kind = CAPTURE_HEADER.unpack_from(capture)
-        payloads[kind] = capture[CAPTURE_HEADER.size:CAPTURE_HEADER.size + length]
-        capture = capture[CAPTURE_HEADER.size + length:]
+    payloads = dict(read_records(capture))
     if not {STRINGS, DISPLAY, HELP, STREAM} <= payloads.keys():
         sys.exit(f"bench: {folder.name}: the capture lacks records")
     size, *counters = struct.unpack_from("<I4Q", payloads[STREAM])
@@ -113,7 +108,7 @@ def write_boot_store(path, folder):
 
 
 def boots(folder):
-    """Every boot under a folder, the variable flash before the capture: it has the whole texts."""
+    """Every boot under a folder. The variable flash is preferred to the capture, because it has the whole texts."""
     found = {}
     for pattern in ("vars.fd", "records.bin"):
         for path in sorted(folder.rglob(pattern)):

@@ -2,7 +2,7 @@
 # @file
 # cache.py list FLASH:          prints "NAME SIZE CRC32" or "NAME Not Found" for each of the driver's variables.
 # cache.py decodes FLASH TOOL:  prints the compressed variables that are missing, or that TOOL, EDK II's TianoCompress,
-#                               does not decode to the announced length; exits 1 when there are any.
+#                               does not decode to the announced length. Exits 1 if there are any.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -11,8 +11,8 @@ import struct
 import sys
 import zlib
 
-from same_bytes import COMPRESSED, decompressed
-from variables import read_variables
+from same_bytes import decompressed
+from variables import COMPRESSED, read_variables
 
 NAMES = ("BiosVersion", "AttributesData", "AttributesCount", "PldmString", "DispString", "HelpString", "AttCacheStatus",
          "PidDepList")

@@ -3,9 +3,9 @@
 # find_secrets.py FOLDER START PASSWORD OLDER...: looks for passwords that were typed, and for the keys that the
 # attribute service gave for them, in what a boot left: its memory, saved in the middle of it, and all other files.
 #
-# A password is looked for as ASCII, UCS-2 and key strokes. In memory the terminal driver may keep one in its rings of
-# typed characters, and the attribute service the key that it compares with; anything else is a copy that somebody left.
-# Both have to be found there, older passwords excepted: that proves that they were typed and that the search sees them.
+# Passwords are searched as ASCII, UCS-2 and key strokes. In memory, the terminal driver may keep one in its rings of typed
+# characters, and the attribute service keeps the key for comparison. Any other copy is a leak. Both must be found there,
+# except older passwords: this proves that they were typed and that the search works.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -34,7 +34,7 @@ def places(data, wanted, step=1):
 
 
 def rings(memory, start):
-    """Where the rings of the terminals are, as (owner, first, behind the last)."""
+    """Where the rings of the terminals are, as (owner, first, end)."""
     for terminal in places(memory, TERMINAL, 8):
         pointers = struct.unpack_from("<4Q", memory, terminal + RINGS_OFFSET)
         if all(start <= pointer < start + len(memory) for pointer in pointers):

@@ -3,15 +3,15 @@
 # flash.py COMMAND: reads a variable flash, and the log of what was written to it while the notebook ran.
 #
 #   used FLASH                 prints how many variables there are, and the bytes that they take
-#   cuts FLASH LOG FROM COUNT  prints "WRITES STAGE" for so many moments at which the power may fail, from the write
-#                              of the variable FROM on, or from the first write for "-": half of them where a stage
-#                              begins, the others evenly between
-#   cut FLASH LOG WRITES OUT   makes the flash as it was after so many writes
+#   cuts FLASH LOG FROM COUNT  prints "WRITES STAGE" for COUNT moments at which the power may fail, from the write of the
+#                              variable FROM on, or from the first write for "-". Half of them are beginnings of stages,
+#                              the others are spread evenly
+#   cut FLASH LOG WRITES OUT   makes the flash as it was after that many writes
 #
-# A stage is told by what is in the flash: the driver's variables and the attribute service's, "erased" when there is no
-# store, and "rewritten" when others are gone that were there before and will be again, "rewritten up to BiosVersion" when
-# that is among those that are there. EDK II's flash driver erases and rewrites the whole block for a write of more than
-# 256 bytes.
+# A stage has the names of the variables in the flash, of the driver and the attribute service. It is "erased" without a
+# store, and "rewritten" while variables are missing that were there before and come back, or "rewritten up to BiosVersion"
+# if "BiosVersion" is there again. EDK II's flash driver erases and rewrites the whole block for a write of more than 256
+# bytes.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -30,7 +30,7 @@ SHOWN = ("PldmString", "DispString", "HelpString", "AttributesData", "Attributes
 
 def writes(log):
     """(offset, bytes) of each write that QEMU's blklogwrites logged."""
-    place = SECTOR  # behind what would tell the number of entries, had the log been closed
+    place = SECTOR  # after the head: a log that was not closed has no number of entries
     while place + SECTOR <= len(log):
         first, count = struct.unpack_from("<2Q", log, place)
         place += SECTOR
@@ -72,12 +72,12 @@ def stages(flash, log):
 
 
 def spread(numbers, count):
-    """So many of the numbers, evenly."""
+    """`count` of the numbers, evenly spread."""
     return {numbers[index * len(numbers) // count] for index in range(count)} if count < len(numbers) else set(numbers)
 
 
 def begin_of(variable, moments):
-    """After how many writes that of the variable begins."""
+    """The number of writes before the first one of the variable."""
     begin = next(at for at, (stage, shown) in enumerate(moments)
                  if stage not in REWRITING and shown.get(variable) != moments[0][1].get(variable))
     # The write that makes a variable valid comes after those of its content.

@@ -5,7 +5,7 @@
 # published.py help RECORDS TEXTS:    compares help texts, as entries, with those of the help table. Empty texts are left
 #                                     out: the access protocol does not find an empty one at the end of a table.
 #
-# Both files are those of AttributeDump. Prints a line and exits 1 when they differ.
+# BLOCKS and TEXTS are files of AttributeDump. Prints a line and exits 1 when the files differ.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -13,21 +13,12 @@ import pathlib
 import struct
 import sys
 
-RECORD = struct.Struct("<16sQB")
+from records import read_records
+
 ENTRY = struct.Struct("<2H")
 DESCRIPTORS, HELP, STREAM = 1, 6, 7
 PAD_LENGTH = 10 * 28 + 25  # of the help table, in its descriptor
 LANGUAGE, CHECKSUM = 2 + 10, 4
-
-
-def payloads(path):
-    capture = path.read_bytes()
-    found = {}
-    while capture:
-        _, length, kind = RECORD.unpack_from(capture)
-        found[kind] = capture[RECORD.size:RECORD.size + length]
-        capture = capture[RECORD.size + length:]
-    return found
 
 
 def texts(entries):
@@ -43,7 +34,7 @@ def texts(entries):
 
 
 def main(what, records, other):
-    sent = payloads(pathlib.Path(records))
+    sent = dict(read_records(pathlib.Path(records).read_bytes()))
     if what == "blocks":
         expected = b"".join(payload for kind, payload in sorted(sent.items()) if kind != STREAM)
     else:

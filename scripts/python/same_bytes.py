@@ -1,23 +1,21 @@
 #!/usr/bin/env python3
 # @file
 # same_bytes.py TIANO_COMPRESS BEFORE AFTER: compares what the boots of two folders published and cached, byte for byte:
-# the transport records but for addresses and the directory's checksum, and the cache variables, decompressed with EDK II's
+# the transport records, except addresses and the directory's checksum, and the cache variables, decompressed with EDK II's
 # own tool. Prints a line for each difference, then how many boots were compared; exits 1 when a boot differs.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 import pathlib
-import struct
 import subprocess
 import sys
 import tempfile
 
-from variables import read_variables
+from records import read_records
+from variables import COMPRESSED, read_variables
 
-RECORD = struct.Struct("<16sQB")
 DIRECTORY, DESCRIPTORS = 0, 1
 DESCRIPTOR_SIZE = 28
-COMPRESSED = ("PldmString", "DispString", "HelpString", "AttributesData")
 CACHE = (*COMPRESSED, "AttributesCount", "AttCacheStatus", "BiosVersion")
 
 
@@ -34,14 +32,7 @@ def without_addresses(kind, payload):
 
 
 def records(path):
-    capture = path.read_bytes()
-    found = []
-    while capture:
-        _, length, kind = RECORD.unpack_from(capture)
-        end = RECORD.size + length
-        found.append((f"record {kind}", without_addresses(kind, capture[RECORD.size:end])))
-        capture = capture[end:]
-    return found
+    return [(f"record {kind}", without_addresses(kind, payload)) for kind, payload in read_records(path.read_bytes())]
 
 
 def decompressed(tool, data):

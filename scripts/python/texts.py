@@ -3,10 +3,10 @@
 #
 #   texts.py FORMS LANGUAGE < ATTRIBUTES
 #
-# FORMS is the folder with the VFR and UNI sources, ATTRIBUTES what `inspect show --json` printed. The sources say what
-# a question's texts are; the driver's rules, gone through here in the order of the attributes, what becomes of them:
-# blanks and characters with bit 7 dropped, the suffix of switches, over-long texts left out, texts that are there
-# already told apart by stars, which readers do not see, and then without their help.
+# FORMS is the folder with the VFR and UNI sources, ATTRIBUTES the output of `inspect show --json`. The sources have the
+# texts of each question. This script applies the driver's rules in the order of the attributes: leading blanks and
+# characters with bit 7 are dropped, switches get a suffix, over-long texts are left out. A text that equals an earlier one
+# gets stars, which readers do not see, and no help text.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,30 +20,7 @@ SWITCHES = {1568, 1569, 1578, 1655, 1656}
 LONGEST = 174
 LONGEST_HELP = 4095
 COMMON = "CommonStrings.uni"
-# Attributes of the driver's own, by name without annotations.
-OWN = {
-    "AdminPassword": "Admin Password",
-    "SystemPassword": "System Password",
-    "OwnerPassword": "Owner Password",
-    "System boot configuration": "System boot configuration",
-    "MasterPasswordLockout": "Master Password Lockout",
-    "AuxoraSupportLevel": "Auxora Support Level",
-    "CommonSystemId": "Common System Identifier",
-    "MfgModePxeAttribute": "Manufacturing Mode PXE Attribute",
-    "OverrideBatteryChargeFactory": "Override Battery Charging Limit in Factory",
-    "ChargePowerLimitFactoryFlag": "Charge Power Limit Factory Flag",
-    "FrontFan": "Front Fan",
-    "WlanCountryCode": "WLAN Country Code",
-    "ServiceResetConfig": "Service reset configuration",
-    "AdvancedDebugMenu": "Advanced Debug Menu",
-    "HEVC": "High Efficiency Video Coding",
-    "Generation": "System Generation",
-    "IBV": "Independent BIOS Vendor",
-    **{f"MIPICam{i}": f"MIPI Camera {i}" for i in range(1, 5)},
-}
-OWN_HELP = {
-    "ChargePowerLimitFactoryFlag": "A flag to configure charging performance limitation for EU products.",
-}
+OWN_ATTRIBUTES = pathlib.Path(__file__).parents[2] / "VaroFeaturesPkg/Include/Corvane/OwnAttributes.h"
 OWN_VALUES = {"ProjectVariablesPreserve": "Project Variables Preserve"}
 
 TOKEN = r"(?:STRING_TOKEN\s*\(\s*(\w+)\s*\)|(NO_HELP))"
@@ -64,6 +41,14 @@ def read_strings(path):
             text = re.sub(r'\\(["\\])', r"\1", word[3].replace("\\n", "\n"))
             strings[token][language] += text
     return strings
+
+
+def read_own_attributes():
+    """Display texts of the driver's own attributes by name without annotations, and help texts, from the header."""
+    header = OWN_ATTRIBUTES.read_text("utf-8")
+    displays = dict(re.findall(r'\{ "([^"]+)"[^",]*, "([^"]+)"', header))
+    (help_text,) = re.findall(r'#define OWN_CHARGE_POWER_LIMIT_HELP\s+"([^"]+)"', header)
+    return displays, {"ChargePowerLimitFactoryFlag": help_text}
 
 
 class FormSet:
@@ -98,14 +83,14 @@ def shown(text):
 
 
 class Store:
-    """What becomes of display texts as they are entered."""
+    """The display texts so far, by the driver's rules."""
 
     def __init__(self):
         self.display = set()
         self.names = {}
 
     def enter(self, text, distinct):
-        """The text as stored, or None; whether it was there at the first try."""
+        """The text as stored, or None, and whether an equal one was there before."""
         first = True
         while len(text) <= LONGEST:
             cleaned = clean(text)
@@ -155,6 +140,7 @@ def main(folder, language):
     collections = [attribute for attribute in attributes if attribute["type"] == "collection"]
     members = {handle: titles[a["name"]] for a in collections for handle in a["current"]["members"]}
 
+    own_displays, own_helps = read_own_attributes()
     store = Store()
     wrong = helped = starred = 0
     for attribute in attributes:
@@ -170,11 +156,11 @@ def main(folder, language):
             expected = shown(stored), None, []
         else:
             if handle >= 16:
-                store.enter(OWN[bare], False)
+                store.enter(own_displays[bare], False)
             values = [OWN_VALUES.get(v["name"], v["name"]) for v in attribute.get("possible", []) if handle >= 16]
-            expected = OWN[bare], OWN_HELP.get(bare), values
+            expected = own_displays[bare], own_helps.get(bare), values
         values = [v.get("display") for v in attribute.get("possible", []) if handle >= 16]
-        # A list and a checkbox of the same two names look alike: what of the two a text is may be left open.
+        # A list of the same two names as a checkbox looks the same, so a text of a value may be unknown.
         same = len(values) == len(expected[2]) and all(v in (None, e) for v, e in zip(values, expected[2]))
         helped += expected[1] is not None
         starred += sum(1 for other in attributes if other["display"] == attribute["display"]) > 1

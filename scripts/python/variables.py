@@ -10,6 +10,7 @@ VOLUME_SIGNATURE, FORMATTED = b"_FVH", 0x5A  # EFI_FIRMWARE_VOLUME_HEADER, VARIA
 STORE = 0x64  # the variables follow the headers of volume and store
 HEADER = struct.Struct("<HBxI8x16x4xII16s")  # AUTHENTICATED_VARIABLE_HEADER (MdeModulePkg)
 START = 0x55AA
+COMPRESSED = ("PldmString", "DispString", "HelpString", "AttributesData")  # of the attribute cache
 IN_USE = (0x3F, 0x3E)  # VAR_ADDED; the same while a new value is written
 
 

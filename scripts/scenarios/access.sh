@@ -1,5 +1,5 @@
 # @file
-# Attributes listed, read and changed at the Shell by the scripts in access/; beside each stands what it prints.
+# Sessions at the Shell: the scripts in access/ list, read and change attributes. Their output is beside them.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -14,7 +14,7 @@ for typed in "$WRONG_PASSWORD"{,} "$PASSWORD"{,,,,,,,,}; do SESSION_KEYS+=(--key
 readonly SESSION_KEYS+=(--keys $'\e')
 readonly LOCKED=(--set passwords=admin --set "password-admin=$PASSWORD")
 
-# Scenarios without a service that does what it should, and what a client sees of it.
+# Scenario items that disturb the attribute service, and the output that a client then prints.
 readonly -A UNSERVED=(['without=attribute-service']=absent ['service=fails']=mute ['service=silent']=mute)
 
 # session EARLIER NAME SCRIPT [OPTION]...: a boot that runs a script of access/.
@@ -29,18 +29,18 @@ prints() { diff "$SESSIONS/$2.txt" <(text_of "$1" console.txt); }
 scenario_access_session() {
   session cold access session "${LOCKED[@]}" --file "$(built attr.efi)" "${SESSION_KEYS[@]}" || return
   check 'the session goes as expected' prints access session
-  check 'its list is that of the inspector, but for passwords' lists_alike access
+  check 'its list equals that of the inspector, except for passwords' lists_alike access
   check 'its export has all attributes' exports_all access
   check 'nothing changes in this boot' differs_only_in cold access "$IDLE_MINUTES_AS_BYTE" \
     "AdminPassword$PRINTABLE password = installed"
   session access access-kept kept || return
   check 'the next boot parses the form sets' rebuilt access-kept
-  check 'its records have the changed values, and no others' differs_only_in cold access-kept \
+  check 'its records have the changed values and no other change' differs_only_in cold access-kept \
     'ChargeStart integer = 60' 'ChargeStop integer = 80' \
     'LegacyRoms enumeration = Enabled' 'SerialPort enumeration = Port2F8' 'FastBoot enumeration = Minimal' \
     'BootDelay integer = 5' 'Asset string = "NB-0043"' 'OwnerTag string = "Lent to somebody"' \
     'InventoryNumber integer = 123456789012'
-  check 'so has its attribute service' prints access-kept kept
+  check 'its attribute service has them too' prints access-kept kept
 }
 
 # A platform may publish an attribute whose setting it does not have (ChargePowerLimitFactoryFlag, in factory mode).
@@ -64,7 +64,7 @@ scenario_access_unserved() {
   done
 }
 
-# The stale entry of an unloaded driver has to go before it is loaded again; AccessInstances does that.
+# AccessInstances removes the stale protocol of an unloaded driver, so that the driver can be loaded again.
 scenario_access_loaded_again() {
   session cold access-again loaded-again --file "$(built CorvaneDxe.efi)" \
     --file "$(built AccessInstances.efi)" || return
@@ -73,24 +73,24 @@ scenario_access_loaded_again() {
 
 scenario_access_long_help() {
   session cold access-long long-help --vars '' --set stress=long-help --command 'AttributeDump -t help.bin' || return
-  check 'the help table is too long for one answer, and whole' help_is_long access-long
+  check 'the help table is complete, and too long for one answer' help_is_long access-long
   check 'the session goes as expected' prints access-long long-help
-  check 'the service gives all of its texts' help_as_sent access-long
+  check 'the service sends all of its texts' help_as_sent access-long
 }
 
 help_as_sent() {
   "$ROOT/scripts/python/published.py" help "$(records_of "$1")" "$(scenario_folder "$1")/help.bin"
 }
 
-# Of the bytes in use the last ones, pad and checksum, are not sent.
+# The bytes in use include pad and checksum, which are not sent.
 help_is_long() {
   local used full
   read -r _ used _ _ _ _ full <<<"$("$INSPECT" show "$(records_of "$1")" | grep '^help ')"
   if [[ -n $full ]] || ((used < 65444 + 7)); then say "$used bytes $full"; return 1; fi
 }
 
-# The firmware as it is delivered: a DEBUG one overwrites memory that is freed. It is looked at when the prompt is shown
-# once more, where the stack is still as the password before has left it.
+# Boots RELEASE firmware, because DEBUG firmware overwrites freed memory. The memory is saved at the last prompt, when the
+# stack has not changed since the password before.
 scenario_access_secrets() {
   local name=access-secrets folder
   folder=$(scenario_folder "$name")
@@ -101,7 +101,7 @@ scenario_access_secrets() {
   check 'no password and no key is left in memory, flash, records or logs' no_secrets "$folder"
 }
 
-# The memory is as large as all else together and of use only where something was found in it.
+# The saved memory is large, so it is kept only if something was found.
 no_secrets() {
   "$ROOT/scripts/python/find_secrets.py" "$1" "$MEMORY_START" "$PASSWORD" "$WRONG_PASSWORD" && rm -f "$1/memory.bin"
 }

@@ -1,6 +1,5 @@
 # @file
-# Scenarios without a boot of their own: what the inspector says of the captures and variable stores that the boots of
-# other scenarios left.
+# Scenarios without boots: checks what the inspector prints for the captures and variable stores of other scenarios.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -8,12 +7,12 @@
 
 scenario_capture_texts() {
   check 'display and help texts are those of the form sources' texts_are cold en-US
-  check 'from the cache, they are' texts_are warm en-US
-  check 'in factory mode, they are' texts_are factory en-US
-  check 'in French, they are' texts_are french fr-FR
+  check 'the same in a boot from the cache' texts_are warm en-US
+  check 'the same in factory mode' texts_are factory en-US
+  check 'the same in French' texts_are french fr-FR
 }
 
-# texts_are BOOT LANGUAGE: every attribute has the texts that the driver's rules make of its question's.
+# texts_are BOOT LANGUAGE: every attribute has the texts that the driver makes of its question's texts.
 texts_are() {
   "$INSPECT" show --json "$(records_of "$1")" |
     python3 "$ROOT/scripts/python/texts.py" "$ROOT/VaroFeaturesPkg/VirtualNotebook/SetupForms" "$2"
@@ -21,17 +20,17 @@ texts_are() {
 
 scenario_capture_findings() {
   local table
-  check 'there is nothing to complain of in the default notebook' lint_says cold 0 '^0 findings'
-  check 'nor in a store that is full to the brim' lint_says brim 0 '^0 findings'
+  check 'the default notebook has no findings' lint_says cold 0 '^0 findings'
+  check 'a store that is exactly full has no findings' lint_says brim 0 '^0 findings'
   for table in strings attributes values display help; do
-    check "of the overfull $table table, the capture tells how many entries are lost, and from which on" \
+    check "overfull $table table: the capture gives the number of lost entries and the first one" \
       cut_is_told "$table"
-    check "with the flash image, what they are and how many bytes too many" cut_is_named "$table"
+    check "overfull $table table: the flash image adds their texts and the bytes over" cut_is_named "$table"
   done
-  check 'questions past the limit are told' lint_says crowd 1 '^finding: attribute-limit: '
-  check 'a cache without help texts is told' lint_says no-help 1 '^finding: cache-partial: .*"HelpString"'
-  check 'so is a limit that the help texts exceed' lint_says cold 1 '^finding: cache-limit: "HelpString"' --limit 4200
-  check 'a flash image of another boot is told' \
+  check 'questions above the limit are reported' lint_says crowd 1 '^finding: attribute-limit: '
+  check 'a cache without help texts is reported' lint_says no-help 1 '^finding: cache-partial: .*"HelpString"'
+  check 'help texts above the limit are reported' lint_says cold 1 '^finding: cache-limit: "HelpString"' --limit 4200
+  check 'a flash image of another boot is reported' \
     lint_with cold "$(vars_of full-strings)" 1 '^finding: other-boot: '
 }
 
@@ -52,7 +51,7 @@ lint_with() {
   fi
 }
 
-# The driver says on the console which entry is the first that it left out.
+# first_lost TABLE: the first entry that the driver left out, from its message on the console.
 first_lost() {
   local said
   said=$(text_of "full-$1" serial.log | grep -m 1 -F "CorvaneDxe: ${CUTS[$1]}")
@@ -63,7 +62,7 @@ cut_is_told() {
   lint_with "full-$1" '' 1 "^finding: table-cut: The $1 table lacks [0-9]+ entries, from handle $(first_lost "$1") on"
 }
 
-# As many names or texts as are lost stand under the finding, the first with that handle.
+# The finding lists as many names or texts as are lost, from the first lost handle on.
 cut_is_named() {
   local said count
   lint_says "full-$1" 1 "^finding: table-cut: The $1 table .*; whole, it is [0-9]+ bytes over its capacity" || return
@@ -81,7 +80,7 @@ scenario_capture_cache() {
   check 'a store without help texts is partial' verdict_is no-help partial
   check 'a limit below the help texts makes it partial' verdict_is cold partial --limit 4200
   check 'a store that took nothing has no cache' verdict_is full absent
-  check 'the padded image that QEMU takes reads alike' padded_alike cold
+  check 'the padded image for QEMU gives the same result' padded_alike cold
 }
 
 verdict_is() {
@@ -104,8 +103,8 @@ padded_alike() {
 
 scenario_capture_validity() {
   check 'what the default notebook publishes is valid' validates cold
-  check 'so is what a boot from the cache publishes' validates warm
-  check 'readers of common types alone stop at the first password' stops_at_password cold
+  check 'what a boot from the cache publishes is valid' validates warm
+  check 'readers of common types stop at the first password' stops_at_password cold
 }
 
 validates() { [[ $("$INSPECT" validate "$(records_of "$1")") == valid ]]; }
@@ -116,7 +115,7 @@ stops_at_password() {
   grep -qF 'stops at entry 0 of the attributes table (handle 1, password)' <<<"$said"
 }
 
-# Every capture in turn, whatever its scenario did to it: export, import, export.
+# Exports, imports and exports every capture of every scenario.
 captures_come_back() {
   local capture work status=0 count=0
   work=$(mktemp -d)
@@ -126,7 +125,7 @@ captures_come_back() {
       ! "$INSPECT" import "$work/first.json" -o "$work/records.bin" ||
       ! "$INSPECT" export --json "$work/records.bin" -o "$work/second.json" ||
       ! cmp "$capture" "$work/records.bin" || ! cmp "$work/first.json" "$work/second.json"; then
-      say "${capture#"$OUT/"} does not come back"
+      say "${capture#"$OUT/"} changes in export and import"
       status=1
     fi
     count=$((count + 1))
@@ -136,7 +135,7 @@ captures_come_back() {
   return "$status"
 }
 
-# differ_in BOOT BOOT [LINE]...: `inspect diff` tells of these alone.
+# differ_in BOOT BOOT [LINE]...: `inspect diff` reports exactly these lines.
 differ_in() {
   local first second
   first=$(records_of "$1")
@@ -153,9 +152,9 @@ redfish_is_complete() {
 }
 
 scenario_capture_exports() {
-  check 'every capture comes back from its export, byte for byte' captures_come_back
+  check 'every capture has the same bytes after export and import' captures_come_back
   check 'another version of the same firmware does not differ' differ_in cold updated
-  check 'a diff tells of the settings changed' differ_in cold changed 'AutoOnHr (1142) current: 19 -> 7' \
+  check 'a diff reports the changed settings' differ_in cold changed 'AutoOnHr (1142) current: 19 -> 7' \
     'PrimaryBattChargeCfg (2001) current: Adaptive -> Express' \
     'IdleMinutes (2002) current: 720 -> 208 (a boot from the cache reads the low byte alone)' \
     'BlockSleep (2003) current: Disabled -> Enabled'

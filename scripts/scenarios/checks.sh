@@ -1,11 +1,11 @@
 # @file
-# What there is to check of a boot: a function for each, which says what it found wrong.
+# Checks of a boot: one function each, which prints what is wrong.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# What comes out of the cache as it went in; values are read anew.
+# The tables that a restore reproduces. Values are read again.
 TABLES_OF_CACHE=strings,attributes,display,help
 
 # The variables of the cache that a failure deletes.
@@ -14,7 +14,7 @@ CACHE_VARIABLES=(BiosVersion AttributesData AttributesCount PldmString DispStrin
 # shellcheck disable=SC2034  # read by the parts with the scenarios
 readonly TABLES_OF_CACHE CACHE_VARIABLES
 
-# The sanitized inspector of the host tests: what boots leave is one more test of it.
+# The sanitized inspector of the host tests, so that boots test the inspector too.
 INSPECT="$HOST_TESTS/tools/inspect/inspect"
 
 records_of() { printf '%s/records.bin' "$(scenario_folder "$1")"; }
@@ -37,7 +37,7 @@ restored() { count_is "$1" FormSetsListed 0 && count_is "$1" FormSetsParsed 0; }
 
 decodes() { "$INSPECT" show "$(records_of "$1")" >/dev/null; }
 
-# Eight records, five tables with good checksums, a protocol with the same blocks: whatever the tables lack.
+# Eight records, five tables with good checksums, a protocol with the same blocks. The tables may be cut.
 published() {
   count_is "$1" RecordsSent 8 && published_as_sent "$1" || return
   (($("$INSPECT" show "$(records_of "$1")" 2>/dev/null | awk '/^table / { on = 1 } on && $6 == "ok"' | wc -l) == 5)) ||
@@ -46,7 +46,6 @@ published() {
 
 published_nothing() { count_is "$1" RecordsSent 0 && no_published_tables "$1"; }
 
-# The protocol with the tables is nowhere to be found.
 no_published_tables() { [[ $(text_of "$1" published.txt) == 'AttributeDump: Not Found' ]]; }
 
 # same_tables BOOT BOOT [OPTION OF inspect diff-tables]...
@@ -73,7 +72,7 @@ published_as_sent() {
   "$ROOT/scripts/python/published.py" blocks "$(records_of "$1")" "$(scenario_folder "$1")/published.bin"
 }
 
-# has BOOT LINE...: attributes whose lines begin like that, with or without the handle.
+# has BOOT LINE...: there are attribute lines that begin like LINE, with or without the handle.
 has() {
   local shown line status=0
   shown=$(attributes "$1")
@@ -81,7 +80,7 @@ has() {
   for line in "$@"; do
     LINE=$line awk '
       { found += index($0, ENVIRON["LINE"]) == 1 || index($0, ENVIRON["LINE"]) == length($1) + 2 }
-      END { exit !found }' <<<"$shown" || { say "not there: $line"; status=1; }
+      END { exit !found }' <<<"$shown" || { say "missing: $line"; status=1; }
   done
   return "$status"
 }
@@ -91,19 +90,19 @@ lacks() {
   local boot=$1 name
   shift
   for name in "$@"; do
-    if has "$boot" "$name" >/dev/null; then say "there: $name"; return 1; fi
+    if has "$boot" "$name" >/dev/null; then say "present: $name"; return 1; fi
   done
 }
 
-# differs_only_in BOOT BOOT LINE...: those lines of the second boot, given from the name to the current value, and no
-# others differ from the first.
+# differs_only_in BOOT BOOT LINE...: exactly these lines of the second boot differ from the first. A LINE goes from the name
+# to the current value.
 differs_only_in() {
   local first=$1 second=$2 changed line
   shift 2
   changed=$(diff <(attributes "$first") <(attributes "$second") |
     sed -n -E 's/^> [0-9]+ (.*) \(default .*/\1/p') || true
   for line in "$@"; do
-    grep -qxF -e "$line" <<<"$changed" || { say "not there: $line"; return 1; }
+    grep -qxF -e "$line" <<<"$changed" || { say "missing: $line"; return 1; }
   done
   (($(grep -c . <<<"$changed") == $#)) || { say "$changed"; return 1; }
 }
@@ -111,7 +110,7 @@ differs_only_in() {
 # same_cache BOOT BOOT: the driver's variables have the same content.
 same_cache() { diff <(text_of "$1" cache.txt) <(text_of "$2" cache.txt); }
 
-# EDK II's own decompressor makes of each variable what it announces.
+# EDK II's own decompressor decodes each variable to the length that it announces.
 cache_decodes() {
   "$ROOT/scripts/python/cache.py" decodes "$(vars_of "$1")" "$EDK2_DIR/BaseTools/Source/C/bin/TianoCompress"
 }
@@ -126,7 +125,7 @@ no_variables() {
   done
 }
 
-# says_once BOOT TEXT...: each is one line of the driver's, and no other line says the same.
+# says_once BOOT TEXT...: the driver prints each TEXT in exactly one line.
 says_once() {
   local said line
   said=$(text_of "$1" serial.log)
@@ -136,7 +135,7 @@ says_once() {
   done
 }
 
-# says BOOT PATTERN, says_nothing_of BOOT PATTERN: any line of the driver's.
+# says BOOT PATTERN, says_nothing_of BOOT PATTERN: whether a line of the driver matches.
 says() { grep -qE "CorvaneDxe: .*($2)" <<<"$(text_of "$1" serial.log)"; }
 
 says_nothing_of() { ! grep -E "CorvaneDxe: .*($2)" <<<"$(text_of "$1" serial.log)"; }

@@ -5,7 +5,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# A value that is read anew keeps its low byte: 720, the setup's default, is 208 from the second boot on.
+# A restored value keeps its low byte: 720, the setup's default, is 208 from the second boot on.
 readonly IDLE_MINUTES_AS_BYTE='IdleMinutes integer = 208'
 
 readonly ATTRIBUTE_VARIABLES=47FEFD34-5EDF-4BA3-9FEA-8F3620D7CF07
@@ -14,11 +14,11 @@ scenario_cold() {
   scenario_boot cold || return
   check 'eight records are sent, and the protocol in the firmware has the same blocks' published cold
   check 'the form sets are parsed' rebuilt cold
-  check 'the inspector finds nothing to complain of' decodes cold
+  check 'the inspector has no findings' decodes cold
   check "EDK II's own decompressor decodes the cache" cache_decodes cold
 }
 
-# What the whole suite leans on: a boot depends on its scenario alone.
+# All scenarios rely on this: a boot depends only on its scenario.
 scenario_again() {
   scenario_boot again || return
   check 'a second cold boot sends and stores the same' same_boot cold again
@@ -29,7 +29,7 @@ scenario_warm() {
   check 'the tables are published' published warm
   check 'no form set is listed or parsed' restored warm
   check 'all but the values equal the cold tables' same_tables cold warm --only "$TABLES_OF_CACHE"
-  check 'the one value above 255 is read anew as a byte, all others are the cold ones' \
+  check 'the one value above 255 is read again as a byte, all others equal the cold ones' \
     differs_only_in cold warm "$IDLE_MINUTES_AS_BYTE"
   check 'the cache stays as it was' same_cache cold warm
 }
@@ -46,19 +46,19 @@ scenario_settings_changed() {
 
 scenario_version_changed() {
   after cold updated --set firmware-version=2.0.0 || return
-  check 'another firmware version has the form sets parsed' rebuilt updated
+  check 'with another firmware version the form sets are parsed' rebuilt updated
   check 'the tables equal the cold ones' same_tables cold updated
   after updated updated-warm --set firmware-version=2.0.0 || return
-  check 'the version of the new cache is trusted' restored updated-warm
+  check 'the new cache is trusted' restored updated-warm
 }
 
 # Any byte but 0 in "AttCacheStatus" calls for a rebuild, which clears it. -bs -rt -nv are its attributes.
 scenario_marked_bad() {
   after cold marked --command "setvar AttCacheStatus -guid $ATTRIBUTE_VARIABLES -bs -rt -nv =01" || return
   after marked rebuilt || return
-  check '"AttCacheStatus" 1 has the form sets parsed' rebuilt rebuilt
+  check 'with 1 in "AttCacheStatus" the form sets are parsed' rebuilt rebuilt
   check 'the tables equal the cold ones' same_tables cold rebuilt
-  check 'the cache is the cold one again, its mark cleared' same_cache cold rebuilt
+  check 'the cache equals the cold one, and its mark is cleared' same_cache cold rebuilt
   after rebuilt rebuilt-warm || return
   check 'the rebuilt cache is trusted' restored rebuilt-warm
 }

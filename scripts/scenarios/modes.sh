@@ -5,7 +5,7 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# Those that only a notebook in the factory has, as the notebook was made.
+# Attributes of factory mode alone, with the values of the notebook.
 readonly FACTORY_ATTRIBUTES=(
   'CommonSystemId integer = 3146' 'OverrideBatteryChargeFactory enumeration = Enabled'
   'ServiceResetConfig enumeration = ProjectVariablesPreserve' 'Generation string ro = "23Q1"' 'IBV string ro = "VARO"'
@@ -14,27 +14,27 @@ readonly FACTORY_ATTRIBUTES=(
   'ChargePowerLimitFactoryFlag enumeration = Disabled'
 )
 
-# As the names of the passwords stand in the tables.
+# How the tables name the passwords.
 readonly PRINTABLE='[RegEx:^\\133\\x20-\\x7e\\135{0,32}$]'
 readonly OWNER_PASSWORD="OwnerPassword$PRINTABLE"
 
-# The cache of a notebook outlives a stay in the factory: there it is neither read nor written.
+# Factory mode neither reads nor writes the cache.
 scenario_factory_mode() {
   scenario_boot factory --set factory-mode=1 || return
   check 'the tables are published' published factory
   check 'the factory attributes are there' has factory "${FACTORY_ATTRIBUTES[@]}"
-  check 'a notebook in its mode of everyday has none of them' lacks cold "${FACTORY_ATTRIBUTES[@]%% *}"
+  check 'without factory mode they are missing' lacks cold "${FACTORY_ATTRIBUTES[@]%% *}"
   check 'neither the cache nor "PidDepList" is written' no_variables factory "${CACHE_VARIABLES[@]}" PidDepList
   after cold factory-again --set factory-mode=1 || return
   check 'a valid cache is not read' rebuilt factory-again
   check 'the tables equal those without a cache' same_tables factory factory-again
   check 'a valid cache is not written' same_cache cold factory-again
   after factory-again factory-left || return
-  check 'out of the factory, the cache is trusted' restored factory-left
-  check 'out of the factory, the factory attributes are gone' lacks factory-left "${FACTORY_ATTRIBUTES[@]%% *}"
+  check 'after factory mode, the cache is trusted' restored factory-left
+  check 'after factory mode, the factory attributes are gone' lacks factory-left "${FACTORY_ATTRIBUTES[@]%% *}"
 }
 
-# The password attributes are built in every boot, also on top of a cache that knows another set of them.
+# Password attributes are gathered in every boot, also if the cache has other ones.
 scenario_owner_password() {
   scenario_boot owner --set owner-password=1 --set passwords=admin,owner || return
   check 'owner and administrator passwords are installed, of one length for all' has owner \
@@ -45,13 +45,13 @@ scenario_owner_password() {
   after owner owner-off || return
   check 'off again, no form set is parsed' restored owner-off
   check 'off again, there is no owner password' lacks owner-off OwnerPassword
-  check 'off again, everything is as it always was' differs_only_in cold owner-off "$IDLE_MINUTES_AS_BYTE"
+  check 'off again, all else equals the cold boot' differs_only_in cold owner-off "$IDLE_MINUTES_AS_BYTE"
   after owner-off owner-on --set owner-password=1 || return
   check 'on again, no form set is parsed' restored owner-on
   check 'on again, it is known and not installed' has owner-on "3 $OWNER_PASSWORD password = not installed"
 }
 
-# The notebook's third place for a camera is empty, and only four are ever named.
+# The notebook's third camera is missing, and only four cameras have attributes.
 scenario_cameras() {
   local count
   local -A present=([0]='' [1]='1' [4]='1 2 4' [6]='1 2 4')
@@ -68,7 +68,7 @@ cameras_are() {
   [[ $shown == "$2" ]] || { say "there are $shown"; return 1; }
 }
 
-# A setting that cannot be read drops its attribute; one that stands without it has the value 0, or what it was.
+# Without its setting an attribute is dropped, or has the value 0, or keeps its cached value.
 scenario_failing_settings() {
   scenario_boot failing --set factory-mode=1 --set failing-settings=1340,1621,1751,1843,12054 || return
   check 'the tables are published' published failing
@@ -87,7 +87,7 @@ scenario_failing_settings() {
     differs_only_in cold failing-values 'BlockSleep enumeration = Enabled' "$IDLE_MINUTES_AS_BYTE"
 }
 
-# The platform that cannot read this setting keeps its hands off the NV variables.
+# Without setting 0x2618 the driver leaves the cache and "PidDepList" alone.
 scenario_no_caching() {
   scenario_boot uncached --set failing-settings=0x2618 || return
   check 'the tables equal the cold ones' same_tables cold uncached
@@ -97,16 +97,16 @@ scenario_no_caching() {
   check 'a valid cache is not written' same_cache cold uncached-again
 }
 
-# Names are keywords, the same in every language, but for collections, which are named by the titles of their form sets,
-# and for the one question of the setup that has no keyword.
+# Names are keywords, equal in every language. Collections are named by the titles of their form sets, and one question of
+# the setup has no keyword.
 scenario_language() {
   scenario_boot french --set language=fr-FR || return
   check 'the tables are published' published french
-  check 'the inspector finds nothing to complain of' decodes french
-  check 'attributes and values are those of every language' same_tables cold french --only values
-  check 'names are those of every language, but for collections and a question without keyword' \
+  check 'the inspector has no findings' decodes french
+  check 'attributes and values equal those in English' same_tables cold french --only values
+  check 'names equal those in English, except collections and a question without keyword' \
     same_attribute_names cold french
-  check 'the texts are in the language' speaks_french french
+  check 'the texts are French' speaks_french french
   after french french-warm || return
   check 'from the cache, no form set is parsed' restored french-warm
   check 'from the cache, the texts are the same' same_tables french french-warm --only "$TABLES_OF_CACHE"
@@ -116,7 +116,7 @@ same_attribute_names() { diff <(translated "$1") <(translated "$2"); }
 
 translated() { attributes "$1" | sed -e '/ collection /d' -e 's/Setup Language/Langue du setup/'; }
 
-# Display texts keep their ASCII characters alone, so the accents are in the help.
+# Display texts keep only ASCII characters, so the accents are in the help texts.
 speaks_french() {
   local texts
   texts=$("$INSPECT" show --texts "$(records_of "$1")")
