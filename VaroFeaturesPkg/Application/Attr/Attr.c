@@ -66,7 +66,7 @@ STATIC CONST StatusWords  mNoTables[] = {
 };
 
 STATIC CONST StatusWords  mNoDriver[] = {
-  { EFI_NOT_FOUND,            SHELL_NOT_READY,            "the attribute driver is not there"           },
+  { EFI_NOT_FOUND,            SHELL_NOT_READY,            "the attribute driver is not loaded"          },
   { EFI_NOT_STARTED,          SHELL_NOT_READY,            "the attribute driver has been unloaded"      },
   { EFI_INCOMPATIBLE_VERSION, SHELL_INCOMPATIBLE_VERSION, "the attribute driver is of another revision" }
 };
@@ -80,7 +80,7 @@ STATIC CONST StatusWords  mRefusals[] = {
   { EFI_NOT_READY,         SHELL_NOT_READY,         "the attribute service does not answer"        },
   { EFI_NOT_FOUND,         SHELL_NOT_READY,         "there is no attribute service"                },
   { EFI_ABORTED,           SHELL_DEVICE_ERROR,      "the service did not handle the request"       },
-  { EFI_DEVICE_ERROR,      SHELL_DEVICE_ERROR,      "the service's answer makes no sense"          }
+  { EFI_DEVICE_ERROR,      SHELL_DEVICE_ERROR,      "the service's answer is malformed"            }
 };
 
 STATIC

@@ -86,8 +86,8 @@ typedef struct {
   DispatchDescriptor    Descriptor;
   UINT8                 Unused[24];      ///< not written
   ///
-  /// Bytes of the payload, which follows. Of a directory or table answer see below; at most REQUEST_PAYLOAD_CAPACITY in
-  /// a request.
+  /// Bytes of the payload, which follows; in a request at most REQUEST_PAYLOAD_CAPACITY. Answers with a directory or a
+  /// table are described below.
   ///
   UINT32                PayloadLength;
 } CORVANE_PACKED RequestBlock;

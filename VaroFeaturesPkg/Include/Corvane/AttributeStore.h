@@ -2,8 +2,8 @@
   AttributeStore: all attribute records and strings of the boot, published as member 2 of PublishedTablesInterface.
 
   The store is one flat array of pointer slots followed by four counters. A record or string is found at the base of its
-  array plus its handle; an empty slot is NULL. Handles 0 to 15 are no string handles, and the sixteen slots that the
-  names therefore leave free are used by the attribute handles 256 to 271.
+  array plus its handle; an empty slot is NULL. String handles begin at 16, so the attribute handles 256 to
+  271 use the first sixteen slots of the names.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

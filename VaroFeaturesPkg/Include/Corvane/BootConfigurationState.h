@@ -1,5 +1,5 @@
 /** @file
-  BootConfigurationState: the boot options behind the attribute "System boot configuration", member 3 of
+  BootConfigurationState: the boot options of the attribute "System boot configuration", member 3 of
   PublishedTablesInterface. The block is always there; it is all zero in a boot without a usable boot option source.
 
   Copyright (c) 2026, Corvane contributors
@@ -16,8 +16,8 @@
 #define BOOT_OPTION_NOT_IN_ORDER   255
 
 ///
-/// View of one boot option. Pointers lead into the block that the boot option source handed out; Description is not
-/// aligned for CHAR16 when the block does not align it.
+/// View of one boot option. Pointers lead into the block of the boot option source. That block may leave Description
+/// unaligned.
 ///
 typedef struct {
   UINT32                            Attributes;            ///< of the UEFI load option; LOAD_OPTION_ACTIVE is bit 0

@@ -47,13 +47,13 @@ typedef struct {
 #define OWN_BOOT_CONFIGURATION       { "System boot configuration", "System boot configuration", 0 }
 
 //
-// The only one with a help text.
+// The only own attribute with a help text.
 //
 #define OWN_CHARGE_POWER_LIMIT_TOKEN  12054
 #define OWN_CHARGE_POWER_LIMIT_HELP  "A flag to configure charging performance limitation for EU products."
 
 //
-// Attributes that are added after those of the setup, in the order of their creation.
+// Attributes that follow those of the setup, in the order of creation.
 //
 #define OWN_ADDED_ATTRIBUTES \
   OWN_COMMON_SYSTEM_ID, OWN_OVERRIDE_BATTERY_CHARGE, OWN_SERVICE_RESET, OWN_GENERATION, OWN_VENDOR, \

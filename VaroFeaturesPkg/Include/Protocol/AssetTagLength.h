@@ -1,7 +1,7 @@
 /** @file
   AssetTagLengthProtocol: bounds of the asset tag and the platform's strings. Provided by the platform.
 
-  When it is missing, a boot with a valid cache publishes nothing, and the strings behind Token 9752 and 1559 keep their
+  When it is missing, a boot with a valid cache publishes nothing, and the strings with Token 9752 and 1559 keep their
   cached text in a boot from the cache.
 
   Copyright (c) 2026, Corvane contributors
@@ -16,8 +16,8 @@
 #define VARO_ASSET_TAG_LENGTH_PROTOCOL_GUID \
   { 0xFBFD295D, 0xECDF, 0x4914, { 0x9A, 0x3E, 0xE4, 0xDD, 0x71, 0x89, 0xA3, 0x47 } }
 
-#define PLATFORM_STRING_ASSET_TAG    0   ///< behind Token 9752
-#define PLATFORM_STRING_SECOND       1   ///< behind Token 1559
+#define PLATFORM_STRING_ASSET_TAG    0   ///< of Token 9752
+#define PLATFORM_STRING_SECOND       1   ///< of Token 1559
 
 /**
   Gives the bounds of the asset tag.
@@ -28,7 +28,7 @@
   @param[out]  Maximum   Most characters; 10 before the driver calls.
 
   @retval EFI_SUCCESS  The bounds are valid.
-  @retval others       They are not; when a valid cache is there, nothing is published in this boot.
+  @retval others       The bounds could not be read. With a valid cache, nothing is published in this boot.
 **/
 typedef
 EFI_STATUS

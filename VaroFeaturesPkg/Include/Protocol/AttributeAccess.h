@@ -7,9 +7,9 @@
   by the next read. All operations share one RequestBuffer: call them one at a time, at TPL_CALLBACK or below, before
   ExitBootServices.
 
-  An image whose entry point ended with an error is unloaded by the firmware although its protocol stays installed: its
-  operations then lead nowhere. Look for EFI_LOADED_IMAGE_PROTOCOL on the handle that carries this protocol, and call
-  only when it is there.
+  The firmware unloads an image whose entry point returned an error, but its protocol stays installed. Its operations
+  are then unmapped code. Look for EFI_LOADED_IMAGE_PROTOCOL on the handle that carries this protocol, and call only if
+  the handle has both.
 
   An operation that needs a missing table first fetches all tables that the service lists. It returns EFI_NOT_READY if
   the service does not answer, or the error of locating RequestDispatchProtocol. A table that the service does not list
@@ -74,7 +74,7 @@ typedef struct _AttributeAccessProtocol AttributeAccessProtocol;
   @retval EFI_BUFFER_TOO_SMALL   Size is less than the text's length; Size holds the bytes needed.
   @retval EFI_NOT_FOUND          There is no such handle.
   @retval EFI_INVALID_PARAMETER  This or Size is NULL, or Buffer is NULL where the text would fit.
-  @retval others                 The string table could not be had.
+  @retval others                 The string table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -96,7 +96,7 @@ EFI_STATUS
   @retval EFI_INVALID_PARAMETER  No attribute has this name (this status, not EFI_NOT_FOUND), or This or Handle is NULL.
   @retval EFI_UNSUPPORTED        An attribute of unknown type stands before the one sought.
   @retval EFI_OUT_OF_RESOURCES   There is no memory for the search.
-  @retval others                 The attribute table could not be had.
+  @retval others                 The attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -121,7 +121,7 @@ EFI_STATUS
   @retval EFI_BUFFER_TOO_SMALL   Size is less than the text's length; Size holds the bytes needed.
   @retval EFI_NOT_FOUND          There is no such handle.
   @retval EFI_INVALID_PARAMETER  This or Size is NULL, or Buffer is NULL where the text would fit.
-  @retval others                 The text table could not be had.
+  @retval others                 The text table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -144,10 +144,10 @@ EFI_STATUS
   @retval EFI_SUCCESS            Handles holds all handles and a 0. Without any attribute it is the 0 alone, whatever
                                  Size says.
   @retval EFI_BUFFER_TOO_SMALL   Size is less than that of the handles; Size holds the bytes needed.
-  @retval EFI_UNSUPPORTED        The table holds an attribute of unknown type; what fits of the handles before it has
-                                 been written.
+  @retval EFI_UNSUPPORTED        The table holds an attribute of unknown type; the handles before it have been
+                                 written as far as they fit.
   @retval EFI_INVALID_PARAMETER  This or Size is NULL, or Handles is NULL where the handles would fit.
-  @retval others                 The attribute table could not be had.
+  @retval others                 The attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -169,10 +169,10 @@ EFI_STATUS
   @retval EFI_SUCCESS            The record is filled. Also when there is no attribute of this handle: the record is
                                  then as it was, so set Type to something no attribute has before asking.
   @retval EFI_BUFFER_TOO_SMALL   Size is too small; Size holds the bytes needed.
-  @retval EFI_ABORTED            The service did not give the value, or one that does not fit.
+  @retval EFI_ABORTED            The service gave no value, or one that does not fit.
   @retval EFI_UNSUPPORTED        An attribute of unknown type stands before the one sought.
   @retval EFI_INVALID_PARAMETER  An argument is NULL.
-  @retval others                 The attribute table could not be had.
+  @retval others                 The attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -201,7 +201,7 @@ EFI_STATUS
                                  long as GetAttributeInfo asks for.
   @retval EFI_ABORTED            The attribute is of another type (nothing is sent), or the service did not answer.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.
-  @retval others                 The attribute table could not be had.
+  @retval others                 The attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -243,14 +243,14 @@ EFI_STATUS
                           bytes needed with EFI_BUFFER_TOO_SMALL, so ask with Size 0 first.
 
   @retval EFI_SUCCESS            Buffer holds the value.
-  @retval EFI_BUFFER_TOO_SMALL   Size is too small (Size holds the bytes needed), or the service says so.
+  @retval EFI_BUFFER_TOO_SMALL   Size is too small (Size holds the bytes needed), or the service returned this status.
   @retval EFI_UNSUPPORTED        The service does not know the attribute.
   @retval EFI_ACCESS_DENIED      The service does not give the value.
   @retval EFI_INVALID_PARAMETER  This, Name or Size is NULL, Buffer is NULL where the value would fit, the name does not
-                                 fit the request, or the service says so.
-  @retval EFI_ABORTED            The service did not handle the request, or its answer makes no sense.
+                                 fit the request, or the service returned this status.
+  @retval EFI_ABORTED            The service did not handle the request, or its answer is malformed.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.
-  @retval others                 The request was not delivered, or the attribute table could not be had.
+  @retval others                 The request was not delivered, or the attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS
@@ -274,10 +274,10 @@ EFI_STATUS
   @retval EFI_UNSUPPORTED        The service does not know the attribute.
   @retval EFI_INVALID_PARAMETER  The service refuses the value, name and value do not fit the request, or an argument
                                  that is not optional is NULL.
-  @retval EFI_BUFFER_TOO_SMALL   The service says so.
-  @retval EFI_ABORTED            The service answered something else.
+  @retval EFI_BUFFER_TOO_SMALL   The service returned this status.
+  @retval EFI_ABORTED            The service returned another status.
   @retval EFI_OUT_OF_RESOURCES   There is no RequestBuffer.
-  @retval others                 The attribute table could not be had.
+  @retval others                 The attribute table could not be fetched.
 **/
 typedef
 EFI_STATUS

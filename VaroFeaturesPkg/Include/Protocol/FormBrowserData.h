@@ -18,7 +18,7 @@
 
 ///
 /// Kind of form sets that the driver asks for: all that belong to the setup. Form sets that carry one of these two
-/// GUIDs as their own hold no settings of the user and are not walked.
+/// GUIDs as their own hold no settings of the user, and the driver skips them.
 ///
 #define VARO_SETUP_FORM_SETS_GUID \
   { 0x06C430EC, 0x8DDE, 0x4C68, { 0xAE, 0xAF, 0xA1, 0x0A, 0x47, 0xCA, 0x89, 0x2A } }

@@ -23,7 +23,7 @@
   @param[in]   ...     UINT32 mode numbers, then MODE_QUERY_END, then 0. The driver lists the modes 1 to 14.
 
   @retval EFI_SUCCESS  Result is valid.
-  @retval others       The modes could not be told.
+  @retval others       The modes could not be read.
 **/
 typedef
 EFI_STATUS

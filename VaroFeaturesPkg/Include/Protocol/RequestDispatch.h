@@ -1,7 +1,7 @@
 /** @file
   RequestDispatchProtocol: takes requests to the platform's attribute service. Provided by the platform.
 
-  When it is missing, the operations of AttributeAccessProtocol that need the service give the error of looking it up.
+  Without it, the operations of AttributeAccessProtocol that need the service return the error of locating it.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

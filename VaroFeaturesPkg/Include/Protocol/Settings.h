@@ -2,8 +2,8 @@
   SettingsProtocol: reads and writes the platform's numbered settings. Provided by the platform.
 
   The driver requires it. It reads the settings of its platform attributes, and after a restore from the cache the
-  current value of every enumeration and integer by its Token; a Token that stands for a setup question is therefore
-  answered with the question's current value.
+  current value of every enumeration and integer by its Token. The Token of a setup question therefore has to give the
+  question's current value.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -18,7 +18,7 @@
   { 0x71DB7B7E, 0x4165, 0x48FA, { 0xAC, 0x9D, 0xF9, 0xAF, 0x4C, 0xEF, 0xC5, 0x34 } }
 
 ///
-/// The one name space of settings that the driver asks in.
+/// The namespace of all settings that the driver reads.
 ///
 #define VARO_SETTINGS_NAMESPACE_GUID \
   { 0x417ACEE0, 0x6FA9, 0x4A82, { 0x99, 0xD7, 0xF9, 0xB1, 0xDD, 0x27, 0x1E, 0x48 } }

@@ -25,7 +25,7 @@ typedef struct _TableTransportProtocol TableTransportProtocol;
   @param[in]  Size    Bytes of the whole record, header included.
 
   @retval EFI_SUCCESS  The record is taken.
-  @retval others       It is not; the driver goes on with the next one.
+  @retval others       The record is not taken. The driver sends the next one.
 **/
 typedef
 EFI_STATUS

@@ -1,5 +1,5 @@
 # @file
-# A help table that no single answer of the attribute service holds.
+# A help table that is too long for one answer of the attribute service.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent

@@ -1,5 +1,5 @@
 # @file
-# An attribute service that is not there, or does not do what it should.
+# An attribute service that is missing or misbehaves.
 #
 # Copyright (c) 2026, Corvane contributors
 # SPDX-License-Identifier: BSD-2-Clause-Patent
