@@ -86,7 +86,7 @@ void MeasureCodec(BenchUefi& uefi, const std::string& store) {
     PrintValue("size " + of, stream.size());
     PrintValue("reference-size " + of, reference.size());
 
-    // Both decoders on both streams: neither encoder flatters its own.
+    // Both decoders read both streams, in case an encoder suits its own decoder.
     for (const auto& [from, block] : {std::pair("", &stream), std::pair("-reference-stream", &reference)}) {
       Bytes output(source.size());
       Bytes scratch(16384);
@@ -120,7 +120,7 @@ Occurrences OccurrencesOf(const AttributeDatabase& database) {
       }
     }
   }
-  // Names and texts that only a store of another make leads to.
+  // All names and texts, in case no record has them.
   for (UINT16 handle = kFirstHandle; handle < database.StringLimit(StringArray::Names); ++handle) {
     found.Names.push_back(database.GetNameString(StringHandle{handle}));
   }
@@ -176,7 +176,7 @@ void MeasureTables(AttributeDatabase& database, const std::string& store) {
   PrintValue("table-bytes " + store, bytes);
 }
 
-/// What a boot with a valid cache does of its own.
+/// The driver's own work in a boot with a valid cache.
 void MeasureWarm(const std::string& store) {
   AttributeDatabase database;
   std::array<TableDescriptor, TABLE_DESCRIPTOR_COUNT> descriptors{};

@@ -1,6 +1,6 @@
 /** @file
-  BenchUefi: as much of a UEFI as the database needs, with next to no cost of its own; and the marks of a stretch whose
-  instructions are counted.
+  BenchUefi: the services that the database needs, at almost no cost; and the marks of a stretch whose instructions are
+  counted.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,7 +15,7 @@
 
 using Bytes = std::vector<std::byte>;
 
-/// Pool that is never used again, so that it costs next to nothing; variables in memory, a firmware version.
+/// Pool that is never reused, so that it costs almost nothing; variables in memory; a firmware version.
 class BenchUefi {
  public:
   BenchUefi();
@@ -35,7 +35,7 @@ class BenchUefi {
   EFI_RUNTIME_SERVICES runtimeServices_{};
 };
 
-/// Instructions do not count while one of these lives: for services that are no part of the driver.
+/// Instructions do not count while one of these lives. For services that are not part of the driver.
 class CountPause {
  public:
   CountPause();

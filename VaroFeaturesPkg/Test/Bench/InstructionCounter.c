@@ -2,9 +2,9 @@
   InstructionCounter: a QEMU plugin that counts the instructions of a guest.
 
   A program that runs in user mode marks a stretch by two system calls of a number that no kernel knows, with the same
-  label; the plugin prints a line "count LABEL INSTRUCTIONS" for it. What runs between two calls with the label of a pause
-  does not count. Of a machine, it prints at the end how many
-  instructions ran on each page of 4 KiB: "page ADDRESS INSTRUCTIONS".
+  label; the plugin prints a line "count LABEL INSTRUCTIONS" for it. Instructions between two calls with the label of a
+  pause do not count. For a machine, the plugin prints at the end how many instructions ran on each page of 4 KiB: "page
+  ADDRESS INSTRUCTIONS".
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -18,7 +18,7 @@
 
 #include "InstructionCounter.h"
 
-// QEMU's plugin interface, version 1, as far as it is used: the distribution ships the program without its header.
+// The part of QEMU's plugin interface, version 1, that is used here. The distribution has no header for it.
 typedef uint64_t qemu_plugin_id_t;
 struct qemu_plugin_tb;
 struct qemu_plugin_insn;
@@ -55,7 +55,7 @@ static bool gRunning[BENCH_LABELS];
 
 #define PAGE_SHIFT 12
 #define PAGES (1u << (32 - PAGE_SHIFT))
-static uint64_t* gPages;  // of the first 4 GiB; a guest with more is not one of ours
+static uint64_t* gPages;  // of the first 4 GiB; no guest here has more
 static FILE* gOutput;
 
 static void OnSyscall(qemu_plugin_id_t id, unsigned vcpu, int64_t number, uint64_t label, uint64_t a2, uint64_t a3,

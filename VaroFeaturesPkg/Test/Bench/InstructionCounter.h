@@ -13,7 +13,7 @@
 /// With this label the first call of a pair pauses all counts, and the second one resumes them.
 #define BENCH_PAUSE 0
 
-/// Labels are below.
+/// Upper limit of labels, exclusive.
 #define BENCH_LABELS 4096
 
 #endif

@@ -11,7 +11,7 @@
 
 extern "C" {
 #include <Library/UefiDecompressLib.h>
-// Declared in BaseTools' headers, whose base types cannot stand beside MdePkg's.
+// Declared in BaseTools' headers, whose base types conflict with MdePkg's.
 RETURN_STATUS EfiCompress(UINT8* source, UINT32 sourceSize, UINT8* destination, UINT32* destinationSize);
 }
 

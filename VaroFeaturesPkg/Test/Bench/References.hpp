@@ -1,6 +1,6 @@
 /** @file
-  What the driver's routines are measured against: EDK II's own encoder and decoder, and the plain search of a text
-  among all texts.
+  References for the driver's routines: EDK II's own encoder and decoder, and a plain search of a text among all
+  texts.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,11 +15,11 @@ size_t ReferenceCompress(const Bytes& source, Bytes& stream);
 /// False when EDK II's decoder refuses the stream.
 bool ReferenceDecompress(const Bytes& stream, Bytes& output, Bytes& scratch);
 
-/// Texts with handles from 16 on, each looked for from the first one.
+/// Texts with handles from 16 on. Each search begins at the first one.
 class LinearStrings {
  public:
   ~LinearStrings();
-  /// The handle of the cleaned text, which is kept unless it is there.
+  /// Returns the handle of the cleaned text. Stores a new text.
   UINT16 Intern(const CHAR16* text);
 
  private:

@@ -34,7 +34,7 @@ std::vector<Text> WordsOf(const AttributeDatabase& model, StringArray array) {
   return words;
 }
 
-/// Words of an invented language, the first ones the most frequent. `letters` are the vowels and consonants in turn.
+/// Words of an invented language, the most frequent first. `letters` are vowels and consonants in turn.
 std::vector<Text> InventedWords(std::u16string_view letters, size_t count, UINT32 seed) {
   std::mt19937 random{seed};
   std::vector<Text> words;
@@ -79,7 +79,7 @@ class Writer {
     return name;
   }
 
-  /// Interns texts until one is new, so that as many come together as are asked for.
+  /// Interns texts until one is new, so that the wanted number is reached.
   template <typename Make, typename Intern>
   StringHandle New(Make make, Intern intern) {
     for (;;) {
@@ -90,7 +90,7 @@ class Writer {
   }
 
  private:
-  /// Runs of neighbouring words, as a language repeats its phrases; invented words one by one, rare ones rarely.
+  /// Runs of neighbouring words, because a language repeats its phrases. Invented words are chosen by frequency.
   Text Sentence(const std::vector<Text>& words, size_t length, size_t longestRun) {
     Text sentence;
     for (; invented_ && length > 0; --length) {

@@ -1,5 +1,5 @@
 /** @file
-  Values of the PCDs that EDK II's libraries ask for; in a firmware build AutoGen.h gives them.
+  Values of the PCDs that EDK II's libraries read. In a firmware build, AutoGen.h has them.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

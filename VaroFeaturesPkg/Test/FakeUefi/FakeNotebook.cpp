@@ -27,7 +27,7 @@ void Append(Bytes& bytes, const T& value) {
   bytes.insert(bytes.end(), first, first + sizeof(value));
 }
 
-/// Gives an answer into a caller's buffer as the two-call pattern has it.
+/// Copies an answer into a caller's buffer by the two-call pattern.
 EFI_STATUS Give(const void* answer, size_t length, UINT64* size, void* buffer) {
   const UINT64 room = std::exchange(*size, length);
   if (room < length) {
@@ -231,7 +231,7 @@ EFI_STATUS FakeNotebook::QueryModes(UINT32* result, ...) {
   return status;
 }
 
-/// A protocol's routine: it fails as the test has it, and else does what `routine` does.
+/// A protocol's routine. It fails if the test says so, and otherwise runs `routine`.
 template <EFI_GUID* Guid, typename Routine>
 auto FakeNotebook::Answering(Routine routine) {
   return []<typename... Arguments>(EFI_STATUS (*)(Arguments...)) {

@@ -1,6 +1,6 @@
 /** @file
-  FakeNotebook: the platform side of a notebook on a FakeUefi; a test says what differs from an ordinary one and boots
-it.
+  FakeNotebook: the platform side of a notebook on a FakeUefi. A test changes what differs from an ordinary one, and
+  boots it.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -32,8 +32,8 @@ extern "C" {
 #include <Protocol/TablesRequested.h>
 }
 
-/// One setup question. What is not said: eligible, with IFR, no help, its value 0 of one byte, and the text "en-US" as
-/// it is in "x-UEFI".
+/// One setup question. By default it is eligible, has IFR, no help, a value of 0 in one byte, and the same text in
+/// "en-US" as in "x-UEFI".
 class FakeQuestion : public QuestionRecord {
  public:
   FakeQuestion(UINT8 opcode, UINT32 identifier, std::u16string keyword, std::u16string prompt);
@@ -121,9 +121,9 @@ class FakeNotebook {
   // What the notebook is like.
 
   std::set<EFI_GUID, GuidLess> Absent;               ///< protocols that are not installed
-  std::map<EFI_GUID, EFI_STATUS, GuidLess> Failing;  ///< what every call of a protocol answers
+  std::map<EFI_GUID, EFI_STATUS, GuidLess> Failing;  ///< status of every call of a protocol
   std::optional<std::string> PlatformLanguage = "en-US";
-  std::map<UINT32, FakeSetting> Settings;  ///< a question's identifier reads the question otherwise
+  std::map<UINT32, FakeSetting> Settings;  ///< other numbers read the question with this identifier
   std::map<UINT32, UINT64> Defaults;
   std::list<FakeFormSet> FormSets;
   bool FactoryMode = false;
@@ -132,7 +132,7 @@ class FakeNotebook {
   std::array<std::optional<std::string>, 2> PlatformStrings;
   std::optional<std::string> Version = "1.2.3";
   std::vector<const CHAR8*> Cameras;
-  std::optional<UINT8> CameraCount;  ///< announced, when it is not the number of Cameras
+  std::optional<UINT8> CameraCount;  ///< announced count, if not the number of Cameras
   std::vector<FakeBootOption> BootOptions;
   size_t BootBlockCut = 0;  ///< bytes missing at the end of their block
 
@@ -151,7 +151,7 @@ class FakeNotebook {
   EFI_STATUS Boot();
   void Reboot();
 
-  // What it left.
+  // Results of the boot.
 
   std::vector<Bytes> Records;  ///< as sent, header included
   std::vector<UINT32> ModesAsked;

@@ -13,7 +13,7 @@ void FakeUefi::Signal(Event& event) {
   }
 }
 
-/// Runs what is above the current TPL: the highest first, equal ones in the order of their signals.
+/// Runs notifications above the current TPL: the highest first, equal ones in the order of their signals.
 void FakeUefi::DispatchNotifications() {
   while (!signalled_.empty()) {
     const auto next = std::max_element(signalled_.begin(), signalled_.end(),
@@ -124,7 +124,7 @@ std::vector<EFI_HANDLE> FakeUefi::HandlesOf(const EFI_GUID& guid) {
 
 namespace {
 
-/// Calls `each` with the pairs of a list that a null ends, up to its first error.
+/// Calls `each` with each pair of a null-terminated list, up to the first error.
 EFI_STATUS ForEachPair(VA_LIST list, auto each) {
   EFI_STATUS status = EFI_SUCCESS;
   while (!EFI_ERROR(status)) {
@@ -197,7 +197,7 @@ void FakeUefi::FillProtocolServices() {
   bootServices_.LocateHandle = [](EFI_LOCATE_SEARCH_TYPE type, EFI_GUID* guid, VOID*, UINTN* size,
                                   EFI_HANDLE* buffer) -> EFI_STATUS {
     if (type != ByProtocol) {
-      return EFI_UNSUPPORTED;  // as far as this fake goes
+      return EFI_UNSUPPORTED;  // not needed by any test
     }
     const EFI_STATUS status = Current().Enter(Service::ProtocolLookup);
     if (EFI_ERROR(status)) {

@@ -1,5 +1,5 @@
 /** @file
-  FakeUefi: a UEFI for the host, with the behaviour that a driver can tell apart from a real one.
+  FakeUefi: a UEFI for the host. A driver cannot tell its behaviour from that of a real one.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -26,7 +26,7 @@ extern "C" {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// UCS-2 text with a terminator behind it.
+/// UCS-2 text with a terminator.
 using Ucs2String = std::basic_string<CHAR16>;
 inline Ucs2String Ucs2(std::u16string_view text) {
   return {text.begin(), text.end()};
@@ -55,16 +55,16 @@ class FakeUefi {
 
   [[nodiscard]] static FakeUefi& Current();
 
-  /// Tells of a misuse: fails the running test, or aborts when there is none.
+  /// Reports a misuse: fails the running test, or aborts if there is none.
   static void Misuse(const std::string& what);
 
-  /// Everything goes but the non-volatile variables.
+  /// Keeps only the non-volatile variables.
   void Reboot();
 
   // Faults.
 
   enum class Later { Succeed, Fail };
-  /// Makes the nth call from now of a kind, counted from 1, give `status`; with Later::Fail all after it, too.
+  /// Makes the nth call of a kind from now on, counted from 1, return `status`; with Later::Fail all later ones too.
   void Fail(Service service, size_t nth, EFI_STATUS status, Later later = Later::Succeed);
   [[nodiscard]] size_t Calls(Service service) const;
   /// Makes these calls fail as their services usually do, counted from now over all kinds.
@@ -93,7 +93,7 @@ class FakeUefi {
     }
     return nullptr;
   }
-  /// What LocateProtocol answers for a protocol instead of EFI_SUCCESS; a warning comes with the interface.
+  /// Status of LocateProtocol for a protocol instead of EFI_SUCCESS. A warning comes with the interface.
   std::map<EFI_GUID, EFI_STATUS, GuidLess> LookupStatus;
   [[nodiscard]] EFI_TPL Tpl() const { return tpl_; }
   EFI_LOADED_IMAGE_PROTOCOL LoadedImage{};  ///< of the driver, on gImageHandle
@@ -123,7 +123,7 @@ class FakeUefi {
   [[nodiscard]] EFI_HII_HANDLE AddPackageList();
   /// One text in several languages. An identifier exists in those languages only.
   EFI_STRING_ID AddString(EFI_HII_HANDLE package, const std::map<std::string, std::u16string>& texts);
-  EFI_HII_DATABASE_PROTOCOL HiiDatabase{};  ///< only there to be found
+  EFI_HII_DATABASE_PROTOCOL HiiDatabase{};  ///< located, never called
   EFI_HII_STRING_PROTOCOL HiiString{};
 
   // What a driver reports.

@@ -8,7 +8,7 @@
 
 extern "C" {
 #include <Library/UefiDecompressLib.h>
-// Declared in BaseTools' headers, whose base types cannot stand beside MdePkg's.
+// Declared in BaseTools' headers, whose base types conflict with MdePkg's.
 RETURN_STATUS EfiCompress(UINT8* source, UINT32 sourceSize, UINT8* destination, UINT32* destinationSize);
 }
 
@@ -27,7 +27,7 @@ Bytes ReferenceDecompress(const Bytes& source) {
   if (RETURN_ERROR(UefiDecompressGetInfo(source.data(), static_cast<UINT32>(source.size()), &size, &scratchSize))) {
     return {};
   }
-  Bytes output(size + size_t{1});  // EDK II asserts that there is a destination, for no bytes too
+  Bytes output(size + size_t{1});  // EDK II asserts a destination, even for no bytes
   Bytes scratch(scratchSize);
   const bool refused = RETURN_ERROR(UefiDecompress(source.data(), output.data(), scratch.data()));
   output.resize(refused ? 0 : size);

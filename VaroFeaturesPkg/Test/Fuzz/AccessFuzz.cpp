@@ -1,10 +1,10 @@
 /** @file
-  Fuzz target of the attribute access protocol: whatever the service answers, no operation writes behind what its caller
-  gave room for, the request buffer is left zeroed, no password stays in memory that was given back, and nothing leaks.
+  Fuzz target of the attribute access protocol: whatever the service answers, no operation writes past its caller's
+  buffer, the request buffer is zeroed afterwards, no password stays in freed memory, and nothing leaks.
 
   Input: the service's five tables, a block each with a byte in front that says how often it is repeated; then
   operations, each a byte, with what they are called with. An answer of the service takes a byte of the same bytes: 0 is
-  an honest one, any other says what is wrong with it.
+  a correct one, any other value selects a fault.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -21,20 +21,20 @@ extern "C" {
 namespace {
 
 constexpr std::string_view kSecret = "gL7#wQz!04-Kp:Vx";
-constexpr size_t kSecretPart = 6;  // as much of it as tells
+constexpr size_t kSecretPart = 6;  // characters that identify the secret
 
 /// The machine and the service of one run.
 struct Machine {
   FuzzInput Input;
   std::array<Bytes, kServiceTables> Tables;
   std::array<const std::byte*, kServiceTables> Seen{};
-  std::set<const void*> Replaced;  // blocks that a later fetch took the place of, by rule without freeing them
+  std::set<const void*> Replaced;  // blocks that a later fetch replaced; they stay allocated
   EFI_FREE_POOL FreePool = nullptr;
 };
 Machine* machine = nullptr;
 
-/// Compares byte by byte: the library's search would tell the fuzzer what is sought, and the fuzzer would have the
-/// service say it.
+/// Compares byte by byte. The library's search would show the secret to the fuzzer, and the fuzzer would put it into an
+/// answer.
 bool HoldsSecret(const void* block, size_t size) {
   const auto* const bytes = static_cast<const char*>(block);
   size_t matched = 0;
@@ -114,7 +114,7 @@ EFI_STATUS EFIAPI Dispatch(DispatchDescriptor* descriptor) {
   return (wrong & 8) == 0 ? EFI_SUCCESS : (wrong & 16) != 0 ? EFI_WARN_STALE_DATA : EFI_DEVICE_ERROR;
 }
 
-/// Room as a caller would have it: of `size` bytes and those that the operation may write besides; or none.
+/// A caller's buffer of `size` bytes and those that the operation may write after them; or none.
 struct Room {
   Room(size_t size, size_t besides) : Size(static_cast<UINT32>(size)), Buffer(size + besides, 0x5A) {}
   UINT32 Size;

@@ -2,9 +2,9 @@
   Fuzz target of the cache: whatever its variables hold, each boot publishes sound tables, and damage heals within three
   boots.
 
-  Input: a byte of which bit i says that variable i stands there as it is, and is else compressed; a byte of which bit i
-says that variable i has hostile attributes, and those attributes; the four compressed variables and the counters, a
-block each; the setting that is read for each token, a byte; the asset tag.
+  Input: a byte whose bit i means that variable i is stored as it is, not compressed; a byte whose bit i means that
+  variable i has hostile attributes, and those attributes; the four compressed variables and the counters, a block each;
+  the setting that is read for each token, a byte; the asset tag.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent

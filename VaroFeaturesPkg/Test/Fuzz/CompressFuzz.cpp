@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
   const Bytes stream = DriverCompress(source);
   Require(DriverDecompress(stream) == std::pair(EFI_STATUS{EFI_SUCCESS}, source), "it does not come back");
   Require(source.empty() || ReferenceDecompress(stream) == source, "EDK II does not give it back");
-  // A block as large as the stream will do, one a byte shorter will not.
+  // A block of the size of the stream is enough, one byte less is not.
   auto room = static_cast<UINT32>(stream.size() - 1);
   Bytes block(room);
   Require(Compress(Span(source), Writable(block).data(), room) == EFI_BUFFER_TOO_SMALL && room == stream.size(),

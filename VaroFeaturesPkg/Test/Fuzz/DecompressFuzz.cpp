@@ -1,5 +1,5 @@
 /** @file
-  Fuzz target of the decoder: what it makes of any stream is what EDK II's makes of it.
+  Fuzz target of the decoder: for any stream, it gives the same result as EDK II's decoder.
 
   Input: the uncompressed size in two bytes, then the stream without its header.
 

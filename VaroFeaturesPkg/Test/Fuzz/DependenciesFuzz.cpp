@@ -1,7 +1,7 @@
 /** @file
-  Fuzz target of the dependencies: the list of any keywords and annotations is that of a plain evaluation.
+  Fuzz target of the dependencies: for any keywords and annotations, the list equals that of a plain evaluation.
 
-  Input: a keyword after the other, each a text; the identifiers count up.
+  Input: keywords, each a text. Their identifiers count up.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,7 +20,7 @@ namespace {
 constexpr size_t kLongestName = 50;
 constexpr size_t kMostKeywords = 257;
 
-/// The identifiers that the list is to hold, or nothing when the evaluation is abandoned.
+/// The expected identifiers of the list, or nothing if the evaluation is abandoned.
 std::optional<std::vector<UINT32>> Evaluate(const std::vector<std::u16string>& keywords) {
   std::vector<std::u16string> mentioned;
   std::vector<std::u16string> plain = keywords;  // cut at "[" where there is an annotation

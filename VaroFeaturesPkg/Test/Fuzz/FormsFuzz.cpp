@@ -3,7 +3,7 @@
   cold boot publishes sound tables and its dependency list names questions; and the boot from its cache publishes the
   same names, attributes and texts.
 
-  Input: a byte of switches, the call that fails, then form sets and questions as a byte each says.
+  Input: a byte of switches, the call that fails, then form sets and questions. A byte selects each kind.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,7 +20,7 @@ namespace {
 
 constexpr UINT8 kOpcodes[] = {EFI_IFR_ONE_OF_OP, EFI_IFR_CHECKBOX_OP, EFI_IFR_NUMERIC_OP, EFI_IFR_STRING_OP,
                               EFI_IFR_TEXT_OP};
-/// Those that the driver knows by their number.
+/// Identifiers that the driver treats specially.
 constexpr UINT32 kKnownQuestions[] = {9346, 1216, 9902, 1163, 1276, 50860, 1336, 1249, 1255, 1568,
                                       1656, 1414, 1137, 1052, 1809, 1812,  1810, 1813, 1142, 1143,
                                       9752, 1559, 1174, 1175, 3732, 38237, 1843, 1340, 1874, 1621};
@@ -73,7 +73,7 @@ void AddQuestion(std::uint8_t kind, FuzzInput& input, FakeNotebook& notebook) {
   }
   FakeFormSet& formSet = notebook.FormSets.empty() ? notebook.AddFormSet(u"Setup") : notebook.FormSets.back();
   formSet.Questions.push_back(question);
-  // The same once more and more, with other numbers: a setup that fills tables and store.
+  // Repeats the questions with other identifiers, so that the setup fills tables and store.
   for (UINT32 again = (kind & 0x10) != 0 ? input.Take() : 0U; again > 0; --again) {
     FakeQuestion& copy = formSet.Questions.emplace_back(question);
     copy.Rename(identifier + again, keyword + static_cast<char16_t>(u'0' + again), prompt);

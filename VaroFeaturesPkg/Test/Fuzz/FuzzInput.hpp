@@ -1,5 +1,5 @@
 /** @file
-  FuzzInput: the bytes of one run, taken apart; and what every target insists on.
+  FuzzInput: takes the bytes of one run apart; and the check that ends a run.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -12,7 +12,7 @@
 #include "FakeUefi/FakeUefi.hpp"
 #include "Host/TestBytes.hpp"
 
-/// Ends the run, telling `what`, unless `condition` holds.
+/// Ends the run with the message `what` unless `condition` holds.
 inline void Require(bool condition, const char* what) {
   if (!condition) {
     FakeUefi::Misuse(what);
@@ -20,7 +20,7 @@ inline void Require(bool condition, const char* what) {
   }
 }
 
-/// Behind the end of the bytes there are zeros and empty blocks.
+/// After the end of the bytes, every read gives zeros or an empty block.
 class FuzzInput {
  public:
   FuzzInput() = default;
@@ -77,7 +77,7 @@ class FuzzInput {
   std::span<const std::uint8_t> rest_;
 };
 
-/// A machine with little memory: what only a damaged length asks for is refused at once.
+/// A machine with little memory, so that a damaged length fails to allocate at once.
 inline void LimitPool() {
   static constexpr UINTN kLargest = 1 << 20;
   static EFI_ALLOCATE_POOL allocate = nullptr;

@@ -1,6 +1,6 @@
 /** @file
-  fuzz_seeds BOOT FOLDER: writes what the fuzz targets start from, out of the records and the variables that a boot of
-  the virtual notebook left in BOOT.
+  fuzz_seeds BOOT FOLDER: writes the seeds of the fuzz targets, made from the records and variables that a boot of the
+  virtual notebook left in BOOT.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -85,9 +85,9 @@ std::map<UINT16, std::string> ReadNames(const Bytes& table) {
   return names;
 }
 
-/// Form sets whose questions have the names, values and bounds of what an attribute table begins with.
+/// Form sets whose questions have the names, values and bounds of the first attributes of a table.
 Bytes FormsOf(const Bytes& table, std::map<UINT16, std::string>& names, UINT16 questions) {
-  constexpr UINT8 kOneOf = 0;  // their places in the target's list of question kinds
+  constexpr UINT8 kOneOf = 0;  // positions in the target's list of question kinds
   constexpr UINT8 kNumeric = 2;
   constexpr UINT8 kString = 3;
   Bytes forms = Join(UINT8{0}, UINT8{0}, UINT16{0}, U8(0xFF), UINT8{0}, Text("Setup"));

@@ -55,7 +55,7 @@ EFI_STATUS EFIAPI QueryPassword(PasswordStateQueryProtocol*, UINT32 question, UI
     static_cast<PasswordEntry*>(answer)->Owner = gVaroSystemPasswordsGuid;
   }
   if (question == PasswordQueryEntryCount) {
-    *static_cast<UINT32*>(answer) %= 1000;  // a platform with more of them is slow, and nothing else
+    *static_cast<UINT32*>(answer) %= 1000;  // more entries only take longer
   }
   return status;
 }

@@ -1,5 +1,5 @@
 /** @file
-  What has to hold of a booted driver's tables and records, whatever it was given.
+  Invariants of a booted driver's tables and records, for any input.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -20,7 +20,7 @@ extern "C" {
 
 namespace {
 
-/// Goes past one entry of a table; what is wrong with it fails the reader or the run.
+/// Reads one entry of a table. A wrong entry fails the reader or the run.
 void PassText(ByteReader& reader) {
   reader.Read<UINT16>();
   reader.Take(reader.Read<UINT16>());

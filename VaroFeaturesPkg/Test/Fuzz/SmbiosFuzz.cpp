@@ -20,7 +20,7 @@ namespace {
 
 constexpr size_t kLargestTable = 0xFFFF;
 
-/// Pages below 4 GiB, where an entry point's 32-bit address reaches, and one that cannot be read behind them.
+/// Pages below 4 GiB, where an entry point's 32-bit address reaches, followed by one that cannot be read.
 std::uint8_t* EndOfPages() {
   constexpr size_t kSize = 0x10000;
   constexpr size_t kGuard = 0x1000;

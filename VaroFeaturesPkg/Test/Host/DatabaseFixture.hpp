@@ -17,7 +17,7 @@
 #include "database/TableBuilder.hpp"
 #include "lifecycle/AttributeStream.hpp"
 
-/// Builds all tables, for what the sanitizers find in a doubtful database.
+/// Builds all tables of a doubtful database, so that the sanitizers check every access.
 inline void BuildTablesOf(AttributeDatabase& database) {
   std::array<TableDescriptor, TABLE_DESCRIPTOR_COUNT> descriptors{};
   TableWriter writer{descriptors.data()};

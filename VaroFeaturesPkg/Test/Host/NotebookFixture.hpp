@@ -25,11 +25,11 @@ using Texts = std::vector<std::string>;
 /// boot names order; set members.
 std::string Describe(const AttributeDatabase& database, const AttributeRecord& record);
 
-/// Gives a notebook something of every source: two form sets with every kind of question, colliding prompts, an
-/// annotation, a setting above a byte's range nowhere; passwords, a camera, boot options, platform strings.
+/// Gives a notebook something of every source: two form sets with every kind of question, colliding prompts and an
+/// annotation; passwords, a camera, boot options, platform strings. No value is above 255.
 void Furnish(FakeNotebook& notebook);
 
-/// What a boot published, as the inspector reads it off the records.
+/// What a boot published, as the inspector reads the records.
 struct Reading {
   std::set<std::string> Lines;  ///< one for each attribute, without its handle
   std::set<std::string> Texts;  ///< display and help texts
@@ -38,12 +38,12 @@ struct Reading {
 
 class NotebookFixture : public testing::Test {
  protected:
-  /// Boots up to the form sets being updated.
+  /// Boots until the form sets are updated.
   void Gather() {
     notebook.Start();
     notebook.SignalFormSetsUpdated();
   }
-  /// Boots anew, with what the test changed since.
+  /// Boots again, with the changes of the test.
   void GatherAnew() {
     notebook.Reboot();
     Gather();

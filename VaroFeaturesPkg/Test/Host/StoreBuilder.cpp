@@ -22,7 +22,7 @@ PoolPtr<CHAR16[]> CopyOf(std::u16string_view text) {
   return CopyOf(std::span(terminated.c_str(), text.size() + 1));
 }
 
-/// What a type's body holds before and behind the pointers to its arrays.
+/// The parts of a type's body before and after the pointers to its arrays.
 struct Body {
   Bytes Fixed{};
   Bytes Tail{};

@@ -36,7 +36,7 @@ struct RecordSpec {
   Bytes Order{};  ///< of a boot configuration's current sources
 };
 
-/// Adds or places the record. A type above 6 is a head alone.
+/// Adds or places the record. A record of a type above 6 is only a head.
 AttributeRecord* Put(AttributeDatabase& database, const RecordSpec& spec);
 
 StringHandle PutText(AttributeDatabase& database, StringArray array, std::u16string_view text);

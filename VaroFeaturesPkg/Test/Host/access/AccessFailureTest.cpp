@@ -19,12 +19,12 @@ struct Failure {
 constexpr Failure kFailures[] = {
     {Service::Allocation, EFI_OUT_OF_RESOURCES},   {Service::ProtocolLookup, EFI_NOT_FOUND},
     {Service::ProtocolLookup, EFI_DEVICE_ERROR},   {Service::PlatformCall, EFI_DEVICE_ERROR},
-    {Service::PlatformCall, EFI_WARN_STALE_DATA},  // answered by nobody
+    {Service::PlatformCall, EFI_WARN_STALE_DATA},  // nobody answered
     {Service::Registration, EFI_OUT_OF_RESOURCES},
 };
 constexpr size_t kReach = 6;  // how far apart the two calls of a pair are at most
 
-/// What a caller gets: the status, and all that it gave room for.
+/// What a caller gets: the status and the content of its buffers.
 using Outcome = std::pair<EFI_STATUS, Bytes>;
 
 class AccessFailureTest : public AccessFixture {
@@ -127,9 +127,9 @@ class AccessFailureTest : public AccessFixture {
        }},
   };
 
-  /// One operation with what `fail` sets up to fail: the caller gets what it would get otherwise, an error, or nothing;
-  /// nothing stays in the request buffer; and when nothing fails any more, all is as ever and nothing leaks.
-  /// With `unanswered` a call that nobody handles counts as delivered: what stood in the buffer is then the table.
+  /// Runs one operation with the faults that `fail` sets up. The caller gets the usual result, an error, or nothing.
+  /// Nothing stays in the request buffer. The next operation without faults works, and nothing leaks. With
+  /// `unanswered`, a call that nobody handles counts as delivered: the table is then the old content of the buffer.
   void Try(const Operation& operation, const Outcome& whole, bool unanswered, const std::function<void()>& fail) {
     Restart();
     const void* const record = mAccess.Interface;
@@ -150,7 +150,7 @@ class AccessFailureTest : public AccessFixture {
     if (mAccess.Interface != nullptr) {
       if (unanswered || operation.Name == std::string_view("GetTextStringA")) {
         const auto before = replaced;
-        Forget();  // a table that came in chunks is kept as far as it came
+        Forget();  // the first chunks of a table are kept
         replaced = before;
       }
       EXPECT_EQ(operation.Call(), whole);

@@ -76,8 +76,8 @@ class AccessFixture : public testing::Test {
   std::map<UINT16, UINT32> passwordProperties{{9, 0x2000}, {10, 0x2000}};
   std::map<UINT16, std::string> passwords;         ///< of class 9 and 10; its key is 0xC0DE0000 + class
   size_t chunkSize = kSize - kPayload;             ///< of chunked tables
-  std::function<EFI_STATUS(RequestBlock&)> after;  ///< may change the answer, and says the dispatch's status
-  std::set<const void*> replaced;  ///< blocks that a later fetch took the place of, which by rule are not freed
+  std::function<EFI_STATUS(RequestBlock&)> after;  ///< may change the answer; returns the status of the dispatch
+  std::set<const void*> replaced;                  ///< blocks that a later fetch replaced; they stay allocated
   void NoteReplaced();
 
  private:

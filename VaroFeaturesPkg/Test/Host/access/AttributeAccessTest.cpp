@@ -97,7 +97,7 @@ class SmbiosTest : public AccessFixture {
   }
   ~SmbiosTest() override { munmap(pages_, 2 * kPage); }
 
-  /// The calling interface in a table; what is allocated for it is gone again afterwards.
+  /// Reads the calling interface of a table, and checks that its memory is freed.
   struct Found {
     UINT16 IoAddress;
     UINT32 Capabilities;

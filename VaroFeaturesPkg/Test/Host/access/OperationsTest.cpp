@@ -30,7 +30,7 @@ class OperationsTest : public AccessFixture {
     return protocol->SetAttributeValue(protocol, reinterpret_cast<AttributeInfo*>(record.data()),
                                        static_cast<UINT32>(record.size()), password);
   }
-  /// What GetAttributeInfo makes of a record of `size` bytes for a handle; `size` becomes what it says.
+  /// Calls GetAttributeInfo with a record of `size` bytes for a handle. `size` becomes the returned one.
   EFI_STATUS Info(unsigned handle, UINT32& size, Bytes& record) {
     record = Join(U32(0xEEEEEEEE), U16(handle), U16(0xEEEE), Bytes(size > 8 ? size - 8 : 0, 0xEE));
     return protocol->GetAttributeInfo(protocol, reinterpret_cast<AttributeInfo*>(record.data()), &size);
@@ -38,7 +38,7 @@ class OperationsTest : public AccessFixture {
   EFI_STATUS Find(const char* name, UINT16& handle) { return protocol->FindAttributeHandle(protocol, name, &handle); }
 
   void TearDown() override {
-    EXPECT_EQ(Buffer(), Bytes(kSize));  // whatever came of the requests
+    EXPECT_EQ(Buffer(), Bytes(kSize));  // zeroed after every request
   }
 };
 
@@ -149,7 +149,7 @@ TEST_F(OperationsTest, TextTablesComeWholeOrInChunks) {
     EXPECT_EQ(Ucs2String(text), row.LastText ? Ucs2(u"ab") : Ucs2String());
     EXPECT_EQ(Sent(kClass, 4).size() - 3, row.Requests) << row.Content;
   }
-  // A chunk beyond what was announced is cut off at it; a failing one leaves what came before.
+  // A chunk beyond the announced length is cut. After a failing chunk, the earlier ones stay.
   Forget();
   chunkSize = 65440;
   after = [](RequestBlock& request) {
@@ -221,7 +221,7 @@ TEST_F(OperationsTest, NamesAreComparedUpToTheirBracket) {
     EXPECT_EQ(Find(row.Name, handle), row.Status) << (row.Name == nullptr ? "null" : row.Name);
     EXPECT_EQ(handle, row.Handle);
   }
-  // An unknown type ends the walk behind it; of two strings with one handle the first counts.
+  // An unknown type ends the walk after it. Of two strings with one handle, the first counts.
   tables[0].Content = Join(tables[0].Content, Entry(16, std::string_view("Other")), Entry(20, std::string_view("")));
   tables[1].Content =
       Join(Attribute(15, 1, 20, Join(U8(1), U16(0), U16(1), U16(0))), Attribute(16, 7, 16, {}), tables[1].Content);
@@ -285,7 +285,7 @@ TEST_F(OperationsTest, HandlesFitWhenTheyFitWithoutTheirEnd) {
   }
 }
 
-// An entry that runs past the block is none; nor is one that begins in its last three bytes.
+// An entry that runs past the block, or begins in its last three bytes, does not count.
 TEST_F(OperationsTest, ATableEndsWhereItsEntriesAreCut) {
   const Bytes whole = tables[1].Content;
   for (size_t length = 0; length <= whole.size(); ++length) {
@@ -401,7 +401,7 @@ TEST_F(OperationsTest, ChangesByHandle) {
                                                                          {5, EFI_ABORTED}}) {
       Forget();
       status = U8(answer);
-      EXPECT_EQ(Set(row.Record), row.Record[0] == 1 ? EFI_SUCCESS : expected);  // of a string none is read
+      EXPECT_EQ(Set(row.Record), row.Record[0] == 1 ? EFI_SUCCESS : expected);  // the status of a string is not read
     }
     EXPECT_EQ(SentBytes(kClass, 6, 92, 104), Join(length, "$ACIPLDM"));
     EXPECT_EQ(SentBytes(kClass, 6, 105, 116 + row.Sent.size()), Join(U8(0), U16(0), length, U16(1), U16(2), row.Sent));
@@ -411,7 +411,7 @@ TEST_F(OperationsTest, ChangesByHandle) {
     after = [](RequestBlock& request) { return request.Results[0] = request.Select == 6 ? 1 : 0, EFI_SUCCESS; };
     EXPECT_EQ(Set(row.Record), EFI_ABORTED);
     after = [](RequestBlock& request) { return request.Select == 6 ? EFI_DEVICE_ERROR : EFI_SUCCESS; };
-    EXPECT_EQ(Set(row.Record), EFI_SUCCESS);  // the delivery's own status does not count
+    EXPECT_EQ(Set(row.Record), EFI_SUCCESS);  // the status of the delivery does not count
     after = nullptr;
     // A record that is shorter than what would be sent.
     for (size_t cut = 1; cut <= row.Record.size() - 8; ++cut) {

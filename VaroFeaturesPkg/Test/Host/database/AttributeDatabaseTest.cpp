@@ -80,7 +80,7 @@ TEST_F(AttributeDatabaseTest, TextsOfHandlesThatAreNotLiveAreEmpty) {
     EXPECT_EQ(*database.GetHelpString(StringHandle{handle}), 0);
   }
   EXPECT_EQ(*database.GetHelpString(StringHandle{16}), 0);
-  // Help is live as far as the display texts are, however few helps there are.
+  // Help handles are live up to those of the display texts, even if few help texts exist.
   EXPECT_EQ(*database.GetHelpString(StringHandle{17}), 'h');
   EXPECT_EQ(Ucs2String(database.GetDisplayString(StringHandle{16})), Ucs2(u"starred"));
 }

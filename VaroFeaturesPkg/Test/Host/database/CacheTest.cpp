@@ -1,5 +1,5 @@
 /** @file
-  Tests of the attribute cache: a round trip, what invalidates it, and what is made of damaged variables.
+  Tests of the attribute cache: a round trip, what invalidates it, and the restore of damaged variables.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -58,7 +58,7 @@ class CacheTest : public testing::Test {
     return variable == nullptr ? Bytes() : variable->Data;
   }
   void Store(std::u16string_view name, const Bytes& data) { notebook.SetVariable(name, 3, data); }
-  /// Creates a variable as somebody else may, with any attributes.
+  /// Creates a variable with any attributes, as another driver may.
   void Plant(std::u16string_view name, UINT32 attributes, const Bytes& data) {
     notebook.Uefi.Variables[{Ucs2(name), gVaroAttributeVariableGuid}] = {attributes, data};
   }
@@ -349,7 +349,7 @@ TEST_F(CacheTest, RestoredRecordsKeepTheirOddities) {
   EXPECT_EQ(database.AttributeAt(14)->Handle, 14);
   EXPECT_EQ(database.AttributeAt(16)->Type, 2);
   EXPECT_EQ(notebook.Uefi.LivePoolBlocks(), blocks + 5 + 4 + 6);
-  // A block that announces more than there can be is not even allocated. A text without terminator gets one.
+  // A block that announces too many bytes is not allocated. A text without a terminator gets one.
   Store(kData, Join(U32(0), U32(0xFFFFFFFF)));
   Store(kCounters, Counters(3, 1, 2, 1));
   StoreCompressed(kNames, Join(U16(16), U16(3), Bytes{'a', 0, 'b'}));

@@ -1,5 +1,5 @@
 /** @file
-  The driver's encoder and decoder on whole blocks, and things to compress: the same on every run.
+  The driver's encoder and decoder on whole blocks, and data to compress, the same in every run.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -25,7 +25,7 @@ inline Bytes DriverCompress(const Bytes& source) {
   return stream;
 }
 
-/// The status and what the driver makes of a stream.
+/// The status and the content that the driver decodes.
 inline std::pair<EFI_STATUS, Bytes> DriverDecompress(const Bytes& stream) {
   UINT32 size = 0;
   UINT32 scratchSize = 0;
@@ -33,7 +33,7 @@ inline std::pair<EFI_STATUS, Bytes> DriverDecompress(const Bytes& stream) {
     return {EFI_INVALID_PARAMETER, {}};
   }
   Bytes output(size);
-  Bytes scratch(scratchSize, 0xA5);  // what it holds is no matter
+  Bytes scratch(scratchSize, 0xA5);  // any content
   const EFI_STATUS status = Decompress(Span(stream), Writable(output), Writable(scratch));
   return {status, output};
 }

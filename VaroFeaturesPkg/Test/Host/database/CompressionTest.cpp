@@ -1,6 +1,6 @@
 /** @file
-  Tests of encoder and decoder against each other and against EDK II's, whose decoder other firmware reads the cache
-with.
+  Tests of encoder and decoder against each other and against EDK II's, because other firmware reads the cache with EDK
+II's decoder.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -15,7 +15,7 @@ namespace {
 
 constexpr UINT32 kScratchSize = 13376;
 
-/// Bytes with counts like Fibonacci's numbers after others, so that code lengths are far apart.
+/// Random bytes, then bytes whose counts are Fibonacci numbers, so that code lengths are far apart.
 Bytes SteepSample() {
   std::mt19937 random{325};
   const auto steep = [&random] {
@@ -168,7 +168,7 @@ TEST_F(CompressionTest, DamagedStreamsMeanWhatTheyMeanToEdk2) {
       {HelpTextSample(900), 5000}, {RandomSample(900, 20), 5000}, {SteepSample(), 1500}};
   for (const auto& [source, rounds] : rows) {
     for (const Bytes& stream : {DriverCompress(source), ReferenceCompress(source)}) {
-      // Damage to the alphabets is more telling than damage to the codes.
+      // Damage to the alphabets finds more faults than damage to the codes.
       const size_t heads = std::min<size_t>(stream.size(), 90);
       for (int round = 0; round < rounds; ++round) {
         Bytes damaged = stream;
@@ -188,7 +188,7 @@ TEST_F(CompressionTest, DamagedStreamsMeanWhatTheyMeanToEdk2) {
       }
     }
   }
-  // The damage is neither too slight nor too coarse to tell anything.
+  // The rounds reach both outcomes often.
   EXPECT_GT(accepted, 1000U);
   EXPECT_GT(refused, 1000U);
 }

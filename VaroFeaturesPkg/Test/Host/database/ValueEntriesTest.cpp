@@ -1,5 +1,5 @@
 /** @file
-  Tests of ValueEntries: entries of every type, and which values are read anew after a restore.
+  Tests of ValueEntries: entries of every type, and which values are read again after a restore.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -26,7 +26,7 @@ class ValueEntriesTest : public testing::Test {
     ValueEntries values(notebook.Uefi.Find<SettingsProtocol>(gVaroSettingsProtocolGuid), restored);
     return values.AppendValueEntry(writer, TABLE_VALUES, *record);
   }
-  /// What the entry adds behind handle and type.
+  /// The bytes of the entry after handle and type.
   Bytes Entry(const RecordSpec& spec, bool restored) {
     const size_t before = descriptors[TABLE_VALUES].Used;
     EXPECT_EQ(Append(spec, restored), EFI_SUCCESS);

@@ -126,7 +126,7 @@ class CacheDamageTest : public NotebookFixture {
       return left.first.first == right.first.first && left.second == right.second;
     });
   }
-  /// The published tables but the values, which a boot from the cache reads again.
+  /// The published tables, except the values, which a boot from the cache reads again.
   [[nodiscard]] std::vector<Bytes> Tables() const {
     return {notebook.Payload(2), notebook.Payload(3), notebook.Payload(5), notebook.Payload(6)};
   }
@@ -192,7 +192,7 @@ TEST_F(CacheDamageTest, UnsealedCache_NoWrongNameAndHealedWithinThreeBoots) {
       ++boots;
       const size_t wrong = Misnamed();
       if (boot == 1) {
-        // A flip can decode to a well-formed list of the same length. Nothing tells it from a good one.
+        // A flip can decode to a well-formed list of the same length, which looks like a good one.
         undetected = damage.Flip && notebook.FormSetsParsed == 0 && notebook.Uefi.Variables.size() == variables;
         wellFormed += undetected && Tables() != coldTables_ ? 1 : 0;
         misnamed += wrong;

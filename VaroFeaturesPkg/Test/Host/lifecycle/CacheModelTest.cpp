@@ -15,7 +15,7 @@ enum Piece : size_t { kVersion, kData, kCounters, kNames, kDisplay, kHelp, kStat
 constexpr std::u16string_view kPieces[] = {u"BiosVersion", u"AttributesData", u"AttributesCount", u"PldmString",
                                            u"DispString",  u"HelpString",     u"AttCacheStatus"};
 
-// What a piece holds: what firmware version 'A' or 'B' wrote, nothing, or no use. The status holds its digit.
+// Content of a piece: written by firmware version 'A' or 'B', missing, or unusable. The status has its digit.
 constexpr char kNone = '-';
 constexpr char kFlipped = '^';
 constexpr char kCut = '/';
@@ -23,7 +23,7 @@ constexpr bool IsWhole(char content) {
   return content == 'A' || content == 'B';
 }
 
-/// One step: a change from outside, or a boot with what is different about it.
+/// One step: a change from outside, or a boot with one difference.
 struct Event {
   std::string Name;
   std::optional<Piece> Changed{};
@@ -69,13 +69,13 @@ std::vector<Event> Events() {
   return events;
 }
 
-/// The cache as it is meant to be.
+/// The intended behaviour of the cache.
 struct Model {
   std::string Pieces = "-------";
   char Running = 'A';
 
-  /// What the step shows: '+' or '-' for form sets parsed or not, and whose data, names, display texts and help texts
-  /// are published, if anything is.
+  /// Returns '+' if form sets are parsed, else '-', and for data, names, display texts and help texts the version that
+  /// is published, if anything is.
   std::string Step(const Event& event) {
     if (event.Changed) {
       Change(*event.Changed, event.Content);
@@ -188,7 +188,7 @@ class CacheModelTest : public NotebookFixture {
     if (event.Boot == Event::Update) {
       running_ = running_ == 'A' ? 'B' : 'A';
     }
-    // The versions say something else about the same question, and one has a question more.
+    // The versions differ in the same question, and one version has one more question.
     const std::u16string text(1, static_cast<char16_t>(running_));
     notebook.Version = "1." + std::string(1, running_);
     notebook.FormSets.clear();
@@ -238,7 +238,7 @@ class CacheModelTest : public NotebookFixture {
       if (content == kCut) {
         data.resize(data.size() / 2);
       } else {
-        data[3] ^= 0x80;  // in a size, a count, or behind the version
+        data[3] ^= 0x80;  // in a size, a count, or after the version
       }
       notebook.SetVariable(kPieces[piece], variable->Attributes, data);
     }
@@ -262,8 +262,8 @@ class CacheModelTest : public NotebookFixture {
     return pieces;
   }
 
-  /// Where the machine stands after some steps. It goes on in the same way however it got there, so that each step from
-  /// there is taken once.
+  /// State of the machine after some steps. The steps that led to it do not matter, so each step from a state is taken
+  /// once.
   struct State {
     decltype(FakeUefi::Variables) Variables;
     char Running;

@@ -22,7 +22,7 @@ constexpr Failure kFailures[] = {
     {Service::PlatformCall, EFI_BUFFER_TOO_SMALL},  {Service::PlatformCall, EFI_WARN_STALE_DATA},
 };
 
-/// Lines of the attributes that every boot makes anew, cache or not, or those of all others.
+/// Lines of the attributes that every boot gathers again, cache or not, or those of all others.
 std::set<std::string> LinesOf(const Reading& reading, bool anew) {
   std::set<std::string> lines = reading.Lines;
   std::erase_if(lines, [anew](const std::string& line) {
@@ -54,7 +54,7 @@ class FailureTest : public NotebookFixture {
     }
   }
 
-  /// As before a boot of this kind.
+  /// Sets up the state before a boot of this kind.
   void Prepare(Kind kind) {
     notebook.FactoryMode = kind == Kind::Factory;
     notebook.Uefi.Variables = kind == Kind::Warm ? cached_ : decltype(cached_)();
@@ -62,20 +62,20 @@ class FailureTest : public NotebookFixture {
   }
   [[nodiscard]] bool Warned(std::string_view text) const { return notebook.Uefi.Warnings(text) != 0; }
 
-  /// What a boot published, or is taken to have. `unseen` says that a call failed by which a signal is found, `unheard`
-  /// that one did which the platform may answer so: others stand for its texts and values.
+  /// Checks a boot and returns what it published; `fresh` if it published nothing. `unseen`: a call that finds a signal
+  /// failed. `unheard`: a call failed with a status that the platform may return, so texts and values may differ.
   Reading ExpectEndedWell(EFI_STATUS started, const Reading& fresh, bool unseen, bool unheard) {
-    // Published, or not and told why. A signal that is not found has not come.
+    // The boot publishes, or a message gives the reason. A signal that is not found has not come.
     const bool built = notebook.Published() != nullptr || Warned("PublishedTablesProtocolGuid not installed");
     EXPECT_TRUE(built || EFI_ERROR(started) || Warned("no attribute is gathered or published") ||
                 Warned(": nothing is published") || Warned("the wait for it goes on") || unseen);
-    // Every record is offered to the transport, or dropped and that is told.
+    // Every record is sent to the transport, or a message reports it as dropped.
     const size_t dropped = notebook.Uefi.Warnings("record dropped") + notebook.Uefi.Warnings("directory dropped");
     EXPECT_EQ(notebook.Records.size() + dropped, built ? 8U : 0U);
     Reading now = fresh;
     if (notebook.Records.size() == 8) {
       now = Read();
-      // What is missing is told.
+      // A message reports what is missing.
       EXPECT_TRUE((now.Lines == fresh.Lines && now.Texts == fresh.Texts) || Warned("") || unheard);
       if (!Warned("CorvaneDxe: table")) {
         // Without memory a name has handle 0, and a restored record leaves its slot empty.
@@ -90,8 +90,8 @@ class FailureTest : public NotebookFixture {
     return now;
   }
 
-  /// The next boot is as a fresh one. Or the cache of a cold boot kept what that one published, and the rest is made
-  /// anew. Or it is found wanting, which is told, and deleted, and the boot after it is as a fresh one.
+  /// The next boot publishes the same as a fresh one. Or it restores what the cold boot published and gathers the rest.
+  /// Or it reports and deletes a damaged cache, and the boot after it publishes the same as a fresh one.
   void ExpectNextBootWhole(Kind kind, const Reading& fresh, const Reading& now) {
     notebook.Reboot();
     notebook.Boot();

@@ -54,7 +54,7 @@ TEST_F(DependenciesTest, NamesInAnnotationsSelectTheirQuestions) {
       {{u"A", u"B", u"X[ForceIf:A=1]", u"Y[ForceIf:A=1][ForceIf:B=1]", u"Z[ForceIf:B=1]"}, {1, 2}},
       {{u"a", u"X[ForceIf:A=1]"}, {0}},  // case counts
       {{u"(null)", u"", u"A", u"X[ForceIf:A=1]"}, {3}},
-      // By the letter: the name stands between the next ":" and the next "=", wherever they are.
+      // The name is the text between the next ":" and the next "=", wherever they are.
       {{u"^x$]", u"X[RegEx:^x$]=", u"A", u"Y[RegEx:^x$]"}, {1}},
       {{u"A", u"X[ForceIf:A]", u"Y[ForceIf"}, {0}},
       {{u"A", u"X[ForceIf A=1][ForceIf:B=1]", u"B"}, {3}},
@@ -148,7 +148,7 @@ TEST_F(DependenciesTest, EveryShortKeyword_AgreesWithAPlainEvaluation) {
         keyword += kAlphabet[digits[i]];
       }
       const PlainKeyword plain(keyword);
-      // The keyword itself, its names, and texts that may be mistaken for one.
+      // The keyword itself, its names, and texts that look like names.
       std::vector<std::u16string> others = plain.Names;
       others.insert(others.end(), {u"A", u"F", u"", keyword.substr(0, keyword.find(u'['))});
       std::vector<UINT32> expected;

@@ -31,7 +31,7 @@ TEST_F(FormSetsTest, EveryKindOfQuestionBecomesAnAttribute) {
   setup.Checkbox(306, u"Hidden", u"Hidden").Ineligible();
   setup.Checkbox(307, u"Text", u"Text").WithoutIfr();
   FakeFormSet& other = notebook.AddFormSet(u"Empty Set");
-  other.Checkbox(301, u"SecureBoot", u"Secure Boot");  // there by its token
+  other.Checkbox(301, u"SecureBoot", u"Secure Boot");  // has its token already
   notebook.Defaults = {{300, 2}, {301, 1}, {302, 0x0102030405060708}};
   Gather();
   EXPECT_THAT(Attributes(),
@@ -46,7 +46,7 @@ TEST_F(FormSetsTest, EveryKindOfQuestionBecomesAnAttribute) {
   Texts helps = Strings(StringArray::Help);
   EXPECT_EQ(helps.front(), "How the system starts.");
   helps.erase(helps.begin());
-  // A question without help has an empty one, unless its display text was there before; options have none.
+  // A question without help gets an empty one, unless its display text is shared. Options have no help.
   EXPECT_THAT(helps,
               ElementsAre("(none)", "(none)", "(none)", "", "(none)", "(none)", "", "", "(none)", "(none)", "(none)"));
   EXPECT_EQ(Database().Store()->Header.HelpCount, 4U);
@@ -143,7 +143,7 @@ TEST_F(FormSetsTest, DefaultsAndCurrentValues) {
       {UINT64{1}, 0, "2,1", "1,0", false},
       {UINT64{7}, 7, "0,0", "0,0", true},       // the checkbox falls back to its default
       {UINT64{0x101}, 1, "2,2", "1,1", true},   // one byte counts
-      {std::nullopt, 300, "1,4", "0,0", false}  // and never meets a value above 255
+      {std::nullopt, 300, "1,4", "0,0", false}  // and never equals a value above 255
   };
   for (const auto& [byDefault, current, oneOf, checked, atDefault] : rows) {
     notebook.Defaults.clear();
@@ -208,7 +208,7 @@ TEST_F(FormSetsTest, FormSetsThatAreNotWalked) {
   GatherAnew();
   EXPECT_THAT(Attributes(), IsEmpty());
   notebook.SignalTablesRequested();
-  EXPECT_NE(notebook.Published(), nullptr);  // no form sets are no failure
+  EXPECT_NE(notebook.Published(), nullptr);  // a setup without form sets is not a failure
 }
 
 TEST_F(FormSetsTest, TextsFollowThePlatformLanguage) {

@@ -52,7 +52,7 @@ TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
       {"fr-FR", english, nullptr, {u"", false}},
       {"fr-FR", french, "x-UEFI", {u"Seulement", true}},
       {"it-IT", both, nullptr, {u"", false}},
-      {nullptr, both, "x-", {u"English", true}},  // no language begins another
+      {nullptr, both, "x-", {u"English", true}},  // a prefix is not a language
       {nullptr, 0, nullptr, {u"", false}},
       {nullptr, 99, "x-UEFI", {u"", false}},
   };

@@ -70,7 +70,7 @@ TEST_F(PlatformAttributesTest, AnUnreadableSettingDropsItsAttribute) {
       notebook.Settings[setting] = before;
     }
   }
-  // A value that is none of the possible ones selects the first, whatever the default.
+  // A value outside the possible ones selects the first, not the default.
   notebook.Settings[1751] = {7};
   GatherAnew();
   EXPECT_EQ(ByToken(1751), "17 OverrideBatteryChargeFactory #1751/1 enum Disabled=0|Enabled=1 1,0");
