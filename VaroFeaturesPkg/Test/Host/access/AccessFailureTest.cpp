@@ -167,7 +167,7 @@ class AccessFailureTest : public AccessFixture {
   size_t tries_ = 0;
 };
 
-TEST_F(AccessFailureTest, EveryOperationEndsWellAndTheNextOneIsWhole) {
+TEST_F(AccessFailureTest, Operation_WhenCallsFail_EndsCleanlyAndTheNextOneWorks) {
   size_t pairs = 0;
   for (const Operation& operation : operations_) {
     Restart();

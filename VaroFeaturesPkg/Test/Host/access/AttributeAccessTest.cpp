@@ -22,7 +22,7 @@ class AttributeAccessTest : public AccessFixture {
   }
 };
 
-TEST_F(AttributeAccessTest, ALaterImageTakesThePlaceOfAnEarlierOne) {
+TEST_F(AttributeAccessTest, Install_WhenAnEarlierInstanceExists_ReplacesIt) {
   ASSERT_EQ(Install(), EFI_SUCCESS);
   EXPECT_EQ(Installed()->Revision, 3U);
   EXPECT_EQ(uefi.LoadedImage.Unload, UnloadAttributeAccess);
@@ -38,7 +38,7 @@ TEST_F(AttributeAccessTest, ALaterImageTakesThePlaceOfAnEarlierOne) {
   EXPECT_EQ(uefi.LivePoolBlocks(), 2U);  // the two request buffers
 }
 
-TEST_F(AttributeAccessTest, AnEarlierInstanceWithoutAnInterfaceIsTakenDownToo) {
+TEST_F(AttributeAccessTest, Install_WhenTheEarlierInterfaceIsNull_RemovesItToo) {
   EFI_HANDLE earlier = uefi.Install(gVaroAttributeAccessProtocolGuid, nullptr);
   ASSERT_EQ(Install(), EFI_SUCCESS);
   void* interface = nullptr;
@@ -47,7 +47,7 @@ TEST_F(AttributeAccessTest, AnEarlierInstanceWithoutAnInterfaceIsTakenDownToo) {
   EXPECT_EQ(UnloadAttributeAccess(gImageHandle), EFI_SUCCESS);
 }
 
-TEST_F(AttributeAccessTest, UnloadFreesTheRecordAndLeavesTheProtocol) {
+TEST_F(AttributeAccessTest, Unload_FreesTheRecordAndLeavesTheProtocol) {
   ASSERT_EQ(Install(), EFI_SUCCESS);
   UINT32 size = 0;
   EXPECT_EQ(Installed()->GetAttributeString(Installed(), 16, nullptr, &size), EFI_BUFFER_TOO_SMALL);
@@ -58,7 +58,7 @@ TEST_F(AttributeAccessTest, UnloadFreesTheRecordAndLeavesTheProtocol) {
   EXPECT_TRUE(EFI_ERROR(UnloadAttributeAccess(gImageHandle)));  // nothing left to free
 }
 
-TEST_F(AttributeAccessTest, WhatFailsAtInstallation) {
+TEST_F(AttributeAccessTest, Install_WhenACallFails_InstallsTheRest) {
   struct Row {
     Service Of;
     size_t Nth;
@@ -137,7 +137,7 @@ class SmbiosTest : public AccessFixture {
   Bytes entryPoint_;
 };
 
-TEST_F(SmbiosTest, TokensComeInOrderFromEveryStructure) {
+TEST_F(SmbiosTest, Tokens_ComeInOrderFromEveryStructure) {
   const Found found = Read(Join(Structure(1, Bytes(8, 1), "a string"), Calling(0xB2, Join(Token(5, 1), Token(3, 2))),
                                 Structure(218, Bytes(7)),  // of 11 bytes: no tokens
                                 Calling(0xB3, Join(Token(0, 3), Token(5, 4), Token(0xFFFF, 0), Token(1, 5)))));
@@ -147,7 +147,7 @@ TEST_F(SmbiosTest, TokensComeInOrderFromEveryStructure) {
   EXPECT_EQ(found.Structures, 4U);
 }
 
-TEST_F(SmbiosTest, NothingIsReadBeyondTheTable) {
+TEST_F(SmbiosTest, Walk_WhenTheTableIsCut_StaysInIt) {
   const Bytes whole = Join(Structure(1, Bytes(8, 1)), Calling(0xB2, Join(Token(5, 1), Token(3, 2))));
   for (size_t cut = 0; cut <= whole.size(); ++cut) {
     const Found found = Read(Middle(whole, 0, cut));
@@ -165,7 +165,7 @@ TEST_F(SmbiosTest, NothingIsReadBeyondTheTable) {
   EXPECT_THAT(Read(Join(ragged, Structure(127, {}))).Tokens, ElementsAre(0x300, 0x501));
 }
 
-TEST_F(SmbiosTest, StructuresInEachOtherHaveNoMoreTokensThanTheTableHasRoomFor) {
+TEST_F(SmbiosTest, Tokens_OfNestedStructures_AreAtMostAsManyAsTheTableHolds) {
   Bytes table = Structure(1, Bytes(240, 1), "and a string, so that 254 bytes are not more than any structure");
   while (table.size() < 60000) {
     table = Join(table, U8(218), U8(254), U16(0));
@@ -173,7 +173,7 @@ TEST_F(SmbiosTest, StructuresInEachOtherHaveNoMoreTokensThanTheTableHasRoomFor) 
   EXPECT_EQ(Read(table).Tokens.size(), table.size() / 6);
 }
 
-TEST_F(SmbiosTest, WithoutATableOrMemoryThereIsNoAddress) {
+TEST_F(SmbiosTest, CallingInterface_WithoutTableOrMemory_HasNoAddress) {
   uefi.SetConfigurationTable({});
   for (size_t nth = 1; nth <= 5; ++nth) {
     uefi.Fail(Service::Allocation, nth, EFI_OUT_OF_RESOURCES);

@@ -42,7 +42,7 @@ class OperationsTest : public AccessFixture {
   }
 };
 
-TEST_F(OperationsTest, ADirectoryAndEachListedTableAreAskedForOnce) {
+TEST_F(OperationsTest, Fetch_AsksForDirectoryAndEachListedTableOnce) {
   tables[7] = {4, 0, Bytes(3)};
   tables[8] = {3, 2, Bytes(3)};
   tables[9] = {3, 0, Join(U16(0))};
@@ -62,7 +62,7 @@ TEST_F(OperationsTest, ADirectoryAndEachListedTableAreAskedForOnce) {
   EXPECT_THAT(ids, ElementsAre(0, 1, 2, 9, 9));  // a text table is announced, even a small one
 }
 
-TEST_F(OperationsTest, AServiceThatIsNotReady) {
+TEST_F(OperationsTest, Fetch_WhenTheDirectoryIsNotAnswered_IsNotReady) {
   struct Row {
     std::function<EFI_STATUS(RequestBlock&)> After;
     EFI_STATUS Status;
@@ -99,7 +99,7 @@ TEST_F(OperationsTest, AServiceThatIsNotReady) {
   EXPECT_EQ(Find("Fan", handle), EFI_NOT_FOUND);
 }
 
-TEST_F(OperationsTest, ATableThatIsRefusedOrCutShort) {
+TEST_F(OperationsTest, Fetch_WhenATableIsRefusedOrCut_FindsNoName) {
   for (const UINT32 length : {65445U, 0xFFFFFFFFU, 0U, 3U, 8U, 11U}) {
     Forget();
     after = [length](RequestBlock& request) {
@@ -119,7 +119,7 @@ TEST_F(OperationsTest, ATableThatIsRefusedOrCutShort) {
 }
 
 // Whole up to 65,439 bytes, in chunks from 65,444 on; the count of a table in chunks is four bytes short of its block.
-TEST_F(OperationsTest, TextTablesComeWholeOrInChunks) {
+TEST_F(OperationsTest, Fetch_OfATextTable_TakesOneAnswerOrChunks) {
   struct Row {
     size_t Content;
     size_t Chunk;
@@ -169,7 +169,7 @@ TEST_F(OperationsTest, TextTablesComeWholeOrInChunks) {
   EXPECT_EQ(protocol->GetTextStringB(protocol, 19999, text, &size), EFI_NOT_FOUND);
 }
 
-TEST_F(OperationsTest, StringsAndTextsFitWhenTheyFitWithoutTheirTerminator) {
+TEST_F(OperationsTest, GetText_WhenOnlyTheTerminatorExceedsTheSize_Succeeds) {
   tables[9] = {3, 0, Join(U16(3), Bytes(3), Entry(16, std::u16string_view(u"Help")), U16(17), U16(3), "abc")};
   struct Row {
     UINT16 Handle;
@@ -203,7 +203,7 @@ TEST_F(OperationsTest, StringsAndTextsFitWhenTheyFitWithoutTheirTerminator) {
   EXPECT_EQ(protocol->GetTextStringA(protocol, 16, nullptr, &size), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(OperationsTest, NamesAreComparedUpToTheirBracket) {
+TEST_F(OperationsTest, FindAttributeHandle_ComparesNamesUpToTheBracket) {
   struct Row {
     const char* Name;
     EFI_STATUS Status;
@@ -240,7 +240,7 @@ TEST_F(OperationsTest, NamesAreComparedUpToTheirBracket) {
   EXPECT_EQ(Sent(kClass, 3).size(), asked + 1);
 }
 
-TEST_F(OperationsTest, TablesAreFreedFromTheDisplayTextsToTheStrings) {
+TEST_F(OperationsTest, Release_FreesDisplayTextsFirstAndStringsLast) {
   UINT32 size = 0;
   EXPECT_EQ(protocol->GetAttributeString(protocol, 16, nullptr, &size), EFI_BUFFER_TOO_SMALL);
   static std::vector<const void*> freed;
@@ -264,7 +264,7 @@ TEST_F(OperationsTest, TablesAreFreedFromTheDisplayTextsToTheStrings) {
   EXPECT_EQ(freed, expected);
 }
 
-TEST_F(OperationsTest, HandlesFitWhenTheyFitWithoutTheirEnd) {
+TEST_F(OperationsTest, GetAttributeHandles_WhenOnlyTheEndExceedsTheSize_Succeeds) {
   UINT16 handles[5] = {1, 1, 1, 1, 1};
   UINT32 size = 5;
   EXPECT_EQ(protocol->GetAttributeHandles(protocol, handles, &size), EFI_BUFFER_TOO_SMALL);
@@ -286,7 +286,7 @@ TEST_F(OperationsTest, HandlesFitWhenTheyFitWithoutTheirEnd) {
 }
 
 // An entry that runs past the block, or begins in its last three bytes, does not count.
-TEST_F(OperationsTest, ATableEndsWhereItsEntriesAreCut) {
+TEST_F(OperationsTest, Walk_WhenTheLastEntryIsCut_EndsBeforeIt) {
   const Bytes whole = tables[1].Content;
   for (size_t length = 0; length <= whole.size(); ++length) {
     tables[1].Content = Middle(whole, 0, whole.size() - length);
@@ -299,7 +299,7 @@ TEST_F(OperationsTest, ATableEndsWhereItsEntriesAreCut) {
   }
 }
 
-TEST_F(OperationsTest, InfoOfEveryType) {
+TEST_F(OperationsTest, GetAttributeInfo_ReadsEveryType) {
   struct Row {
     Bytes Part;
     Bytes Value;
@@ -342,7 +342,7 @@ TEST_F(OperationsTest, InfoOfEveryType) {
   EXPECT_EQ(sum(requests[2], 162), 0U);
 }
 
-TEST_F(OperationsTest, InfoThatCannotBeHad) {
+TEST_F(OperationsTest, GetAttributeInfo_WithoutHandleRoomOrAnswer_LeavesTheRest) {
   Bytes record;
   UINT32 size = 44;
   EXPECT_EQ(Info(1, size, record), EFI_SUCCESS);  // no such handle: the record stays as it was
@@ -378,7 +378,7 @@ TEST_F(OperationsTest, InfoThatCannotBeHad) {
   EXPECT_EQ(Middle(record, 0, record.size() - 4), Join(U32(255)));
 }
 
-TEST_F(OperationsTest, ChangesByHandle) {
+TEST_F(OperationsTest, SetAttributeValue_SendsTheValueAndMapsTheStatus) {
   struct Row {
     Bytes Record;
     Bytes Sent;  ///< from byte 116 on
@@ -420,7 +420,7 @@ TEST_F(OperationsTest, ChangesByHandle) {
   }
 }
 
-TEST_F(OperationsTest, ChangesThatAreNotSent) {
+TEST_F(OperationsTest, SetAttributeValue_WithAWrongRecord_SendsNothing) {
   UINT32 ready = 0;
   EXPECT_EQ(protocol->GetAttributeHandles(protocol, nullptr, &ready), EFI_BUFFER_TOO_SMALL);
   struct Row {
@@ -445,7 +445,7 @@ TEST_F(OperationsTest, ChangesThatAreNotSent) {
   EXPECT_EQ(Set(Record(1, 17, Join(U8(1), U16(0), U16(0), U16(0), U16(65412), Bytes(65412)))), EFI_SUCCESS);
 }
 
-TEST_F(OperationsTest, ValuesByName) {
+TEST_F(OperationsTest, GetAttributeValueByName_SendsTheNameAndReadsTheAnswer) {
   namedValue = Join("Enabled");
   UINT8 value[8] = {0, 0, 0, 0, 0, 0, 0, 0xEE};
   UINT32 size = 6;
@@ -482,7 +482,7 @@ TEST_F(OperationsTest, ValuesByName) {
   EXPECT_EQ(get("Fan"), EFI_ABORTED);  // a length past the buffer
 }
 
-TEST_F(OperationsTest, ChangesByName) {
+TEST_F(OperationsTest, SetAttributeValueByName_SendsTextAndMapsTheStatus) {
   const auto set = [&](const std::string& name, const std::string& value) {
     return protocol->SetAttributeValueByName(protocol, name.c_str(), value.c_str(), nullptr);
   };
@@ -506,7 +506,7 @@ TEST_F(OperationsTest, ChangesByName) {
   EXPECT_EQ(set(std::string(65400, 'n'), std::string(14, 'v')), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(OperationsTest, PasswordsBecomeKeys) {
+TEST_F(OperationsTest, Password_BecomesTheKeyOfTheFirstServiceThatVerifiesIt) {
   struct Row {
     const char* Password;
     UINT32 System;  ///< properties: the low byte 0 = installed, then the longest length
@@ -569,7 +569,7 @@ TEST_F(OperationsTest, PasswordsBecomeKeys) {
   EXPECT_THAT(Sent(9, 4), IsEmpty());
 }
 
-TEST_F(OperationsTest, WhatEveryOperationNeeds) {
+TEST_F(OperationsTest, Operation_WithoutThisOrArguments_IsRejected) {
   AttributeAccessProtocol& p = *protocol;
   UINT32 size = 0;
   UINT16 handle = 0;

@@ -124,7 +124,7 @@ TEST_F(AttrCommandTest, Set_SendsOnlyValuesThatPassTheChecks) {
   EXPECT_EQ(values[17], Join(U16(2), "-5"));
 }
 
-TEST_F(AttrCommandTest, WhereSeveralAttributesHaveTheName_AsksWhichOne) {
+TEST_F(AttrCommandTest, Name_OfSeveralAttributes_AsksForTheHandle) {
   const Bytes bounds = Join(U64(0), U64(9), U32(0), U64(0));
   Add(21, 3, "Fan", bounds, Join(U64(1)));
   Add(22, 3, "Fan[Note]", bounds, Join(U64(2)));
@@ -160,7 +160,7 @@ TEST_F(AttrCommandTest, WhereSeveralAttributesHaveTheName_AsksWhichOne) {
   EXPECT_EQ(values[21], Join(U64(5)));
 }
 
-TEST_F(AttrCommandTest, InAnyCase_OnlyANameThatOneAloneHasIsTaken) {
+TEST_F(AttrCommandTest, Name_InAnyCase_IsAcceptedIfUnique) {
   Add(21, 3, "FAN", Join(U64(0), U64(9), U32(0), U64(0)), Join(U64(1)));
   Add(22, 0, "Led", Join(U8(3), Name("On"), Name("ON"), Name("Off"), U8(0)), Join(U8(1), U8(2)));
   const struct {
@@ -179,7 +179,7 @@ TEST_F(AttrCommandTest, InAnyCase_OnlyANameThatOneAloneHasIsTaken) {
   }
 }
 
-TEST_F(AttrCommandTest, SetOfAForcedAttribute_SaysByWhatAndToWhichValue) {
+TEST_F(AttrCommandTest, Set_OfAForcedAttribute_PrintsCauseAndValue) {
   const Bytes bounds = Join(U64(0), U64(9), U32(0), U64(0));
   const Bytes states =
       Join(U8(3), Name("Off"), Name("On[ForceIf:Mode=Silent]"), Name("Half[ForceIfNot:Asset=X]"), U8(0));
@@ -209,7 +209,7 @@ TEST_F(AttrCommandTest, SetOfAForcedAttribute_SaysByWhatAndToWhichValue) {
   }
 }
 
-TEST_F(AttrCommandTest, WithN_SendsNameAndValueAsText) {
+TEST_F(AttrCommandTest, Set_WithN_SendsNameAndValueAsText) {
   const struct {
     Words Line;
     UINT16 Handle;
@@ -262,7 +262,7 @@ TEST_F(AttrCommandTest, Set_WhenTheServiceRefuses_PrintsTheReason) {
             "27 attr: not taken, the value is still NB\\x7F1; a password may be wanted (-p)\n");
 }
 
-TEST_F(AttrCommandTest, WithP_ReadsAPasswordUnseenAndSendsItsKey) {
+TEST_F(AttrCommandTest, Set_WithP_ReadsAHiddenPasswordAndSendsItsKey) {
   const struct {
     std::u16string Keys;
     std::string Result;
@@ -293,7 +293,7 @@ TEST_F(AttrCommandTest, WithP_ReadsAPasswordUnseenAndSendsItsKey) {
   }
 }
 
-TEST_F(AttrCommandTest, WithoutDriverServiceOrValue_PrintsWhichIsMissing) {
+TEST_F(AttrCommandTest, Command_WithoutDriverServiceOrValue_PrintsWhichIsMissing) {
   // No operation of an unloaded driver is called: each would crash here.
   const auto table = *protocol;
   *protocol = {};
@@ -332,7 +332,7 @@ TEST_F(AttrCommandTest, List_WithAnUnknownType_PrintsThatTheRestIsHidden) {
 }
 
 // Every pointer and count lies within the record. The sanitizer reports any other read.
-TEST(AttrRecordTest, ARecordIsNeverReadPastItsEnd) {
+TEST(AttrRecordTest, Parse_OfAnyRecord_StaysInIt) {
   for (unsigned type = 0; type < 9; ++type) {
     for (unsigned fill = 0; fill < 256; fill += 15) {
       for (size_t size = 0; size < 64; ++size) {

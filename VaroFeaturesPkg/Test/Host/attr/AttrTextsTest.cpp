@@ -155,7 +155,7 @@ struct Expected {
   std::string Texts;
 };
 
-TEST_F(AttrTextsTest, TextsAreThoseOfTheQuestionOrTheDriver_AndNoneWhereUncertain) {
+TEST_F(AttrTextsTest, Texts_ComeFromQuestionOrDriver_AndAreLeftOutIfUncertain) {
   const Expected rows[] = {
       {u"AdminPassword", "Admin Password"},
       {u"Start", "Start of charging|When it starts."},
@@ -178,7 +178,7 @@ TEST_F(AttrTextsTest, TextsAreThoseOfTheQuestionOrTheDriver_AndNoneWhereUncertai
   }
 }
 
-TEST_F(AttrTextsTest, TextsAreInThePlatformsLanguage) {
+TEST_F(AttrTextsTest, Texts_AreInThePlatformsLanguage) {
   SetLanguage("fr-FR");
   EXPECT_EQ(TextsOf(u"Start"),
             "D\xE9"
@@ -188,7 +188,7 @@ TEST_F(AttrTextsTest, TextsAreInThePlatformsLanguage) {
   EXPECT_EQ(TextsOf(u"Start"), "Start of charging|When it starts.");
 }
 
-TEST_F(AttrTextsTest, WithoutStoreOrForms_OnlyTheDriversOwnTextsAreThere) {
+TEST_F(AttrTextsTest, Texts_WithoutStoreOrForms_AreOnlyTheDriversOwn) {
   published_.Store = nullptr;
   EXPECT_EQ(TextsOf(u"Start"), "");
   EXPECT_EQ(TextsOf(u"26"), "Front Fan");
@@ -205,7 +205,7 @@ TEST_F(AttrTextsTest, WithoutStoreOrForms_OnlyTheDriversOwnTextsAreThere) {
   EXPECT_EQ(TextsOf(u"26"), "");
 }
 
-TEST_F(AttrTextsTest, AfterAnyFailedCall_NothingIsLeftBehindAndNoOtherTextIsPrinted) {
+TEST_F(AttrTextsTest, Texts_WhenACallFails_AreMissingButNeverWrong) {
   const std::string whole = TextsOf(u"Start");
   for (const Service service : {Service::Allocation, Service::HiiString}) {
     const size_t before = uefi.Calls(service);

@@ -10,7 +10,7 @@ namespace {
 
 using AttributeDatabaseTest = DatabaseFixture;
 
-TEST_F(AttributeDatabaseTest, HandlesGoUpTo271AndTheRecordBeyondIsFreed) {
+TEST_F(AttributeDatabaseTest, AddAttribute_AfterHandle271_FreesTheRecord) {
   const VOID* const* const slots = database.Store()->Slots;
   for (UINT16 handle = 16; handle < 272; ++handle) {
     const AttributeRecord* const record = Put(database, {.Type = 0x80, .Handles = {1}, .Values = {2}});
@@ -24,7 +24,7 @@ TEST_F(AttributeDatabaseTest, HandlesGoUpTo271AndTheRecordBeyondIsFreed) {
   EXPECT_EQ(uefi.Warnings("full"), 1U);
 }
 
-TEST_F(AttributeDatabaseTest, StringHandlesGoUpTo5119) {
+TEST_F(AttributeDatabaseTest, AddString_AfterHandle5119_GivesNoHandle) {
   const size_t blocks = uefi.LivePoolBlocks();
   for (const StringArray array : {StringArray::Names, StringArray::Display}) {
     for (int i = 16; i < 5120; ++i) {
@@ -39,7 +39,7 @@ TEST_F(AttributeDatabaseTest, StringHandlesGoUpTo5119) {
   EXPECT_EQ(uefi.LivePoolBlocks(), blocks + size_t{2} * 5104);
 }
 
-TEST_F(AttributeDatabaseTest, PlacingFreesWhatWasThere) {
+TEST_F(AttributeDatabaseTest, PlaceAttribute_FreesTheEarlierRecord) {
   const size_t blocks = uefi.LivePoolBlocks();
   Put(database, {.Handle = 3, .Type = 1, .Text = "text"});
   Put(database, {.Handle = 3, .Type = 7});
@@ -52,7 +52,7 @@ TEST_F(AttributeDatabaseTest, PlacingFreesWhatWasThere) {
   EXPECT_EQ(database.GetAttributeCount(), 0U);
 }
 
-TEST_F(AttributeDatabaseTest, TokensAreFoundAmongCountedRecords) {
+TEST_F(AttributeDatabaseTest, FindAttributeByToken_SearchesCountedRecords) {
   Put(database, {.Handle = 1, .Type = 2, .Token = 7});
   EXPECT_EQ(database.FindAttributeByToken(7), nullptr);
   const AttributeRecord* const zero = Put(database, {.Type = 5});
@@ -69,7 +69,7 @@ TEST_F(AttributeDatabaseTest, TokensAreFoundAmongCountedRecords) {
   }
 }
 
-TEST_F(AttributeDatabaseTest, TextsOfHandlesThatAreNotLiveAreEmpty) {
+TEST_F(AttributeDatabaseTest, GetString_OfAHandleThatIsNotLive_IsEmpty) {
   PutNames({u"name"});
   PutText(database, StringArray::Display, u"*starred");
   PutText(database, StringArray::Display, u"plain");
@@ -85,7 +85,7 @@ TEST_F(AttributeDatabaseTest, TextsOfHandlesThatAreNotLiveAreEmpty) {
   EXPECT_EQ(Ucs2String(database.GetDisplayString(StringHandle{16})), Ucs2(u"starred"));
 }
 
-TEST_F(AttributeDatabaseTest, StringsAreFoundWithAndWithoutTheIndex) {
+TEST_F(AttributeDatabaseTest, FindString_WithAndWithoutTheIndex_FindsTheSame) {
   PutNames({u"Enabled", u"enabled", u"Disabled"});
   for (int i = 0; i < 600; ++i) {  // more than there are hash chains
     const std::string text = "n" + std::to_string(i);

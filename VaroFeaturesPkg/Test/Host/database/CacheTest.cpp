@@ -72,7 +72,7 @@ class CacheTest : public testing::Test {
   AttributeDatabase database;
 };
 
-TEST_F(CacheTest, WritesCompressedListsAndTheVersionLast) {
+TEST_F(CacheTest, Write_CompressesTheListsAndWritesTheVersionLast) {
   Fill();
   ASSERT_EQ(WriteCache(database), EFI_SUCCESS);
   EXPECT_EQ(ReferenceDecompress(Stored(kNames)),
@@ -93,7 +93,7 @@ TEST_F(CacheTest, WritesCompressedListsAndTheVersionLast) {
   EXPECT_EQ(notebook.Variable(kStatus)->Attributes, 7U);
 }
 
-TEST_F(CacheTest, RestoresWhatWasWritten) {
+TEST_F(CacheTest, Restore_ReproducesTheWrittenDatabase) {
   WriteFilled();
   const auto written = notebook.Uefi.Variables;
   const size_t blocks = notebook.Uefi.LivePoolBlocks();
@@ -109,7 +109,7 @@ TEST_F(CacheTest, RestoresWhatWasWritten) {
   }
 }
 
-TEST_F(CacheTest, IsValidForItsVersionOnlyAndUntilMarkedBad) {
+TEST_F(CacheTest, IsValid_OnlyForItsVersionAndUntilMarkedBad) {
   const std::tuple<const char*, std::function<void()>, bool> rows[] = {
       {"unchanged", [] {}, true},
       {"running version shorter", [&] { notebook.Version = "1.2"; }, false},
@@ -161,7 +161,7 @@ TEST_F(CacheTest, IsValidForItsVersionOnlyAndUntilMarkedBad) {
   }
 }
 
-TEST_F(CacheTest, DamagedContentIsTakenAsFarAsItIsGood) {
+TEST_F(CacheTest, Restore_OfDamagedContent_TakesTheGoodPart) {
   const Bytes name = Join(U16(16), U16(8), std::u16string_view(u"One", 4));
   const auto head = [](unsigned handle, unsigned type) { return Join(U16(handle), U8(type), Bytes(8)); };
   const Bytes integer = Join(head(16, 3), Bytes(36));
@@ -210,7 +210,7 @@ TEST_F(CacheTest, DamagedContentIsTakenAsFarAsItIsGood) {
   }
 }
 
-TEST_F(CacheTest, ARecordStreamLongerThanItsCountIsMalformed) {
+TEST_F(CacheTest, Restore_OfMoreRecordsThanCounted_DeletesTheCache) {
   WriteFilled();
   Bytes many;
   for (unsigned handle = 16; handle < 40; ++handle) {
@@ -229,7 +229,7 @@ TEST_F(CacheTest, ARecordStreamLongerThanItsCountIsMalformed) {
   }
 }
 
-TEST_F(CacheTest, EachLostVariableIsFollowedByItsOwnDeletion) {
+TEST_F(CacheTest, Restore_WithoutAVariable_DeletesTheCacheOrTheVersion) {
   enum { One, All, Version };
   const std::tuple<std::u16string_view, int> missing[] = {
       {kNames, All}, {kDisplay, All}, {kHelp, All}, {kCounters, All}, {kData, Version}};
@@ -262,7 +262,7 @@ TEST_F(CacheTest, EachLostVariableIsFollowedByItsOwnDeletion) {
   EXPECT_EQ(notebook.Variable(kNames), nullptr);
 }
 
-TEST_F(CacheTest, NoStringOfThisBootGetsAHandleThatTheCacheUses) {
+TEST_F(CacheTest, Restore_KeepsUsedHandlesFromNewStrings) {
   WriteFilled();
   Store(kNames, {1, 2, 3});  // the names are lost, and the record of handle 18 stays
   StoreCompressed(kDisplay,
@@ -275,7 +275,7 @@ TEST_F(CacheTest, NoStringOfThisBootGetsAHandleThatTheCacheUses) {
   EXPECT_EQ(Raw(PutText(database, StringArray::Display, u"New")), 41);
 }
 
-TEST_F(CacheTest, WithoutMemoryForOneTextOrRecordTheOthersAreRestored) {
+TEST_F(CacheTest, Restore_WithoutMemoryForOneItem_RestoresTheOthers) {
   WriteFilled();
   const auto written = notebook.Uefi.Variables;
   size_t lostTexts = 0;
@@ -307,7 +307,7 @@ TEST_F(CacheTest, WithoutMemoryForOneTextOrRecordTheOthersAreRestored) {
   EXPECT_GT(blocks, 20U);
 }
 
-TEST_F(CacheTest, VariablesOfOtherAttributesAreReplaced) {
+TEST_F(CacheTest, Write_ReplacesVariablesWithOtherAttributes) {
   // An operating system has created all of them, and a valid cache lies in them.
   WriteFilled();
   for (auto& [key, variable] : notebook.Uefi.Variables) {
@@ -324,7 +324,7 @@ TEST_F(CacheTest, VariablesOfOtherAttributesAreReplaced) {
   EXPECT_TRUE(CacheIsValid(SealCheck::Done));
 }
 
-TEST_F(CacheTest, WithAListThatCanBeNeitherDeletedNorWrittenThereIsNoVersion) {
+TEST_F(CacheTest, Write_WhenAListIsProtected_WritesNoVersion) {
   WriteFilled();
   Fill();
   notebook.Uefi.Protected.insert(Ucs2(kDisplay));
@@ -333,7 +333,7 @@ TEST_F(CacheTest, WithAListThatCanBeNeitherDeletedNorWrittenThereIsNoVersion) {
   EXPECT_GE(notebook.Uefi.Warnings("\"DispString\" cannot be deleted"), 1U);
 }
 
-TEST_F(CacheTest, RestoredRecordsKeepTheirOddities) {
+TEST_F(CacheTest, Restore_CountsAndPlacesUnusualRecordsAsBefore) {
   WriteFilled();
   const auto head = [](unsigned handle, unsigned type) { return Join(U16(handle), U8(type), Bytes(8)); };
   StoreCompressed(kData, Join(head(15, 3), Bytes(36),                                         // counts from 15 on

@@ -55,7 +55,7 @@ class CompressionTest : public testing::Test {
   FakeUefi uefi;
 };
 
-TEST_F(CompressionTest, EveryKindOfDataComesBackThroughBothDecoders) {
+TEST_F(CompressionTest, Compress_OfEveryKindOfData_DecodesWithBothDecoders) {
   // The size is at most a part or multiple of that of EDK II's encoder.
   const std::tuple<const char*, Bytes, double> rows[] = {
       {"nothing", {}, 9},
@@ -82,14 +82,14 @@ TEST_F(CompressionTest, EveryKindOfDataComesBackThroughBothDecoders) {
   }
 }
 
-TEST_F(CompressionTest, EverySmallSizeComesBack) {
+TEST_F(CompressionTest, Compress_OfEverySmallSize_Decodes) {
   for (size_t size = 1; size <= 300; ++size) {
     SCOPED_TRACE(size);
     ExpectRoundTrip(RandomSample(size, 1U + static_cast<unsigned>(size * 7 % 256), static_cast<unsigned>(size)));
   }
 }
 
-TEST_F(CompressionTest, TheSizeNeededIsToldWhateverTheRoom) {
+TEST_F(CompressionTest, Compress_WithAnyRoom_ReturnsTheSizeNeeded) {
   const Bytes source = HelpTextSample(2000);
   const Bytes stream = DriverCompress(source);
   const auto needed = static_cast<UINT32>(stream.size());
@@ -109,7 +109,7 @@ TEST_F(CompressionTest, TheSizeNeededIsToldWhateverTheRoom) {
   }
 }
 
-TEST_F(CompressionTest, AScarcePoolShortensTheStagingBuffer) {
+TEST_F(CompressionTest, Compress_WithLittleMemory_ShortensTheStagingBuffer) {
   const Bytes source = HelpTextSample(50000);
   Bytes stream(source.size());
   const auto compress = [&] {
@@ -133,7 +133,7 @@ TEST_F(CompressionTest, AScarcePoolShortensTheStagingBuffer) {
   EXPECT_EQ(uefi.Calls(Service::Allocation) - before, 1 + 14U);
 }
 
-TEST_F(CompressionTest, DecompressionNeedsAWholeStreamAndRoom) {
+TEST_F(CompressionTest, Decompress_WithoutAWholeStreamOrRoom_IsRejected) {
   const Bytes source = HelpTextSample(500);
   const Bytes stream = DriverCompress(source);
   UINT32 size = 0;
@@ -160,7 +160,7 @@ TEST_F(CompressionTest, DecompressionNeedsAWholeStreamAndRoom) {
   }
 }
 
-TEST_F(CompressionTest, DamagedStreamsMeanWhatTheyMeanToEdk2) {
+TEST_F(CompressionTest, Decompress_OfADamagedStream_AgreesWithEdk2) {
   std::mt19937 random{11};
   size_t accepted = 0;
   size_t refused = 0;

@@ -10,7 +10,7 @@ namespace {
 
 using TableBuilderTest = DatabaseFixture;
 
-TEST_F(TableBuilderTest, StringTablesHoldHandleLengthAndText) {
+TEST_F(TableBuilderTest, StringTables_HaveHandleLengthAndText) {
   PutNames({u"ABC", u"", u"\u0142\u00e9"});  // characters lose their high byte
   PutText(database, StringArray::Display, u"**  Two stars");
   PutText(database, StringArray::Display, u"x\u0142");
@@ -24,7 +24,7 @@ TEST_F(TableBuilderTest, StringTablesHoldHandleLengthAndText) {
   EXPECT_EQ(Table(TABLE_VALUES), Bytes(4));
 }
 
-TEST_F(TableBuilderTest, FullTablesAreCutAtAnEntry) {
+TEST_F(TableBuilderTest, FullTables_AreCutAtAnEntry) {
   // The string table takes 7676 bytes of entries: 12 of 639 bytes, and one more that fits exactly.
   for (const size_t length : {635, 635, 635, 635, 635, 635, 635, 635, 635, 635, 635, 635, 4}) {
     PutText(database, StringArray::Names, std::u16string(length, u'n'));
@@ -44,7 +44,7 @@ TEST_F(TableBuilderTest, FullTablesAreCutAtAnEntry) {
   EXPECT_EQ(uefi.Warnings("cut"), 3U);
 }
 
-TEST_F(TableBuilderTest, TheAttributeTableRefusesAnExactFit) {
+TEST_F(TableBuilderTest, AttributeTable_RejectsAnExactFit) {
   // 3068 bytes of room: 92 integers of 33 bytes leave 32.
   const std::pair<std::vector<UINT16>, unsigned> rows[] = {{std::vector<UINT16>(11, 16), 93},
                                                            {std::vector<UINT16>(12, 16), 92}};  // 30 and 32 bytes
@@ -61,7 +61,7 @@ TEST_F(TableBuilderTest, TheAttributeTableRefusesAnExactFit) {
   }
 }
 
-TEST_F(TableBuilderTest, TheAttributeTableHoldsAtMost256Entries) {
+TEST_F(TableBuilderTest, AttributeTable_HasAtMost256Entries) {
   for (UINT16 handle = 1; handle < 16; ++handle) {
     Put(database, {.Handle = handle, .Type = 7});
   }

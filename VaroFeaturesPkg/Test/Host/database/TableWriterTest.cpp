@@ -13,7 +13,7 @@ class TableWriterTest : public DatabaseFixture {
   TableWriterTest() { writer.InitTableDescriptors(); }
 };
 
-TEST_F(TableWriterTest, SealingPadsToFourAndAppendsTheCrc) {
+TEST_F(TableWriterTest, FinishTable_PadsToFourAndAppendsTheCrc) {
   const std::tuple<Bytes, Bytes, UINT8, UINT32> rows[] = {
       // CRC-32 values as zlib gives them.
       {{}, {0, 0, 0, 0}, 0, 0},
@@ -43,7 +43,7 @@ TEST_F(TableWriterTest, SealingPadsToFourAndAppendsTheCrc) {
   }
 }
 
-TEST_F(TableWriterTest, AppendsGoUpToTheCapacityAndNotBeyond) {
+TEST_F(TableWriterTest, Append_UpToTheCapacity_Succeeds) {
   ASSERT_EQ(writer.AllocateTable(TABLE_VALUES), EFI_SUCCESS);
   EXPECT_EQ(writer.Room(TABLE_VALUES), 2044U);
   EXPECT_EQ(writer.AppendTableBytes(TABLE_VALUES, Span(Bytes(2045, 7))), EFI_SUCCESS);
@@ -56,7 +56,7 @@ TEST_F(TableWriterTest, AppendsGoUpToTheCapacityAndNotBeyond) {
   EXPECT_EQ(Table(TABLE_VALUES), Join(Bytes(2045, 7), Bytes(3, 9)));
 }
 
-TEST_F(TableWriterTest, NothingIsWrittenWithoutATable) {
+TEST_F(TableWriterTest, EveryOperation_WithoutATable_IsRejected) {
   for (TableWriter missing : {writer, TableWriter(nullptr)}) {  // not allocated; no tables at all
     EXPECT_EQ(missing.AppendTableBytes(TABLE_STRINGS, Span({1})), EFI_INVALID_PARAMETER);
     EXPECT_EQ(missing.CountTableEntry(TABLE_STRINGS), EFI_INVALID_PARAMETER);

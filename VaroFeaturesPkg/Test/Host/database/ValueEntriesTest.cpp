@@ -41,7 +41,7 @@ class ValueEntriesTest : public testing::Test {
   TableWriter writer{descriptors.data()};
 };
 
-TEST_F(ValueEntriesTest, RestoredSettingsAreReadAnew) {
+TEST_F(ValueEntriesTest, RestoredSettings_AreReadAgain) {
   // Type, bytes and number of the setting; the record's value before; the setting; the value after.
   const std::tuple<UINT8, UINT16, UINT32, UINT64, FakeSetting, UINT64> rows[] = {
       {0, 1, 300, 0, {5}, 1},                 // the index of the first value that is equal
@@ -76,7 +76,7 @@ TEST_F(ValueEntriesTest, RestoredSettingsAreReadAnew) {
   }
 }
 
-TEST_F(ValueEntriesTest, TwoRestoredStringsAreFetchedFromThePlatform) {
+TEST_F(ValueEntriesTest, RestoredStrings_OfTwoTokens_AreFetchedFromThePlatform) {
   const std::tuple<UINT32, std::optional<std::string>, std::optional<std::string>, bool, std::string,
                    std::optional<std::string>>
       rows[] = {
@@ -99,7 +99,7 @@ TEST_F(ValueEntriesTest, TwoRestoredStringsAreFetchedFromThePlatform) {
   }
 }
 
-TEST_F(ValueEntriesTest, AnEntryIsRefusedByItsEstimateAndThenWrittenAsFarAsItGoes) {
+TEST_F(ValueEntriesTest, Entry_IsRejectedByItsEstimateAndElseCutAtTheCapacity) {
   // Room for 8 bytes; a collection counts as 4 without its members, which then go up to the capacity or not at all.
   ASSERT_EQ(writer.AppendTableBytes(TABLE_VALUES, Span(Bytes(2044 - 8))), EFI_SUCCESS);
   EXPECT_EQ(Append({.Type = 3}, false), EFI_BUFFER_TOO_SMALL);

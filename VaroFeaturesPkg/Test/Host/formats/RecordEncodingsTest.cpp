@@ -10,7 +10,7 @@ namespace {
 
 using RecordEncodingsTest = DatabaseFixture;
 
-TEST_F(RecordEncodingsTest, ByType) {
+TEST_F(RecordEncodingsTest, Encoding_OfEachType_HasTheExpectedBytes) {
   // What follows the head: handle, type and name in the attribute table, handle and type in the value table, the whole
   // head in stream and cache.
   struct Row {
@@ -89,7 +89,7 @@ TEST_F(RecordEncodingsTest, ByType) {
   EXPECT_EQ(ReferenceDecompress(Cached(u"" ATTRIBUTE_CACHE_ATTRIBUTES_DATA)), cached);
 }
 
-TEST_F(RecordEncodingsTest, TheStreamHasAllSlotsBelow256) {
+TEST_F(RecordEncodingsTest, Stream_HasAllSlotsBelow256) {
   EXPECT_EQ(Stream(), Bytes(16, 0xFF));
   for (int i = 0; i < 256; ++i) {
     Put(database, {.Type = 0x86});

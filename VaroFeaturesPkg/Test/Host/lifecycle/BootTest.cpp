@@ -19,7 +19,7 @@ class BootTest : public NotebookFixture {
   }
 };
 
-TEST_F(BootTest, EightRecordsCarryWhatIsPublished) {
+TEST_F(BootTest, Records_CarryThePublishedTables) {
   EXPECT_EQ(notebook.Boot(), EFI_SUCCESS);
   ASSERT_EQ(notebook.Records.size(), 8U);
   const Bytes guid = {0xD0, 0x21, 0x6C, 0xB6, 0xD7, 0x33, 0x27, 0x46, 0x84, 0xD5, 0x14, 0xE0, 0xA9, 0x04, 0x74, 0x56};
@@ -39,7 +39,7 @@ TEST_F(BootTest, EightRecordsCarryWhatIsPublished) {
   EXPECT_THAT(Read().Findings, IsEmpty());  // of directory, descriptors, tables and stream
 }
 
-TEST_F(BootTest, AWarmBootEqualsTheColdOneButForValuesThatChanged) {
+TEST_F(BootTest, WarmBoot_EqualsTheColdOneExceptForChangedValues) {
   notebook.Boot();
   const Reading cold = Read();
   const auto records = notebook.Records;
@@ -75,7 +75,7 @@ TEST_F(BootTest, AWarmBootEqualsTheColdOneButForValuesThatChanged) {
   EXPECT_EQ(notebook.FormSetsParsed, 2U);
 }
 
-TEST_F(BootTest, NestedAndLaterCallsPublishNothingAgain) {
+TEST_F(BootTest, Publication_WhenCalledAgain_PublishesNothing) {
   notebook.Start();
   // While the interface is being installed, while a record is sent, and afterwards.
   EFI_EVENT installed = nullptr;

@@ -213,7 +213,7 @@ TEST_F(CacheDamageTest, UnsealedCache_NoWrongNameAndHealedWithinThreeBoots) {
       boots, wellFormed, misnamed, beforeDamage);
 }
 
-TEST_F(CacheDamageTest, WhatAnOperatingSystemCreates_IsNeverRestored) {
+TEST_F(CacheDamageTest, Variables_OfAnOperatingSystem_AreNeverRestored) {
   for (const char* const version : {"1.0.0", "1.23"}) {
     notebook.FormSets.clear();
     notebook.Uefi.Variables.clear();
@@ -246,7 +246,7 @@ TEST_F(CacheDamageTest, WhatAnOperatingSystemCreates_IsNeverRestored) {
   }
 }
 
-TEST_F(CacheDamageTest, AStatusOfOtherAttributes_StillMarksTheCacheBadAndIsReplaced) {
+TEST_F(CacheDamageTest, Status_WithOtherAttributes_MarksTheCacheBadAndIsReplaced) {
   BootCold("1.0.0");
   notebook.Uefi.Variables.at({Ucs2(kStatus), gVaroAttributeVariableGuid}) = {3, {1}};
   BootAgain();
@@ -254,7 +254,7 @@ TEST_F(CacheDamageTest, AStatusOfOtherAttributes_StillMarksTheCacheBadAndIsRepla
   EXPECT_TRUE(HasColdVariables());
 }
 
-TEST_F(CacheDamageTest, ProtectedVariables_AreGatheredOverInEveryBoot) {
+TEST_F(CacheDamageTest, ProtectedVariables_MakeEveryBootGather) {
   BootCold("1.0.0");
   for (const std::u16string_view name : kVariables) {
     SCOPED_TRACE(std::string(name.begin(), name.end()));
@@ -306,7 +306,7 @@ struct PlainList {
   }
 };
 
-TEST_F(CacheDamageTest, EverySmallChangeOfASmallList_IsReadAsAPlainReaderDoes) {
+TEST_F(CacheDamageTest, EverySmallChangeOfAList_IsReadLikeAPlainReader) {
   notebook.Version = "1.23";
   notebook.AddFormSet(u"S").Numeric(300, u"N", u"P").Help(u"H");
   notebook.Settings[1843] = notebook.Settings[1340] = {0, EFI_NOT_FOUND};

@@ -320,7 +320,7 @@ class CacheModelTest : public NotebookFixture {
   size_t boots_ = 0;
 };
 
-TEST_F(CacheModelTest, EveryShortSequence) {
+TEST_F(CacheModelTest, EveryShortSequence_AgreesWithTheModel) {
   running_ = 'A';
   Walk(Stand(), Model(), "", 1);
   RecordProperty("sequences", std::to_string(sequences_));

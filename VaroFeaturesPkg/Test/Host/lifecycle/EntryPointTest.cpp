@@ -10,7 +10,7 @@ namespace {
 
 using EntryPointTest = NotebookFixture;
 
-TEST_F(EntryPointTest, MissingProtocols) {
+TEST_F(EntryPointTest, MissingProtocol_IsNamedAndStopsOnlyItsPart) {
   const EFI_STATUS missing = EFI_NOT_FOUND;
   const std::tuple<EFI_GUID, EFI_STATUS, bool, const char*> rows[] = {
       {gEfiHiiDatabaseProtocolGuid, missing, false, "gEfiHiiDatabaseProtocolGuid"},
@@ -93,7 +93,7 @@ TEST_F(EntryPointTest, PasswordService_WithAWarning_DoesNotCount) {
   }
 }
 
-TEST_F(EntryPointTest, ALanguageThatNoPackageHas_IsReported) {
+TEST_F(EntryPointTest, Language_ThatNoPackageHas_IsReported) {
   notebook.AddFormSet(u"Setup").Checkbox(300, u"K", u"P");
   for (const auto& [language, warnings] : {std::pair("", 2U), std::pair("en", 1U), std::pair("en-US", 0U)}) {
     notebook.PlatformLanguage = language;
@@ -104,7 +104,7 @@ TEST_F(EntryPointTest, ALanguageThatNoPackageHas_IsReported) {
   }
 }
 
-TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
+TEST_F(EntryPointTest, Signals_InstalledBeforeTheDriver_Count) {
   notebook.InstallProtocols();
   notebook.SignalTablesRequested();
   notebook.SignalFormSetsUpdated();
@@ -112,7 +112,7 @@ TEST_F(EntryPointTest, SignalsMayBeThereBeforeTheDriver) {
   EXPECT_EQ(notebook.Records.size(), 8U);
 }
 
-TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
+TEST_F(EntryPointTest, Modes_AreReadOnceAndAFailureMeansNone) {
   notebook.FactoryMode = true;
   notebook.Settings[3633] = {};
   Gather();
@@ -127,7 +127,7 @@ TEST_F(EntryPointTest, ModesAreAskedForOnceAndAFailureMeansNone) {
   EXPECT_EQ(ByToken(3633), "");
 }
 
-TEST_F(EntryPointTest, UnloadingWhileAWaitIsArmedIsTold) {
+TEST_F(EntryPointTest, Unload_WhileAWaitIsArmed_IsReported) {
   notebook.Start();
   EXPECT_EQ(notebook.Uefi.LoadedImage.Unload(gImageHandle), EFI_SUCCESS);
   EXPECT_EQ(notebook.Uefi.Warnings("unloaded while a notification is pending"), 1U);

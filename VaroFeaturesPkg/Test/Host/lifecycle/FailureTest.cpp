@@ -115,7 +115,7 @@ class FailureTest : public NotebookFixture {
 
 class SingleFailureTest : public FailureTest, public testing::WithParamInterface<std::tuple<Failure, Later>> {};
 
-TEST_P(SingleFailureTest, EveryBootEndsWellAndTheNextOneIsWhole) {
+TEST_P(SingleFailureTest, Boot_WhenCallsFail_EndsCleanlyAndTheNextOneIsComplete) {
   const auto [failure, later] = GetParam();
   const auto [service, status] = failure;
   const bool unseen = service == Service::ProtocolLookup && status == EFI_NOT_FOUND;
@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(Services, SingleFailureTest,
 
 class PairFailureTest : public FailureTest, public testing::WithParamInterface<size_t> {};
 
-TEST_P(PairFailureTest, EveryBootEndsWellAndTheNextOneIsWhole) {
+TEST_P(PairFailureTest, Boot_WhenCallsFail_EndsCleanlyAndTheNextOneIsComplete) {
   const size_t apart = GetParam();
   size_t boots = 0;
   for (const auto& [kind, name] : kKinds) {

@@ -39,7 +39,7 @@ class OnPrereqTest : public testing::Test {
   PrereqCounters counters{};
 };
 
-TEST_F(OnPrereqTest, RunsOnceWhenAllAreThere) {
+TEST_F(OnPrereqTest, Wait_RunsOnceWhenAllProtocolsAreInstalled) {
   const PrereqRecord* const record = Register({&kOne, &kTwo});
   uefi.Install(kTwo, nullptr);
   EXPECT_EQ(gRuns, 0);
@@ -51,7 +51,7 @@ TEST_F(OnPrereqTest, RunsOnceWhenAllAreThere) {
   EXPECT_EQ(gRuns, 1);
 }
 
-TEST_F(OnPrereqTest, SeesWhatIsThereAlreadyAndNotWhatIsThereTwice) {
+TEST_F(OnPrereqTest, Wait_SeesEarlierProtocolsButNoneOnTwoHandles) {
   uefi.Install(kOne, nullptr);
   Register({&kOne});
   EXPECT_EQ(gRuns, 1);
@@ -62,7 +62,7 @@ TEST_F(OnPrereqTest, SeesWhatIsThereAlreadyAndNotWhatIsThereTwice) {
   EXPECT_EQ(uefi.Warnings("more than one handle"), 2U);
 }
 
-TEST_F(OnPrereqTest, OneSuccessSatisfiesAGroup) {
+TEST_F(OnPrereqTest, Group_IsDoneAfterOneSuccess) {
   PrereqRecord* const parent = Register({&kOne});
   const PrereqRecord* const child = Register({&kTwo}, parent);
   const PrereqRecord* const stranger = Register({&kTwo});
@@ -77,7 +77,7 @@ TEST_F(OnPrereqTest, OneSuccessSatisfiesAGroup) {
   EXPECT_EQ(gRuns, 2);
 }
 
-TEST_F(OnPrereqTest, AFailureIsThatOfItsRecordAlone) {
+TEST_F(OnPrereqTest, Failure_EndsOnlyItsOwnRecord) {
   PrereqRecord* const parent = Register({&kOne});
   const PrereqRecord* const child = Register({&kTwo}, parent);
   gAnswer = EFI_DEVICE_ERROR;
@@ -88,7 +88,7 @@ TEST_F(OnPrereqTest, AFailureIsThatOfItsRecordAlone) {
   EXPECT_EQ(gRuns, 2);
 }
 
-TEST_F(OnPrereqTest, ARecordWithoutItsSignatureIsLeftAlone) {
+TEST_F(OnPrereqTest, Record_WithoutItsSignature_IsIgnored) {
   PrereqRecord* const record = Register({&kOne});
   PrereqRecord* const member = Register({&kTwo}, record);
   member->Signature = 0;

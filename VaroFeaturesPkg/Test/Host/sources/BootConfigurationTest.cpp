@@ -18,7 +18,7 @@ class BootConfigurationTest : public NotebookFixture {
   }
 };
 
-TEST_F(BootConfigurationTest, SourcesAreNamedAndOrderedByPriority) {
+TEST_F(BootConfigurationTest, Sources_AreNamedAndOrderedByPriority) {
   const Bytes end = {0x7F, 0xFF, 4, 0};
   const auto bbs = FakeBootOption::Bbs;
   const std::pair<std::vector<FakeBootOption>, std::string> rows[] = {
@@ -59,12 +59,12 @@ TEST_F(BootConfigurationTest, SourcesAreNamedAndOrderedByPriority) {
   }
 }
 
-TEST_F(BootConfigurationTest, ADescriptionEndsAtAWholeCharacter) {
+TEST_F(BootConfigurationTest, Description_EndsAtAWholeCharacter) {
   Boot({{0, true, u"\u4E00x", {}}});
   EXPECT_THAT(Strings(StringArray::Names), Contains(std::string("Varo:\0x:0001", 12)));
 }
 
-TEST_F(BootConfigurationTest, SixteenOptionsFit) {
+TEST_F(BootConfigurationTest, Options_AboveSixteen_AreRejected) {
   std::vector<FakeBootOption> options(16, FakeBootOption{3, true, u"o", {}});
   EXPECT_THAT(Boot(options), testing::EndsWith("Varo:o:0016 order 0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15"));
   options.push_back(options.front());
@@ -75,7 +75,7 @@ TEST_F(BootConfigurationTest, SixteenOptionsFit) {
             Bytes(sizeof(BootConfigurationState)));
 }
 
-TEST_F(BootConfigurationTest, ABlockThatEndsEarlyIsRefused) {
+TEST_F(BootConfigurationTest, Block_ThatEndsEarly_IsRejected) {
   const std::vector<FakeBootOption> options = {{0, true, u"one", FakeBootOption::Bbs(2)}, {1, true, u"two", {}}};
   EXPECT_NE(Boot(options), "");
   for (notebook.BootBlockCut = 1; notebook.BootBlockCut < 50; ++notebook.BootBlockCut) {

@@ -41,7 +41,7 @@ class DependenciesTest : public testing::Test {
   EFI_STATUS status = EFI_SUCCESS;
 };
 
-TEST_F(DependenciesTest, NamesInAnnotationsSelectTheirQuestions) {
+TEST_F(DependenciesTest, List_HasTheQuestionsThatAnnotationsName) {
   const std::u16string fifty(50, u'k');
   const std::u16string fiftyOne(51, u'k');
   const std::pair<std::vector<std::u16string>, std::vector<UINT32>> rows[] = {
@@ -76,7 +76,7 @@ TEST_F(DependenciesTest, NamesInAnnotationsSelectTheirQuestions) {
   EXPECT_EQ(Evaluate({u"A", u"X[ForceIf:A=1][ForceIf:" + fiftyOne + u"=1]"}), (std::vector<UINT32>{0}));
 }
 
-TEST_F(DependenciesTest, TheListEndsAt50AndTheCandidatesAt257) {
+TEST_F(DependenciesTest, List_EndsAt50AndCandidatesAt257) {
   std::vector<std::u16string> keywords(60, u"A");
   keywords.push_back(u"X[ForceIf:A=1]");
   const std::vector<UINT32> list = Evaluate(keywords);
@@ -188,14 +188,14 @@ TEST_F(DependenciesTest, EveryShortKeyword_AgreesWithAPlainEvaluation) {
   std::printf("%zu keywords, %zu with annotations\n", keywords, annotated);
 }
 
-TEST_F(DependenciesTest, AnEarlierListStaysWhenNothingIsFound) {
+TEST_F(DependenciesTest, List_WhenNothingIsFound_KeepsTheEarlierOne) {
   Evaluate({u"A", u"X[ForceIf:A=1]"});
   Dependencies nothing;
   EXPECT_EQ(nothing.BuildPidDepList(), EFI_SUCCESS);
   EXPECT_EQ(notebook.Variable(u"PidDepList")->Data, Join(U32(1)));
 }
 
-TEST_F(DependenciesTest, OnlyAnOrdinaryBootWithThePlatformSettingWritesTheList) {
+TEST_F(DependenciesTest, List_IsWrittenOnlyOutsideFactoryModeWithThePlatformSetting) {
   FakeFormSet& formSet = notebook.AddFormSet(u"Setup");
   formSet.Checkbox(301, u"SecureBoot", u"Secure Boot");
   formSet.Checkbox(302, u"BootMode[ForceIf:SecureBoot=Enabled]", u"Boot Mode").Ineligible();

@@ -16,7 +16,7 @@ class FormSetsTest : public NotebookFixture {
   FakeFormSet& setup = notebook.AddFormSet(u"System Setup");
 };
 
-TEST_F(FormSetsTest, EveryKindOfQuestionBecomesAnAttribute) {
+TEST_F(FormSetsTest, Question_OfEveryKind_BecomesAnAttribute) {
   setup.OneOf(300, u"BootMode[ForceIf:SecureBoot=Enabled]", u"Boot Mode")
       .Help(u"How the system starts.")
       .Value(9)
@@ -53,7 +53,7 @@ TEST_F(FormSetsTest, EveryKindOfQuestionBecomesAnAttribute) {
   EXPECT_FALSE(mState.Setup.AllValuesAtDefault);
 }
 
-TEST_F(FormSetsTest, IdentifiersWithASpecialMeaning) {
+TEST_F(FormSetsTest, SpecialIdentifiers_GetTheirNamesValuesAndBounds) {
   struct Row {
     UINT32 Identifier;
     std::u16string Keyword;
@@ -107,7 +107,7 @@ TEST_F(FormSetsTest, IdentifiersWithASpecialMeaning) {
   }
 }
 
-TEST_F(FormSetsTest, WhichIdentifiersAreEligible) {
+TEST_F(FormSetsTest, Identifiers_AreEligibleByListAndMode) {
   const std::tuple<std::vector<UINT32>, bool, bool> rows[] = {
       {{9346, 1216, 121, 377, 1099, 38237, 3727}, false, true},
       {{1163, 1, 2, 1275, 1337}, true, true},
@@ -136,7 +136,7 @@ TEST_F(FormSetsTest, WhichIdentifiersAreEligible) {
   EXPECT_EQ(Attribute(19), "19 SystemSetup! #0/0 set 16 17 18");
 }
 
-TEST_F(FormSetsTest, DefaultsAndCurrentValues) {
+TEST_F(FormSetsTest, DefaultAndCurrentValue_SelectTheirIndices) {
   const std::tuple<std::optional<UINT64>, UINT64, std::string, std::string, bool> rows[] = {
       {std::nullopt, 0, "1,1", "0,0", true},  // the one-of default byte is then 0
       {UINT64{1}, 1, "2,2", "1,1", true},     // the last match wins
@@ -164,7 +164,7 @@ TEST_F(FormSetsTest, DefaultsAndCurrentValues) {
   EXPECT_THAT(Attribute(16), testing::EndsWith("1,4"));
 }
 
-TEST_F(FormSetsTest, After241CountedQuestionsOnlyCollectionsEnter) {
+TEST_F(FormSetsTest, Walk_After241CountedQuestions_AddsOnlyCollections) {
   for (UINT32 i = 0; i < 241; ++i) {
     setup.Checkbox(2000 + i, u"K", u"P");
   }
@@ -181,7 +181,7 @@ TEST_F(FormSetsTest, After241CountedQuestionsOnlyCollectionsEnter) {
   EXPECT_TRUE(mState.Setup.AttributeLimitReached);
 }
 
-TEST_F(FormSetsTest, OptionsAreCountedInEightBits) {
+TEST_F(FormSetsTest, Options_AreCountedInEightBits) {
   FakeQuestion& question = setup.OneOf(300, u"K", u"P");
   for (UINT64 i = 0; i < 258; ++i) {
     question.Option(i, u"o", u"o");
@@ -192,7 +192,7 @@ TEST_F(FormSetsTest, OptionsAreCountedInEightBits) {
   EXPECT_THAT(Strings(StringArray::Display), ElementsAre("P", "o", "System Setup"));
 }
 
-TEST_F(FormSetsTest, FormSetsThatAreNotWalked) {
+TEST_F(FormSetsTest, Walk_SkipsUnreadableAndHiddenFormSets) {
   setup.Checkbox(300, u"K", u"P");
   FakeFormSet& broken = notebook.AddFormSet(u"Broken");
   broken.ParseStatus = EFI_DEVICE_ERROR;
@@ -211,7 +211,7 @@ TEST_F(FormSetsTest, FormSetsThatAreNotWalked) {
   EXPECT_NE(notebook.Published(), nullptr);  // a setup without form sets is not a failure
 }
 
-TEST_F(FormSetsTest, TextsFollowThePlatformLanguage) {
+TEST_F(FormSetsTest, Texts_FollowThePlatformLanguage) {
   setup.Numeric(300, u"K", u"P").WithoutKeyword();
   setup.String(301, u"L", std::u16string(175, u'x')).Help(u"of a text that is too long");
   Gather();
@@ -227,7 +227,7 @@ TEST_F(FormSetsTest, TextsFollowThePlatformLanguage) {
   EXPECT_EQ(Attribute(16), "16 P #300/1 int 0..0/0 0,0");
 }
 
-TEST_F(FormSetsTest, AQuestionOrCollectionWhoseNameGetsNoHandle_IsDroppedWithItsTexts) {
+TEST_F(FormSetsTest, Question_WhoseNameGetsNoHandle_IsDroppedWithItsTexts) {
   const std::u16string tooLong(0x8000, u'n');
   setup.Checkbox(300, tooLong, u"Long").Help(u"Help");
   setup.OneOf(301, tooLong, u"Long too").Option(1, u"One", u"First");

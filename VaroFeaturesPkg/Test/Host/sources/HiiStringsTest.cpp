@@ -42,7 +42,7 @@ class HiiStringsTest : public testing::Test {
   EFI_STRING_ID french = 0;
 };
 
-TEST_F(HiiStringsTest, ALanguageThatCannotBeHadIsReplacedOnceByThePlatforms) {
+TEST_F(HiiStringsTest, Language_WhenMissing_IsReplacedOnceByThePlatforms) {
   const std::tuple<const CHAR8*, EFI_STRING_ID, const CHAR8*, Text> rows[] = {
       {nullptr, both, nullptr, {u"English", true}},
       {"fr-FR", both, nullptr, {u"Fran\u00e7ais", true}},
@@ -131,7 +131,7 @@ TEST_F(HiiStringsTest, EveryShortListAndLanguage_AgreesWithAPlainComparison) {
   std::printf("%zu lists and languages, %zu found\n", texts.size() * texts.size(), listed);
 }
 
-TEST_F(HiiStringsTest, ASizeThatOverflows_IsRejected) {
+TEST_F(HiiStringsTest, Size_ThatOverflows_IsRejected) {
   static UINTN size;
   uefi.HiiString.GetLanguages = [](const EFI_HII_STRING_PROTOCOL*, EFI_HII_HANDLE, CHAR8* languages,
                                    UINTN* needed) -> EFI_STATUS {

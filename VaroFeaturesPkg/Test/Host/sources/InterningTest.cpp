@@ -23,7 +23,7 @@ class InterningTest : public DatabaseFixture {
   Ucs2String Stored(StringArray array, UINT16 handle) { return database.StoredText(array, StringHandle{handle}); }
 };
 
-TEST_F(InterningTest, EqualCleanedTextsShareAHandle) {
+TEST_F(InterningTest, EqualCleanedTexts_ShareAHandle) {
   for (const bool display : {false, true}) {
     const auto intern = [&](std::u16string_view text) { return display ? Display(text) : Name(text); };
     EXPECT_EQ(intern(u"  Enabled"), Interned(16, false));
@@ -39,7 +39,7 @@ TEST_F(InterningTest, EqualCleanedTextsShareAHandle) {
   }
 }
 
-TEST_F(InterningTest, DisplayTextsEndAt174Characters) {
+TEST_F(InterningTest, DisplayText_Above174Characters_IsDropped) {
   const std::u16string longest(174, u'x');
   EXPECT_EQ(Display(longest + u"x"), Interned(0, false));
   EXPECT_EQ(Display(u" " + longest), Interned(0, false));  // measured before cleaning
@@ -48,14 +48,14 @@ TEST_F(InterningTest, DisplayTextsEndAt174Characters) {
   EXPECT_EQ(Stored(StringArray::Display, 16), Ucs2(longest));
 }
 
-TEST_F(InterningTest, AGivenLengthLimitsWhatIsKept) {
+TEST_F(InterningTest, Text_IsCutAtTheGivenLength) {
   EXPECT_EQ(Display(u"abcdef", 6), Interned(16, false));
   EXPECT_EQ(Stored(StringArray::Display, 16), Ucs2(u"abc"));
   EXPECT_EQ(Display(u"xyz", 100000), Interned(17, false));
   EXPECT_EQ(Stored(StringArray::Display, 17), Ucs2(u"xyz"));
 }
 
-TEST_F(InterningTest, StarsKeepDisplayTextsApart) {
+TEST_F(InterningTest, EqualDisplayTexts_AreKeptApartByStars) {
   const auto distinct = [&](std::u16string_view text) {
     const InternedString interned = InternDistinctDisplayString(database, Ucs2(text).c_str());
     return Interned(Raw(interned.Handle), interned.AlreadyPresent);
@@ -70,7 +70,7 @@ TEST_F(InterningTest, StarsKeepDisplayTextsApart) {
   EXPECT_EQ(distinct(longest), Interned(0, true));  // there is no room for a star
 }
 
-TEST_F(InterningTest, HelpTextsEndBelow4096Characters) {
+TEST_F(InterningTest, HelpText_From4096Characters_IsDropped) {
   Display(u"one");
   Display(u"two");
   const auto set = [&](const std::u16string& text, UINT16 handle) {

@@ -17,7 +17,7 @@ void GiveFactorySettings(FakeNotebook& notebook) {
   }
 }
 
-TEST_F(PlatformAttributesTest, AFactoryHasTenMoreBeforeThem) {
+TEST_F(PlatformAttributesTest, FactoryMode_AddsItsAttributesBeforeTheOthers) {
   GiveFactorySettings(notebook);
   notebook.Settings[3728] = {2};
   notebook.Settings[9902] = {0x4150};
@@ -56,7 +56,7 @@ TEST_F(PlatformAttributesTest, AFactoryHasTenMoreBeforeThem) {
             "A flag to configure charging performance limitation for EU products.");
 }
 
-TEST_F(PlatformAttributesTest, AnUnreadableSettingDropsItsAttribute) {
+TEST_F(PlatformAttributesTest, UnreadableSetting_DropsItsAttribute) {
   GiveFactorySettings(notebook);
   const std::set<UINT32> tolerant = {3728, 1881, 12054};  // with value 0
   for (const UINT32 setting : {3633, 1751, 3728, 1756, 1879, 9902, 1881, 1469, 12054, 1843, 1340}) {
@@ -76,7 +76,7 @@ TEST_F(PlatformAttributesTest, AnUnreadableSettingDropsItsAttribute) {
   EXPECT_EQ(ByToken(1751), "17 OverrideBatteryChargeFactory #1751/1 enum Disabled=0|Enabled=1 1,0");
 }
 
-TEST_F(PlatformAttributesTest, CamerasKeepTheirNumbers) {
+TEST_F(PlatformAttributesTest, Cameras_KeepTheirNumbers) {
   const std::tuple<std::vector<const CHAR8*>, std::optional<UINT8>, Texts> rows[] = {
       {{"a", "", nullptr, "dd"}, std::nullopt, {"17 MIPICam1! #3732/0 str 0..2 a", "18 MIPICam4! #3735/0 str 0..3 dd"}},
       {{"a", "b", "c", "d", "e", "f"},
@@ -117,7 +117,7 @@ class PasswordsTest : public NotebookFixture {
   const std::string suffix = R"([RegEx:^\\133\\x20-\\x7e\\135{0,32}$])";
 };
 
-TEST_F(PasswordsTest, TwoOrThreeWithTheirLengthsAndStates) {
+TEST_F(PasswordsTest, Passwords_AreTwoOrThreeWithLengthAndState) {
   notebook.Passwords = {Entry(1, 1), Entry(0, 3), Entry(2, 2), Entry(0, 0, gVaroSettingsNamespaceGuid), Entry(7, 1)};
   EXPECT_THAT(Passwords(), ElementsAre("1 AdminPassword" + suffix + " #1175/0 pw 33 1",
                                        "2 SystemPassword" + suffix + " #1174/0 pw 34 1", ""));
@@ -132,7 +132,7 @@ TEST_F(PasswordsTest, TwoOrThreeWithTheirLengthsAndStates) {
   EXPECT_EQ(Passwords().back(), "");
 }
 
-TEST_F(PasswordsTest, LaterEntriesWinAndFailuresCountAsNotInstalled) {
+TEST_F(PasswordsTest, LaterEntries_WinAndFailuresMeanNotInstalled) {
   notebook.Passwords = {Entry(1, 1), Entry(1, 0), Entry(0, 0), Entry(0, 1)};
   notebook.Settings[1621].Status = EFI_DEVICE_ERROR;
   EXPECT_THAT(Passwords(), ElementsAre("1 AdminPassword" + suffix + " #1175/0 pw 0 0",

@@ -43,7 +43,7 @@ Arrange Count(size_t counter, UINT64 value) {
   };
 }
 
-TEST(CacheVerdictTest, PreparedStoresGetTheirVerdicts) {
+TEST(CacheVerdictTest, Cache_OfEachPreparedStore_GetsItsVerdict) {
   struct Row {
     const char* What;
     Arrange After;  // the boot
@@ -131,7 +131,7 @@ Image RestoredAfter(const Arrange& damage) {
 }
 
 // No later string gets the handle of a name that was lost.
-TEST(CacheImageTest, LostTextsKeepTheirHandlesAndAreEmpty) {
+TEST(CacheImageTest, LostTexts_KeepTheirHandlesAndAreEmpty) {
   const Image whole = RestoredAfter([](FakeNotebook&) {});
   const size_t names = whole.Strings.Entries.size();
   std::uint16_t highest = 0;

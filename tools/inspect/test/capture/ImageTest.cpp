@@ -42,7 +42,7 @@ std::string CodesOf(const Image& image) {
 }
 
 // What each damage makes of the lines and of the findings; every CRC is right unless the row is about it.
-TEST(InspectTest, DamageIsNamedAndShownWithoutGuessing) {
+TEST(InspectTest, Show_OfDamage_NamesItAndGuessesNothing) {
   using N = Notebook&;
   const std::tuple<std::function<void(N)>, std::string, std::string> rows[] = {
       {[](N) {}, kNotebookLines, ""},
@@ -74,7 +74,7 @@ TEST(InspectTest, DamageIsNamedAndShownWithoutGuessing) {
   }
 }
 
-TEST(InspectTest, FillCountsWhatTheTablesLackOfTheStore) {
+TEST(InspectTest, Fill_CountsTheEntriesThatTablesLack) {
   Notebook notebook;
   notebook.Records.resize(14, {.Type = 1, .Name = 25, .Text = std::string(500, 'x')});
   notebook.Damage = [](Payloads& payloads) { payloads[7][12] += 3; };  // names that the store counts
@@ -92,7 +92,7 @@ TEST(InspectTest, FillCountsWhatTheTablesLackOfTheStore) {
 }
 
 // The record of handle 255 begins with the byte that marks an empty slot, and handles beyond it are not in the stream.
-TEST(InspectTest, TheStreamIsFollowedUpToItsLastSlot) {
+TEST(InspectTest, Stream_IsReadUpToItsLastSlot) {
   for (const std::size_t count : {239, 240, 241}) {
     Notebook notebook;
     notebook.Records.assign(count, {.Type = 2, .Name = 16, .Installed = 1});
@@ -126,7 +126,7 @@ std::optional<Image> Examine(const Out& capture, bool inFull) {
   }
 }
 
-TEST(InspectTest, ACaptureCutAnywhereIsUnusableOrHasFindings) {
+TEST(InspectTest, Capture_CutAnywhere_IsUnusableOrHasFindings) {
   const Out whole = Encode({});
   std::size_t readable = 0;
   for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -139,7 +139,7 @@ TEST(InspectTest, ACaptureCutAnywhereIsUnusableOrHasFindings) {
   EXPECT_GT(readable, 400u);  // the records behind the value table can be missed
 }
 
-TEST(InspectTest, NoFlippedBitChangesALineUnnoticed) {
+TEST(InspectTest, FlippedBit_ThatChangesALine_IsAFinding) {
   Out capture = Encode({});
   for (std::size_t bit = 0; bit < 8 * capture.size(); bit += 5) {  // two or one of every byte
     const auto mask = static_cast<std::uint8_t>(1U << (bit % 8));

@@ -15,7 +15,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-TEST(KeywordsTest, NamesAreTakenApart) {
+TEST(KeywordsTest, Names_AreSplitIntoTextAndAnnotations) {
   struct Row {
     const char* Name;
     const char* Bare;

@@ -23,7 +23,7 @@ const std::string kPlacedTexts =
 const std::string kLockout = "MasterPasswordLockout=Master Password Lockout|\n";
 const std::string kSupport = "AuxoraSupportLevel=Auxora Support Level|\n";
 
-TEST(PairingTest, EachAttributeHasTheTextsOfItsQuestion) {
+TEST(PairingTest, Attributes_GetTheTextsOfTheirQuestions) {
   const std::pair<Arrange, std::string> rows[] = {
       {Ordinary,
        "Start=Start|When it starts.\nMode=Mode|How.\nLamp=Lamp|Light.\nTag[RegEx:^a*$]=Start|\nPowerSetup=Power "
@@ -64,7 +64,7 @@ TEST(PairingTest, EachAttributeHasTheTextsOfItsQuestion) {
   }
 }
 
-TEST(PairingTest, TextsOutOfOrderAreNotPaired) {
+TEST(PairingTest, Texts_OutOfOrder_AreNotPaired) {
   Boot boot(Ordinary);
   Out& display = boot.Sent[5];
   const Out title = Join(u"Power Setup");

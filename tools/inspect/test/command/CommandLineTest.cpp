@@ -73,7 +73,7 @@ class CommandLineTest : public ::testing::Test {
   std::ostringstream err_;
 };
 
-TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
+TEST_F(CommandLineTest, EachCommandLine_HasItsExitStatusAndOutput) {
   Save("empty.bin", {});
   Save("noise.bin", Out(100, 'x'));
   struct Row {
@@ -138,7 +138,7 @@ TEST_F(CommandLineTest, ExitStatusAndOutputOfEachForm) {
   }
 }
 
-TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(CommandLineTest, Output_ThatCannotBeWritten_IsAFailure) {
   const char* lines[] = {"show a.bin",
                          "show --json a.bin",
                          "validate a.bin",
@@ -159,18 +159,18 @@ TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAFailure) {
   }
 }
 
-TEST_F(CommandLineTest, ACaptureIsNotWrittenToATerminal) {
+TEST_F(CommandLineTest, Import_ToATerminal_WritesNothing) {
   EXPECT_EQ(RunTo("import a.bin", {.Terminal = true}, out_), 2);
   EXPECT_EQ(out_.str(), "");
 }
 
-TEST_F(CommandLineTest, ADashIsStandardInput) {
+TEST_F(CommandLineTest, Dash_IsStandardInput) {
   ASSERT_NE(std::freopen((folder_ / "a.bin").c_str(), "rb", stdin), nullptr);
   EXPECT_EQ(Run("show --no-tables -"), 0) << err_.str();
   EXPECT_EQ(out_.str(), kNotebookLines);
 }
 
-TEST_F(CommandLineTest, JsonHoldsTheWholeCapture) {
+TEST_F(CommandLineTest, Json_HasTheWholeCapture) {
   ASSERT_EQ(Run("show --json a.bin"), 0);
   const auto json = nlohmann::json::parse(out_.str());
   const std::pair<const char*, nlohmann::json> rows[] = {

@@ -46,7 +46,7 @@ std::string Diff(const Notebook& older, const Notebook& newer, bool values = tru
 constexpr int kSecureBoot = 2, kAsset = 3, kSecurity = 4, kHour = 5, kFan = 6, kMinute = 7, kClock = 8;
 
 // One change each, told in one line; those above the bar break what was written for the older one.
-TEST(DiffTest, EachChangeIsOneLine) {
+TEST(DiffTest, Diff_PrintsOneLineForEachChange) {
   using N = Notebook&;
   const std::pair<std::function<void(N)>, std::string> breaking[] = {
       {[](N n) { n.Records[kAsset].Type |= 0x80; }, "Asset (7) read-only: no -> yes"},
@@ -109,7 +109,7 @@ TEST(DiffTest, EachChangeIsOneLine) {
   check(other, "other", false);
 }
 
-TEST(DiffTest, NothingIsToldOfTheSameBuild) {
+TEST(DiffTest, Diff_OfTheSameBuild_IsEmpty) {
   Notebook newer = MakeSetup();
   newer.Names.insert(newer.Names.begin(), "unused");  // every string handle is another
   for (RecordSpec& record : newer.Records) {
@@ -125,7 +125,7 @@ TEST(DiffTest, NothingIsToldOfTheSameBuild) {
   EXPECT_THAT(Diff(MakeSetup(), newer), ::testing::HasSubstr("Hour current: 8 -> 50\n1 difference,"));
 }
 
-TEST(DiffTest, TheLowByteOfABootFromTheCacheIsExplained) {
+TEST(DiffTest, Diff_ExplainsALowByteFromTheCache) {
   Notebook older = MakeSetup();
   Notebook newer = MakeSetup();
   older.Records[kHour].Current = 720;
@@ -138,7 +138,7 @@ TEST(DiffTest, TheLowByteOfABootFromTheCacheIsExplained) {
 }
 
 // A cache has no boot configuration, so one that it lacks was not removed.
-TEST(DiffTest, ABootAndItsOwnCacheDoNotDiffer) {
+TEST(DiffTest, Diff_OfABootAndItsCache_IsEmpty) {
   const Boot boot(Ordinary);
   Findings findings;
   const Image sent = boot.Decode();
@@ -150,7 +150,7 @@ TEST(DiffTest, ABootAndItsOwnCacheDoNotDiffer) {
             "0 differences, 0 breaking\n");
 }
 
-TEST(DiffTest, TextsAreComparedWhereBothAreKnown) {
+TEST(DiffTest, Diff_ComparesTextsKnownOnBothSides) {
   const Image image = DecodeImage(Encode(MakeSetup()));
   Catalog older = MakeCatalog(image);
   Catalog newer = older;

@@ -29,7 +29,7 @@ Out Import(const std::string& json) {
   return ImportJson({reinterpret_cast<const std::uint8_t*>(json.data()), json.size()});
 }
 
-TEST(ExportTest, EveryByteComesBackWhateverIsWrongWithThem) {
+TEST(ExportTest, ExportAndImport_OfAnyCapture_GiveTheSameBytes) {
   Notebook notebook;
   notebook.Displays.push_back({char16_t{0xD83D}, char16_t{0xDE00}});
   const Out whole = Encode(notebook);
@@ -50,7 +50,7 @@ TEST(ExportTest, EveryByteComesBackWhateverIsWrongWithThem) {
   EXPECT_EQ(Import(ExportOf(half)), half);
 }
 
-TEST(ExportTest, AnEditedExportIsACaptureWithItsEdits) {
+TEST(ExportTest, Import_OfAnEditedExport_HasTheEdits) {
   Json json = Json::parse(ExportOf(Encode({})));
   json["records"][2]["entries"][8]["text"] = "Stunde";
   json["records"][3]["entries"][4]["upper"] = json["records"][7]["entries"][4]["upper"] = 23;
@@ -61,7 +61,7 @@ TEST(ExportTest, AnEditedExportIsACaptureWithItsEdits) {
   EXPECT_EQ(image.FindByName("Stunde").at(0)->Bounds, Bounds(IntegerBounds{5, 23, 3, 8}));
 }
 
-TEST(ExportTest, WhatCannotBeImportedIsNamedByItsPlace) {
+TEST(ExportTest, Import_OfAWrongExport_NamesThePlace) {
   using J = Json&;
   const std::pair<std::function<void(J)>, std::string> rows[] = {
       {[](J j) { j = 5; }, "the export is no object"},

@@ -17,7 +17,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // Collections become menus, annotations conditions and expressions; whatever has no place is listed.
-TEST(RedfishTest, EachPartIsMappedOrListed) {
+TEST(RedfishTest, EachPart_IsMappedOrListedAsLeftOut) {
   Notebook notebook;
   notebook.Names = Split(
       "Admin[RegEx:^\\\\133\\\\x20-\\\\x7e\\\\135{0,32}$]|Boot order|Disk|Secure "

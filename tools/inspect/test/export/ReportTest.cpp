@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 using Json = nlohmann::ordered_json;
 
 // A name is what the firmware made it: it may look like the end of the script that carries it.
-TEST(ReportTest, NoTextOfACaptureIsMarkup) {
+TEST(ReportTest, Texts_OfACapture_AreNeverMarkup) {
   Notebook notebook;
   notebook.Names[5] = "</script><img>@SCRIPT@";
   const Image image = DecodeImage(Encode(notebook));

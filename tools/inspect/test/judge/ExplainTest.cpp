@@ -17,7 +17,7 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 
-TEST(ExplainTest, AChainIsFollowedToItsEnd) {
+TEST(ExplainTest, Explain_FollowsAChainToItsEnd) {
   const Boot boot([](FakeNotebook& notebook) {
     FakeFormSet& form = notebook.AddFormSet(u"Setup");
     const auto add = [&form](UINT32 id, const char16_t* name, const char16_t* off, const char16_t* on) {

@@ -12,7 +12,7 @@
 namespace corvane::inspect {
 namespace {
 
-TEST(ExpressionTest, CompilesAndMatchesWithinLimits) {
+TEST(ExpressionTest, Expression_CompilesAndMatchesWithinLimits) {
   EXPECT_TRUE(Expression("^[\\x20-\\x7e]{0,3}$").Matches("abc"));
   EXPECT_FALSE(Expression("^[\\x20-\\x7e]{0,3}$").Matches("abcd"));
   EXPECT_EQ(Expression("^[a-z{0,32}$").Problem(), "missing terminating ] for character class at offset 12");

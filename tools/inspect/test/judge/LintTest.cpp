@@ -25,7 +25,7 @@ std::string CodesOf(const std::vector<LintFinding>& findings) {
   return codes;
 }
 
-TEST(LintTest, EachKindOfFaultInASetupIsFound) {
+TEST(LintTest, Lint_FindsEachKindOfFaultInASetup) {
   using Form = FakeFormSet&;
   const auto onOff = [](Form form, UINT32 id, const char16_t* name, const char16_t* off, const char16_t* on) {
     form.OneOf(id, name, name).Option(0, off, off).Option(1, on, on).Value(0);
@@ -89,7 +89,7 @@ TEST(LintTest, EachKindOfFaultInASetupIsFound) {
   }
 }
 
-TEST(LintTest, WhatATableLacksIsNamedFromTheCacheOfTheSameBoot) {
+TEST(LintTest, Lint_NamesLostEntriesFromTheCacheOfTheBoot) {
   const auto arrange = [](FakeNotebook& notebook) {
     Ordinary(notebook);
     FakeFormSet& form = notebook.AddFormSet(u"More");

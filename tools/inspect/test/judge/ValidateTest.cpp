@@ -53,7 +53,7 @@ void DropLast(Records& sent, std::size_t type, std::size_t entrySize) {
   Mend(sent, type);
 }
 
-TEST(DamageTest, EachKindIsCaughtOrHarmless) {
+TEST(DamageTest, Damage_OfEachKind_IsFoundOrHarmless) {
   using R = Records&;
   const char* kHarmless = "harmless";
   const std::pair<const char*, std::function<void(R)>> rows[] = {
