@@ -7,6 +7,8 @@
 #   GuidCheck         no two modules, packages or declarations have the same GUID; the declarations are described
 #   LicenseCheck      every file has the licence line
 #
+# Besides, every GUID and protocol of an INF file has a usage mark, such as "## CONSUMES".
+#
 # Prints a line for each violation; exits 1 when there is one.
 #
 # Copyright (c) 2026, Corvane contributors
@@ -100,6 +102,18 @@ def check_guids(rules, root, package, infs):
             yield f"{value} is the GUID of {' and of '.join(names)}"
 
 
+def check_usage_marks(root, infs):
+    for inf in infs:
+        listed = marked = False
+        for line in inf.read_text("utf-8").splitlines():
+            entry = line.split("#")[0].strip()
+            if entry.startswith("["):
+                listed = entry.startswith(("[Guids", "[Protocols", "[Ppis"))
+            elif listed and entry and not marked and "## " not in line:
+                yield f"{inf.relative_to(root)}: {entry} has no usage mark"
+            marked = line.lstrip().startswith("## ")
+
+
 def check_licence(rules, root, package):
     for file in sorted(package.rglob("*")):
         name = file.relative_to(root).as_posix()
@@ -117,6 +131,7 @@ def main(folder):
         *check_dependencies(rules["DependencyCheck"], root, infs),
         *check_completeness(rules["DscCompleteCheck"], root, package, infs),
         *check_guids(rules["GuidCheck"], root, package, infs),
+        *check_usage_marks(root, infs),
         *check_licence(rules["LicenseCheck"], root, package),
     ]
     print("\n".join(found), end="\n" if found else "")
