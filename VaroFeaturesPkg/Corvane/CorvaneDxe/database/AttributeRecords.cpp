@@ -105,6 +105,19 @@ OwnedRecord<AttributeRecord> MakeAttribute(const AttributeRecord& head) {
   return record;
 }
 
+OwnedRecord<EnumerationRecord> MakeEnumeration(UINT8 count, bool readOnly) {
+  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>(readOnly);
+  if (record) {
+    record->PossibleValueCount = count;
+    record->PossibleValueNames = AllocateZeroedArray<UINT16>(count).release();
+    record->PossibleValues = AllocateZeroedArray<UINT64>(count).release();
+    if (record->PossibleValueNames == nullptr || record->PossibleValues == nullptr) {
+      record.reset();
+    }
+  }
+  return record;
+}
+
 [[gnu::noinline]] void FreeRecord(AttributeRecord* record) {
   if (record == nullptr) {
     return;

@@ -104,6 +104,9 @@ template <typename T>
   return OwnedRecord<T>{reinterpret_cast<T*>(MakeAttribute(head).release())};
 }
 
+/// An enumeration with zero-filled arrays for `count` possible values, or null.
+[[nodiscard]] OwnedRecord<EnumerationRecord> MakeEnumeration(UINT8 count, bool readOnly = false);
+
 /// The record without its body's type, as stores take it.
 template <typename T>
 [[nodiscard]] OwnedRecord<AttributeRecord> AsAttribute(OwnedRecord<T>&& record) {

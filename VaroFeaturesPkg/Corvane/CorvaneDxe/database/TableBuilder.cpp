@@ -53,6 +53,21 @@ size_t AttributeEntrySize(const AttributeRecord& record, const AttributeEntry& e
          (isEnumeration ? sizeof(EnumerationDefault) : 0);
 }
 
+/// Number of attributes after `slot`.
+[[maybe_unused]] int CountAfter(const AttributeDatabase& database, UINT16 slot) {
+  int count = 0;
+  while (database.NextAttribute(slot) != nullptr) {
+    ++count;
+  }
+  return count;
+}
+
+void WarnCut([[maybe_unused]] const AttributeDatabase& database, [[maybe_unused]] const CHAR8* table,
+             [[maybe_unused]] const AttributeRecord& first, [[maybe_unused]] UINT16 slot) {
+  DEBUG((DEBUG_WARN, "CorvaneDxe: %a table cut before handle %d: %d attributes are left out, from \"%s\"\n", table,
+         first.Handle, 1 + CountAfter(database, slot), database.GetNameString(StringHandle{first.NameHandle})));
+}
+
 std::byte* Put(std::byte* place, std::span<const std::byte> bytes) {
   CopyMem(place, bytes.data(), bytes.size());
   return place + bytes.size();
@@ -107,8 +122,7 @@ EFI_STATUS TableBuilder::BuildAttributeTable() {
   UINT16 slot = 0;
   while (const AttributeRecord* const record = database_.NextAttribute(slot)) {
     if (EFI_ERROR(AppendAttributeEntry(table, *record))) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: attribute table cut before handle %d \"%s\"\n", record->Handle,
-             database_.GetNameString(StringHandle{record->NameHandle})));
+      WarnCut(database_, "attribute", *record, slot);
       break;
     }
   }
@@ -122,8 +136,7 @@ EFI_STATUS TableBuilder::BuildValueTable() {
   UINT16 slot = 0;
   while (AttributeRecord* const record = database_.NextAttribute(slot)) {
     if (EFI_ERROR(values_.AppendValueEntry(writer_, TABLE_VALUES, *record))) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: value table cut before handle %d \"%s\"\n", record->Handle,
-             database_.GetNameString(StringHandle{record->NameHandle})));
+      WarnCut(database_, "value", *record, slot);
       break;
     }
   }
@@ -140,14 +153,15 @@ EFI_STATUS TableBuilder::StartTextTable(UINT32 index) {
 
 void TableBuilder::AppendTexts(UINT32 index, StringArray array) {
   TableDescriptor& table = *writer_.Filling(index);
-  database_.ForEachText(array, [&table, array](UINT16 handle, const CHAR16* text) {
+  database_.ForEachText(array, [this, &table, array](UINT16 handle, const CHAR16* text) {
     const bool narrow = array == StringArray::Names;
     const Ucs2View shown = ViewOf(array == StringArray::Display ? AttributeDatabase::WithoutStars(text) : text);
     const size_t size = narrow ? shown.size() : shown.size_bytes();
     const PLDM_BIOS_STRING_ENTRY head{handle, static_cast<UINT16>(size)};
     std::byte* const entry = TableWriter::AddEntry(table, sizeof(head) + size);
     if (entry == nullptr) {
-      DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d \"%s\"\n", table.TableType, handle, text));
+      DEBUG((DEBUG_WARN, "CorvaneDxe: text table %d cut before handle %d: %d texts are left out, from \"%s\"\n",
+             table.TableType, handle, database_.StringLimit(array) - handle, text));
       return false;
     }
     __builtin_memcpy(entry, &head, sizeof(head));

@@ -6,32 +6,16 @@
 **/
 #include "sources/Cameras.hpp"
 
-#include "sources/Interning.hpp"
+#include "sources/PlatformAttributes.hpp"
 #include "uefi/Protocols.hpp"
 
 extern "C" {
-#include <Corvane/OwnAttributes.h>
 #include <Protocol/CameraIdentifiers.h>
 }
 
 namespace {
 
 constexpr std::array<OwnAttribute, 4> kCameras = {{OWN_CAMERA_1, OWN_CAMERA_2, OWN_CAMERA_3, OWN_CAMERA_4}};
-
-void BuildCamera(AttributeDatabase& database, const OwnAttribute& camera, const CHAR8* identifier) {
-  OwnedRecord<StringRecord> record = MakeRecord<StringRecord>(true);
-  PoolPtr<CHAR8[]> copy = CopyAscii(identifier);
-  if (!record || !copy) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: attribute \"%a\" dropped: out of memory\n", camera.Name));
-    return;
-  }
-  record->Head.NameHandle = Raw(InternOwnTexts(database, camera.Name, camera.DisplayText).Name);
-  record->Head.Token = camera.Token;
-  record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
-  record->MaxLength = static_cast<UINT16>(AsciiLength(identifier) + 1);
-  record->CurrentString = copy.release();
-  database.AddAttribute(AsAttribute(std::move(record)));
-}
 
 }  // namespace
 
@@ -46,7 +30,7 @@ EFI_STATUS BuildCameras(AttributeDatabase& database) {
     if (camera < kCameras.size() && cameras->Identifiers != nullptr) {
       const CHAR8* const identifier = cameras->Identifiers[camera];
       if (identifier != nullptr && *identifier != 0) {
-        BuildCamera(database, kCameras[camera], identifier);
+        BuildFixedText(database, kCameras[camera], identifier, 0, static_cast<UINT16>(AsciiLength(identifier) + 1));
       }
     }
     ++camera;

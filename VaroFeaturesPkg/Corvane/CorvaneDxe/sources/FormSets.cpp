@@ -100,7 +100,7 @@ void FormSets::TakeQuestion(const QuestionRecord& question) {
   }
   // The keyword is wanted by the attribute and by the dependencies: it is fetched and copied once.
   const HiiText fetched = strings_.GetHiiString(question.HiiHandle, question.Prompt, kKeywordLanguage);
-  PoolPtr<CHAR16[]> keyword = CopyUcs2(fetched.Text, StringLength(fetched.Text) * sizeof(CHAR16));
+  PoolPtr<CHAR16[]> keyword = CopyUcs2(std::as_bytes(ViewOf(fetched.Text)));
   if (!keyword) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: question %d dropped: out of memory\n", question.Identifier));
     return;
@@ -152,7 +152,7 @@ void FormSets::AddQuestion(const QuestionRecord& question, const CHAR16* keyword
 void FormSets::AddCollection(const FormSetRecord& formSet, UINT64 attributesBefore) {
   const auto count = static_cast<UINT8>(database_.GetAttributeCount() - attributesBefore);
   const CHAR16* const title = strings_.GetHiiString(formSet.HiiHandle, formSet.Title).Text;
-  const PoolPtr<CHAR16[]> name = CopyUcs2(title, StringLength(title) * sizeof(CHAR16));
+  const PoolPtr<CHAR16[]> name = CopyUcs2(std::as_bytes(ViewOf(title)));
   OwnedRecord<CollectionRecord> record = MakeRecord<CollectionRecord>(true);
   PoolPtr<UINT16[]> items = AllocateZeroedArray<UINT16>(count);
   if (!name || !record || !items) {

@@ -54,8 +54,8 @@ InternedString InternAttributeName(AttributeDatabase& database, const CHAR16* na
   return {database.AddString(StringArray::Names, std::move(cleaned), key.Hash), false};
 }
 
-InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text, size_t byteLength) {
-  TextKey key(text);
+InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text) {
+  const TextKey key(text);
   if (key.Length > kLongestDisplayText) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: display text \"%s\" dropped: longer than %d characters\n", text,
            static_cast<int>(kLongestDisplayText)));
@@ -70,11 +70,6 @@ InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* te
     return {};
   }
   CleanString(cleaned.get(), text);
-  const size_t length = key.Length * sizeof(CHAR16);
-  if (byteLength != 0 && byteLength < length) {
-    ZeroMem(reinterpret_cast<std::byte*>(cleaned.get()) + byteLength, length - byteLength);
-    key = TextKey(cleaned.get());
-  }
   return {database.AddString(StringArray::Display, std::move(cleaned), key.Hash), false};
 }
 
@@ -102,15 +97,14 @@ InternedPair InternOwnTexts(AttributeDatabase& database, const CHAR8* name, cons
   return {.Name = InternOwnName(database, name), .Display = InternOwn(database, displayName, StringArray::Display)};
 }
 
-void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle, size_t byteLength) {
-  const size_t length = StringLength(text);
-  if (Raw(displayHandle) == 0 || length >= kHelpTextLimit) {
-    DEBUG((DEBUG_WARN, "CorvaneDxe: help text of %d characters dropped (display handle %d)\n", static_cast<int>(length),
-           Raw(displayHandle)));
+void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle) {
+  const Ucs2View whole = ViewOf(text);
+  if (Raw(displayHandle) == 0 || whole.size() >= kHelpTextLimit) {
+    DEBUG((DEBUG_WARN, "CorvaneDxe: help text of %d characters dropped (display handle %d)\n",
+           static_cast<int>(whole.size()), Raw(displayHandle)));
     return;
   }
-  PoolPtr<CHAR16[]> copy =
-      CopyUcs2(text, byteLength == 0 ? length * sizeof(CHAR16) : std::min(byteLength, length * sizeof(CHAR16)));
+  PoolPtr<CHAR16[]> copy = CopyUcs2(std::as_bytes(whole));
   if (!copy) {
     DEBUG((DEBUG_WARN, "CorvaneDxe: help text dropped: out of memory (display handle %d)\n", Raw(displayHandle)));
     return;

@@ -24,9 +24,8 @@ inline StringHandle InternName(AttributeDatabase& database, const CHAR16* name) 
 /// Longest text, in characters, that the display table takes.
 constexpr size_t kLongestDisplayText = 174;
 
-/// Interns a display text. `byteLength` is how much of it is kept, 0 for all. A text over kLongestDisplayText, counted
-/// before cleaning, yields handle 0.
-InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text, size_t byteLength = 0);
+/// Interns a display text. A text over kLongestDisplayText, counted before cleaning, yields handle 0.
+InternedString InternDisplayString(AttributeDatabase& database, const CHAR16* text);
 
 /// Interns a display text under a handle of its own: while an equal text is there, "*" is put in front of it, which
 /// readers strip. AlreadyPresent tells whether that was needed.
@@ -43,5 +42,5 @@ StringHandle InternOwnName(AttributeDatabase& database, const CHAR8* name);
 InternedPair InternOwnTexts(AttributeDatabase& database, const CHAR8* name, const CHAR8* displayName);
 
 /// Keeps a help text of fewer than 4096 characters at the handle of its display text; other texts are dropped.
-/// `byteLength` is how much of it is kept, 0 for all. Handle 0 takes none.
-void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle, size_t byteLength = 0);
+/// Handle 0 takes none.
+void SetHelpString(AttributeDatabase& database, const CHAR16* text, StringHandle displayHandle);

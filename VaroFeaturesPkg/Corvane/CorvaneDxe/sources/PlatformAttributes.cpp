@@ -8,10 +8,6 @@
 
 #include "sources/Interning.hpp"
 
-extern "C" {
-#include <Corvane/OwnAttributes.h>
-}
-
 namespace {
 
 struct PlatformValue {
@@ -53,11 +49,9 @@ void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, c
   if (!setting.Ok() && !(attribute.ToleratesNotFound && setting.Status() == EFI_NOT_FOUND)) {
     return WarnDropped(attribute.Own.Name, setting.Status());
   }
-  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>(attribute.ReadOnly);
-  const size_t count = attribute.Values.size();
-  PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(count);
-  PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(count);
-  if (!record || !names || !values) {
+  constexpr UINT8 kCount = decltype(attribute.Values)::extent;
+  OwnedRecord<EnumerationRecord> record = MakeEnumeration(kCount, attribute.ReadOnly);
+  if (!record) {
     return WarnDropped(attribute.Own.Name, EFI_OUT_OF_RESOURCES);
   }
   const InternedPair texts = InternOwnTexts(database, attribute.Own.Name, attribute.Own.DisplayText);
@@ -68,18 +62,14 @@ void BuildEnumeration(AttributeDatabase& database, SettingsProtocol* settings, c
   record->Head.ValueSize = 1;
   record->Head.Token = attribute.Own.Token;
   const UINT64 current = setting.Value() & kValueMask;  // 0 when the setting was not found
-  for (size_t i = count; i > 0; --i) {
-    values[i - 1] = attribute.Values[i - 1].Value;
-    if (values[i - 1] == current) {
-      record->CurrentIndex = static_cast<UINT8>(i - 1);  // backwards, so that the first match stays
+  for (UINT8 i = 0; i < kCount; ++i) {
+    const PlatformValue& value = attribute.Values[i];
+    record->PossibleValueNames[i] = Raw(InternOwnTexts(database, value.Name, value.DisplayName).Name);
+    record->PossibleValues[i] = value.Value;
+    if (value.Value == current) {
+      record->CurrentIndex = i;  // no two values are equal
     }
   }
-  for (size_t i = 0; i < count; ++i) {
-    names[i] = Raw(InternOwnTexts(database, attribute.Values[i].Name, attribute.Values[i].DisplayName).Name);
-  }
-  record->PossibleValueCount = static_cast<UINT8>(count);
-  record->PossibleValueNames = names.release();
-  record->PossibleValues = values.release();
   record->DefaultIndex = attribute.DefaultIndex;
   database.AddAttribute(AsAttribute(std::move(record)));
 }
@@ -103,28 +93,29 @@ void BuildInteger(AttributeDatabase& database, SettingsProtocol* settings, const
   database.AddAttribute(AsAttribute(std::move(record)));
 }
 
-/// A read-only text that no setting stands behind.
-void BuildFixedText(AttributeDatabase& database, const OwnAttribute& attribute, const CHAR8* text) {
+void BuildGenerationAndVendor(AttributeDatabase& database) {
+  constexpr CHAR8 kGeneration[] = "23Q1";  // year and quarter
+  BuildFixedText(database, OWN_GENERATION, kGeneration, 1, 255);
+  BuildFixedText(database, OWN_VENDOR, "VARO", 1, 255);
+}
+
+}  // namespace
+
+void BuildFixedText(AttributeDatabase& database, const OwnAttribute& attribute, const CHAR8* text, UINT16 minLength,
+                    UINT16 maxLength) {
   OwnedRecord<StringRecord> record = MakeRecord<StringRecord>(true);
   PoolPtr<CHAR8[]> copy = CopyAscii(text);
   if (!record || !copy) {
     return WarnDropped(attribute.Name, EFI_OUT_OF_RESOURCES);
   }
   record->Head.NameHandle = Raw(InternOwnTexts(database, attribute.Name, attribute.DisplayText).Name);
+  record->Head.Token = attribute.Token;
   record->StringType = PLDM_BIOS_STRING_TYPE_ASCII;
-  record->MinLength = 1;
-  record->MaxLength = 255;
+  record->MinLength = minLength;
+  record->MaxLength = maxLength;
   record->CurrentString = copy.release();
   database.AddAttribute(AsAttribute(std::move(record)));
 }
-
-void BuildGenerationAndVendor(AttributeDatabase& database) {
-  constexpr CHAR8 kGeneration[] = "23Q1";  // year and quarter
-  BuildFixedText(database, OWN_GENERATION, kGeneration);
-  BuildFixedText(database, OWN_VENDOR, "VARO");
-}
-
-}  // namespace
 
 void BuildFactoryAttributes(AttributeDatabase& database, SettingsProtocol* settings) {
   BuildInteger(database, settings, {.Own = OWN_COMMON_SYSTEM_ID, .UpperBound = 0xFFFF, .DefaultValue = 0});

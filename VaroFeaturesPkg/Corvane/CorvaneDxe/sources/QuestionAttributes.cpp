@@ -167,11 +167,9 @@ UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const Qu
 }
 
 OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord& question, const CHAR16* keyword) {
-  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>();
   const auto count = static_cast<UINT8>(question.Options != nullptr ? question.OptionCount : 0);
-  PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(count);
-  PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(count);
-  if (!record || !names || !values) {
+  OwnedRecord<EnumerationRecord> record = MakeEnumeration(count);
+  if (!record) {
     WarnOutOfMemory(keyword);
     return nullptr;
   }
@@ -185,8 +183,8 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord
   const UINT64 defaultValue = ReadDefault(defaults_, question.Identifier, 1).value_or(0) & 0xFF;
   for (UINT8 i = 0; i < count; ++i) {
     const QuestionOption& option = question.Options[i];
-    names[i] = InternOption(question, option);
-    values[i] = option.Value;
+    record->PossibleValueNames[i] = InternOption(question, option);
+    record->PossibleValues[i] = option.Value;
     if (option.Value == question.CurrentValue) {
       record->CurrentIndex = i;
     }
@@ -197,19 +195,14 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildOneOf(const QuestionRecord
   if (record->CurrentIndex != record->DefaultIndex) {
     allValuesAtDefault_ = false;
   }
-  record->PossibleValueCount = count;
-  record->PossibleValueNames = names.release();
-  record->PossibleValues = values.release();
   return AsAttribute(std::move(record));
 }
 
 OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const QuestionRecord& question,
                                                                       const CHAR16* keyword) {
   constexpr UINT8 kCount = 2;
-  OwnedRecord<EnumerationRecord> record = MakeRecord<EnumerationRecord>();
-  PoolPtr<UINT16[]> names = AllocateZeroedArray<UINT16>(kCount);
-  PoolPtr<UINT64[]> values = AllocateZeroedArray<UINT64>(kCount);
-  if (!record || !names || !values) {
+  OwnedRecord<EnumerationRecord> record = MakeEnumeration(kCount);
+  if (!record) {
     WarnOutOfMemory(keyword);
     return nullptr;
   }
@@ -217,11 +210,11 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const Ques
     return nullptr;
   }
   const SwitchNames& texts = SwitchNamesOf(question.Identifier);
-  names[0] = Raw(InternOwnTexts(database_, texts.Off, texts.Off).Name);
-  names[1] = Raw(InternOwnTexts(database_, texts.On, texts.On).Name);
-  values[1] = 1;
+  record->PossibleValueNames[0] = Raw(InternOwnTexts(database_, texts.Off, texts.Off).Name);
+  record->PossibleValueNames[1] = Raw(InternOwnTexts(database_, texts.On, texts.On).Name);
+  record->PossibleValues[1] = 1;
   if (const std::optional<UINT64> defaultValue = ReadDefault(defaults_, question.Identifier, 1);
-      defaultValue.has_value() && (*defaultValue & 0xFF) == values[1]) {
+      defaultValue.has_value() && (*defaultValue & 0xFF) == record->PossibleValues[1]) {
     record->DefaultIndex = 1;
   }
   record->CurrentIndex =
@@ -229,9 +222,6 @@ OwnedRecord<AttributeRecord> QuestionAttributes::BuildSwitchAttribute(const Ques
   if (record->CurrentIndex != record->DefaultIndex) {
     allValuesAtDefault_ = false;
   }
-  record->PossibleValueCount = kCount;
-  record->PossibleValueNames = names.release();
-  record->PossibleValues = values.release();
   return AsAttribute(std::move(record));
 }
 

@@ -57,7 +57,3 @@ template <typename T>
   // Two terminators: one is whole even after an odd number of bytes.
   return PoolPtr<CHAR16[]>{static_cast<CHAR16*>(CopyBytes(text.data(), text.size(), 2 * sizeof(CHAR16)))};
 }
-/// Returns a copy of the first `bytes` bytes of a UCS-2 text, terminated, or null.
-[[nodiscard]] inline PoolPtr<CHAR16[]> CopyUcs2(const CHAR16* text, size_t bytes) {
-  return CopyUcs2({reinterpret_cast<const std::byte*>(text), bytes});
-}

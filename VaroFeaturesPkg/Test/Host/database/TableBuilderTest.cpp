@@ -41,7 +41,9 @@ TEST_F(TableBuilderTest, FullTables_AreCutAtAnEntry) {
   EXPECT_EQ(descriptors[TABLE_STRINGS].Limit, 7680U);
   EXPECT_EQ(descriptors[TABLE_DISPLAY].EntryCount, 29U);
   EXPECT_EQ(descriptors[TABLE_HELP].EntryCount, 8U);
-  EXPECT_EQ(uefi.Warnings("cut"), 3U);
+  EXPECT_EQ(uefi.Warnings("text table 0 cut before handle 29: 1 texts are left out"), 1U);
+  EXPECT_EQ(uefi.Warnings("text table 9 cut before handle 45: 1 texts are left out"), 1U);
+  EXPECT_EQ(uefi.Warnings("text table 10 cut before handle 24: 22 texts are left out"), 1U);
 }
 
 TEST_F(TableBuilderTest, AttributeTable_RejectsAnExactFit) {
@@ -59,6 +61,7 @@ TEST_F(TableBuilderTest, AttributeTable_RejectsAnExactFit) {
     TableBuilder(own, writer, values).BuildTables();
     EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, entries);
   }
+  EXPECT_EQ(uefi.Warnings("attribute table cut before handle 108: 1 attributes are left out"), 1U);
 }
 
 TEST_F(TableBuilderTest, AttributeTable_HasAtMost256Entries) {
@@ -70,6 +73,7 @@ TEST_F(TableBuilderTest, AttributeTable_HasAtMost256Entries) {
   }
   BuildTables();
   EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].EntryCount, 256U);
+  EXPECT_EQ(uefi.Warnings("attribute table cut before handle 257: 9 attributes are left out"), 1U);
   EXPECT_EQ(descriptors[TABLE_ATTRIBUTES].Limit, 15 * 5 + 241 * 8 + 1 + 4);
 }
 

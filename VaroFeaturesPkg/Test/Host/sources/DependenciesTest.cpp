@@ -132,8 +132,7 @@ TEST_F(DependenciesTest, EveryShortKeyword_AgreesWithAPlainEvaluation) {
     return EFI_SUCCESS;
   };
   const auto record = [](Dependencies& dependencies, UINT32 identifier, const std::u16string& keyword) {
-    dependencies.RecordDependencyCandidate(
-        identifier, CopyUcs2(reinterpret_cast<const CHAR16*>(keyword.c_str()), keyword.size() * sizeof(CHAR16)));
+    dependencies.RecordDependencyCandidate(identifier, CopyUcs2(std::as_bytes(std::span(keyword))));
   };
   constexpr std::u16string_view kAlphabet = u"A[]:=F";
   constexpr size_t kLongest = 8;

@@ -16,8 +16,8 @@ class InterningTest : public DatabaseFixture {
     const InternedString interned = InternAttributeName(database, Ucs2(text).c_str());
     return {Raw(interned.Handle), interned.AlreadyPresent};
   }
-  Interned Display(std::u16string_view text, size_t byteLength = 0) {
-    const InternedString interned = InternDisplayString(database, Ucs2(text).c_str(), byteLength);
+  Interned Display(std::u16string_view text) {
+    const InternedString interned = InternDisplayString(database, Ucs2(text).c_str());
     return {Raw(interned.Handle), interned.AlreadyPresent};
   }
   Ucs2String Stored(StringArray array, UINT16 handle) { return database.StoredText(array, StringHandle{handle}); }
@@ -46,13 +46,6 @@ TEST_F(InterningTest, DisplayText_Above174Characters_IsDropped) {
   EXPECT_EQ(database.Store()->Header.DisplayCount, 0U);
   EXPECT_EQ(Display(longest), Interned(16, false));
   EXPECT_EQ(Stored(StringArray::Display, 16), Ucs2(longest));
-}
-
-TEST_F(InterningTest, Text_IsCutAtTheGivenLength) {
-  EXPECT_EQ(Display(u"abcdef", 6), Interned(16, false));
-  EXPECT_EQ(Stored(StringArray::Display, 16), Ucs2(u"abc"));
-  EXPECT_EQ(Display(u"xyz", 100000), Interned(17, false));
-  EXPECT_EQ(Stored(StringArray::Display, 17), Ucs2(u"xyz"));
 }
 
 TEST_F(InterningTest, EqualDisplayTexts_AreKeptApartByStars) {
