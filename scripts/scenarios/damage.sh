@@ -5,8 +5,26 @@
 # SPDX-License-Identifier: BSD-2-Clause-Patent
 # shellcheck shell=bash
 
-# The version seals the cache: whatever happens to one variable, the damaged boot itself gathers again.
-readonly DAMAGES=(truncate flip garbage delete)
+# What is done to one variable of a cache (BootPhasesDxe/CacheDamage.h). The attributes are those that an operating system
+# gives (7) and those of a variable that a power-off deletes (2). The counters of "AttributesCount" take 8 bytes each.
+readonly -A DAMAGES=(
+  [BiosVersion]='truncate flip garbage delete flip=-1'
+  [AttributesData]='truncate flip garbage delete attributes=7'
+  [AttributesCount]='truncate flip garbage delete count=0,40 count=8,400'
+  [PldmString]='truncate flip garbage delete attributes=2'
+  [DispString]='truncate flip garbage delete'
+  [HelpString]='truncate flip garbage delete'
+)
+
+# Without a seal, a flipped bit may decode to a list of the same length with other text, which stays. The flips here hit the
+# size that a compressed variable announces.
+readonly -A UNSEALED_DAMAGES=(
+  [AttributesData]='truncate attributes=7'
+  [AttributesCount]='delete count=0,65535 count=8,20'
+  [PldmString]='truncate garbage flip=32'
+  [DispString]='garbage delete'
+  [HelpString]='truncate flip=32'
+)
 
 scenario_damaged_version() { damage_each_way BiosVersion; }
 scenario_damaged_attributes() { damage_each_way AttributesData; }
@@ -15,14 +33,59 @@ scenario_damaged_names() { damage_each_way PldmString; }
 scenario_damaged_display_texts() { damage_each_way DispString; }
 scenario_damaged_help_texts() { damage_each_way HelpString; }
 
+# The version seals the cache: whatever happens to one variable, the damaged boot itself gathers again.
 damage_each_way() {
-  local variable=$1 damage boot
-  for damage in "${DAMAGES[@]}"; do
-    boot="$variable-$damage"
-    after cold "$boot" --set "damage=$variable:$damage" || return
-    check "$variable, $damage: the form sets are parsed" rebuilt "$boot"
-    check "$variable, $damage: tables and cache are the cold ones again" same_tables_and_cache cold "$boot"
+  local variable=$1 how boot
+  for how in ${DAMAGES[$variable]}; do
+    boot="$variable-${how//[=,]/-}"
+    after cold "$boot" --set "damage=$variable:$how" || return
+    check "$variable, $how: the form sets are parsed" rebuilt "$boot"
+    check "$variable, $how: tables and cache are the cold ones again" same_tables_and_cache cold "$boot"
   done
+}
+
+# A version of four characters has no room for a seal.
+readonly UNSEALED=(--set firmware-version=1.00)
+
+scenario_unsealed() {
+  scenario_boot unsealed "${UNSEALED[@]}" || return
+  check 'without a seal, the tables are the same' same_tables cold unsealed
+  local variable how
+  for variable in "${!UNSEALED_DAMAGES[@]}"; do
+    for how in ${UNSEALED_DAMAGES[$variable]}; do
+      damage_unsealed "$variable" "$how" || return
+    done
+  done
+}
+
+# By the third boot, the damaged one included, everything is as after a cold boot.
+damage_unsealed() {
+  local variable=$1 how=$2 boot="unsealed-$1-${2//[=,]/-}" next
+  after unsealed "$boot" "${UNSEALED[@]}" --set "damage=$variable:$how" || return
+  check "$variable, $how, no seal: tables are published" published "$boot"
+  check "$variable, $how, no seal: no attribute has another one's name" no_foreign_names unsealed "$boot"
+  for next in "$boot"-{second,third}; do
+    ! same_tables_and_cache unsealed "$boot" >/dev/null || break
+    after "$boot" "$next" "${UNSEALED[@]}" || return
+    boot=$next
+  done
+  check "$variable, $how, no seal: by the third boot, tables and cache are the cold ones again" \
+    same_tables_and_cache unsealed "$boot"
+}
+
+# no_foreign_names COLD BOOT: each attribute has the name that the cold boot gave to its handle, or none.
+no_foreign_names() {
+  local names
+  names=$(comm -13 <(attribute_names "$1") <(attribute_names "$2") | grep -vE ' (""|null)$' || true)
+  [[ -z $names ]] || { say "$names"; return 1; }
+}
+
+# attribute_names BOOT: handle and name of each attribute.
+attribute_names() {
+  "$INSPECT" show --json "$(records_of "$1")" 2>/dev/null |
+    python3 -c 'import json, sys
+for attribute in json.load(sys.stdin)["attributes"]:
+    print(attribute["handle"], json.dumps(attribute["name"]))' | sort
 }
 
 same_tables_and_cache() { same_tables "$1" "$2" && same_cache "$1" "$2"; }
