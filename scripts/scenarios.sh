@@ -12,7 +12,8 @@ readonly SCENARIO_FILES=(life modes damage platform stress access captures)
 readonly -A SCENARIOS=(
   [life]='cold again warm settings_changed version_changed marked_bad'
   [modes]='factory_mode owner_password cameras failing_settings no_caching language'
-  [damage]='damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts unsealed
+  [damage]='damaged_version damaged_attributes damaged_counters damaged_names damaged_display_texts damaged_help_texts
+    unsealed_attributes unsealed_texts
     store_full_from_the_start store_full_before_attributes store_full_before_help'
   [platform]='foreign_forms stock_firmware optional_parts_missing bare_platform asset_tag_missing required_parts_missing signals'
   [stress]='full_strings full_attributes full_values full_display_texts full_help_texts

@@ -47,30 +47,35 @@ damage_each_way() {
 # A version of four characters has no room for a seal.
 readonly UNSEALED=(--set firmware-version=1.00)
 
-scenario_unsealed() {
-  scenario_boot unsealed "${UNSEALED[@]}" || return
-  check 'without a seal, the tables are the same' same_tables cold unsealed
-  local variable how
-  for variable in "${!UNSEALED_DAMAGES[@]}"; do
+scenario_unsealed_attributes() { damage_unsealed unsealed AttributesData AttributesCount; }
+scenario_unsealed_texts() { damage_unsealed unsealed-texts PldmString DispString HelpString; }
+
+# damage_unsealed COLD VARIABLE...: COLD is the name of a cold boot without a seal, which the damaged ones start from.
+damage_unsealed() {
+  local cold=$1 variable how
+  shift
+  scenario_boot "$cold" "${UNSEALED[@]}" || return
+  check 'without a seal, the tables are the same' same_tables cold "$cold"
+  for variable in "$@"; do
     for how in ${UNSEALED_DAMAGES[$variable]}; do
-      damage_unsealed "$variable" "$how" || return
+      heals "$cold" "$variable" "$how" || return
     done
   done
 }
 
 # By the third boot, the damaged one included, everything is as after a cold boot.
-damage_unsealed() {
-  local variable=$1 how=$2 boot="unsealed-$1-${2//[=,]/-}" next
-  after unsealed "$boot" "${UNSEALED[@]}" --set "damage=$variable:$how" || return
+heals() {
+  local cold=$1 variable=$2 how=$3 boot="$1-$2-${3//[=,]/-}" next
+  after "$cold" "$boot" "${UNSEALED[@]}" --set "damage=$variable:$how" || return
   check "$variable, $how, no seal: tables are published" published "$boot"
-  check "$variable, $how, no seal: no attribute has another one's name" no_foreign_names unsealed "$boot"
+  check "$variable, $how, no seal: no attribute has another one's name" no_foreign_names "$cold" "$boot"
   for next in "$boot"-{second,third}; do
-    ! same_tables_and_cache unsealed "$boot" >/dev/null || break
+    ! same_tables_and_cache "$cold" "$boot" >/dev/null || break
     after "$boot" "$next" "${UNSEALED[@]}" || return
     boot=$next
   done
   check "$variable, $how, no seal: by the third boot, tables and cache are the cold ones again" \
-    same_tables_and_cache unsealed "$boot"
+    same_tables_and_cache "$cold" "$boot"
 }
 
 # no_foreign_names COLD BOOT: each attribute has the name that the cold boot gave to its handle, or none.
