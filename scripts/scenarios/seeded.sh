@@ -36,7 +36,7 @@ seed_changes() {
     -e '/PowerLimit,/s/10, 45, 28/10, 45, 30/' \
     -e '/OPTION \(3, STRING_TOKEN\(STR_FAST\)\)/d' \
     -e '/ClockScaling,/{h;d}' -e '/IdleStates,/G'
-  edit Corvane/CorvaneDxe/sources/PlatformAttributes.cpp -e '/Token = 1843/s/1843/1843, .ReadOnly = true/'
+  edit Corvane/CorvaneDxe/sources/PlatformAttributes.cpp -e 's/OWN_MASTER_PASSWORD_LOCKOUT/&, .ReadOnly = true/'
 }
 
 expected_differences() {

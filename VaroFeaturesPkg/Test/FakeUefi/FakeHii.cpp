@@ -12,11 +12,12 @@ EFI_HII_HANDLE FakeUefi::AddPackageList() {
 
 EFI_STRING_ID FakeUefi::AddString(EFI_HII_HANDLE package, const std::map<std::string, std::u16string>& texts) {
   auto& list = *static_cast<PackageList*>(package);
-  ++list.LastString;
+  const auto [known, isNew] =
+      list.Identifiers.try_emplace(texts, static_cast<EFI_STRING_ID>(2 + list.Identifiers.size()));
   for (const auto& [language, text] : texts) {
-    list.Languages[language][list.LastString] = Ucs2(text);
+    list.Languages[language][known->second] = Ucs2(text);
   }
-  return list.LastString;
+  return known->second;
 }
 
 void FakeUefi::FillHiiServices() {

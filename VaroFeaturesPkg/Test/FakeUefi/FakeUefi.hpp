@@ -121,7 +121,7 @@ class FakeUefi {
   // HII.
 
   [[nodiscard]] EFI_HII_HANDLE AddPackageList();
-  /// One text in several languages. An identifier exists in those languages only.
+  /// One text in several languages. An identifier exists in those languages only. Equal texts share one.
   EFI_STRING_ID AddString(EFI_HII_HANDLE package, const std::map<std::string, std::u16string>& texts);
   EFI_HII_DATABASE_PROTOCOL HiiDatabase{};  ///< located, never called
   EFI_HII_STRING_PROTOCOL HiiString{};
@@ -160,7 +160,7 @@ class FakeUefi {
   };
   struct PackageList {
     std::map<std::string, std::map<EFI_STRING_ID, Ucs2String>> Languages;
-    EFI_STRING_ID LastString = 1;
+    std::map<std::map<std::string, std::u16string>, EFI_STRING_ID> Identifiers;
   };
 
   void FillPoolServices();

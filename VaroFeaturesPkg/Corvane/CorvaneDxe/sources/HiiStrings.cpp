@@ -96,6 +96,9 @@ HiiText HiiStrings::GetHiiString(EFI_HII_HANDLE package, EFI_STRING_ID id, const
   EFI_STATUS status = Read(package, id, language != nullptr ? language : platformLanguage_);
   if (EFI_ERROR(status) && language != nullptr) {
     status = Read(package, id, platformLanguage_);
+    if (status == EFI_SUCCESS) {
+      status = kReplacedLanguage;
+    }
   }
   // The text block is one character longer than what it is announced with, and that character stays 0.
   return {EFI_ERROR(status) || !text_ ? kNoText : text_.get(), status};

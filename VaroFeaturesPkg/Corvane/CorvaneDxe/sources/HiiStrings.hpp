@@ -16,6 +16,9 @@ extern "C" {
 /// The language of keywords, by which management software knows questions and options.
 constexpr CHAR8 kKeywordLanguage[] = "x-UEFI";
 
+/// The status of a text in the platform's language in place of the one that was asked for.
+constexpr EFI_STATUS kReplacedLanguage = EFI_WARN_STALE_DATA;
+
 /// A text, and whether it could be had. The text is never null; it is valid until the next one is fetched.
 struct HiiText {
   const CHAR16* Text;

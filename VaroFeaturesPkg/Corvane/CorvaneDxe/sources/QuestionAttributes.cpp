@@ -158,8 +158,19 @@ bool QuestionAttributes::FillHead(AttributeRecord& head, const QuestionRecord& q
 }
 
 UINT16 QuestionAttributes::InternOption(const QuestionRecord& question, const QuestionOption& option) {
-  const InternedString name =
-      InternAttributeName(database_, strings_.GetHiiString(question.HiiHandle, option.Text, kKeywordLanguage).Text);
+  if (question.HiiHandle != optionNamesOf_) {
+    optionNamesOf_ = question.HiiHandle;
+    ZeroMem(optionNames_.data(), sizeof(optionNames_));
+  }
+  OptionName& known = optionNames_[option.Text % optionNames_.size()];
+  if (known.Text == option.Text && known.Name != 0) {
+    return known.Name;
+  }
+  const HiiText keyword = strings_.GetHiiString(question.HiiHandle, option.Text, kKeywordLanguage);
+  const InternedString name = InternAttributeName(database_, keyword.Text);
+  if (keyword.Status == EFI_SUCCESS) {  // a text that cannot be read now may be readable the next time
+    known = {option.Text, Raw(name.Handle)};
+  }
   if (!name.AlreadyPresent) {
     InternDistinctDisplayString(database_, strings_.GetHiiString(question.HiiHandle, option.Text).Text);
   }

@@ -41,8 +41,18 @@ class QuestionAttributes {
   [[nodiscard]] OwnedRecord<AttributeRecord> BuildNumeric(const QuestionRecord& question, const CHAR16* keyword);
   [[nodiscard]] OwnedRecord<AttributeRecord> BuildString(const QuestionRecord& question, const CHAR16* keyword);
 
+  /// The name that an option's text became.
+  struct OptionName {
+    EFI_STRING_ID Text;
+    UINT16 Name;
+  };
+
   AttributeDatabase& database_;
   HiiStrings& strings_;
   SettingDefaultsProtocol* defaults_;
   bool& allValuesAtDefault_;
+  EFI_HII_HANDLE optionNamesOf_ = nullptr;
+  // The options of a form set share their texts, and a read takes EDK II longer than all else that is done with an
+  // option. A text's identifier gives its place here.
+  std::array<OptionName, 64> optionNames_{};
 };

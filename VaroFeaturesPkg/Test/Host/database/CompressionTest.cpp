@@ -15,26 +15,25 @@ namespace {
 
 constexpr UINT32 kScratchSize = 13376;
 
-/// Random bytes, then bytes whose counts are Fibonacci numbers, so that code lengths are far apart.
+/// After a block without order, one of repeats. The counts of their lengths grow like Fibonacci's numbers, so that the
+/// rarest length would have a code of more than 16 bits.
 Bytes SteepSample() {
   std::mt19937 random{325};
-  const auto steep = [&random] {
-    Bytes bytes;
-    for (unsigned symbol = 0, count = 1, next = 1; symbol < 18; ++symbol) {
-      bytes.insert(bytes.end(), count, U8(symbol));
-      count = std::exchange(next, count + next);
-    }
-    std::shuffle(bytes.begin(), bytes.end(), random);
-    return bytes;
-  };
-  Bytes common = steep();
-  std::ranges::replace_if(
-      common, [](UINT8 symbol) { return symbol < 8; }, UINT8{17});
-  Bytes sample;
-  while (sample.size() < 11400) {
-    sample.push_back(common[random() % common.size()]);
+  std::vector<size_t> lengths;
+  double count = 3000;
+  for (size_t length = 6; count >= 0.6; ++length, count /= 1.62) {
+    lengths.insert(lengths.end(), static_cast<size_t>(count + 0.5), length);
   }
-  return Join(sample, steep());
+  std::shuffle(lengths.begin(), lengths.end(), random);
+  Bytes sample(8192);
+  std::ranges::generate(sample, [&random] { return U8(1 + random() % 255); });
+  for (const size_t length : lengths) {
+    const size_t place = sample.size() - 8100 + random() % 7000;
+    for (size_t i = 0; i < length; ++i) {
+      sample.push_back(sample[place + i]);
+    }
+  }
+  return sample;
 }
 
 class CompressionTest : public testing::Test {

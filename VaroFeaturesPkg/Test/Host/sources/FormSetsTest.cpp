@@ -227,6 +227,35 @@ TEST_F(FormSetsTest, Texts_FollowThePlatformLanguage) {
   EXPECT_EQ(Attribute(16), "16 P #300/1 int 0..0/0 0,0");
 }
 
+TEST_F(FormSetsTest, OptionsThatShareATextReadItOnce) {
+  const auto addQuestion = [&](FakeFormSet& formSet, UINT32 identifier, const std::u16string& name) {
+    formSet.OneOf(identifier, name, name).Option(0, u"Off", u"Text off").Option(1, u"On", u"Text on");
+  };
+  const auto reads = [&] {
+    const size_t before = notebook.Uefi.Calls(Service::HiiString);
+    GatherAnew();
+    return notebook.Uefi.Calls(Service::HiiString) - before;
+  };
+  addQuestion(setup, 300, u"A");
+  const size_t ofOne = reads();
+  addQuestion(setup, 301, u"B");
+  const size_t ofTwo = reads();
+  EXPECT_EQ(ofTwo, ofOne + 2);  // keyword and prompt of the question
+  addQuestion(notebook.AddFormSet(u"Other"), 302, u"C");
+  const size_t ofThree = reads();
+
+  // A read that fails costs the text of that read alone.
+  for (size_t failing = 1; failing <= ofThree; ++failing) {
+    notebook.Uefi.Fail(Service::HiiString, failing, EFI_OUT_OF_RESOURCES, FakeUefi::Later::Succeed);
+    GatherAnew();
+    size_t whole = 0;
+    for (const std::string& attribute : Attributes()) {
+      whole += attribute.find("enum Off=0|On=1") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_GE(whole, 2U) << failing;
+  }
+}
+
 TEST_F(FormSetsTest, Question_WhoseNameGetsNoHandle_IsDroppedWithItsTexts) {
   const std::u16string tooLong(0x8000, u'n');
   setup.Checkbox(300, tooLong, u"Long").Help(u"Help");
