@@ -7,7 +7,7 @@
 #pragma once
 
 #include "Bench/BenchUefi.hpp"
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// Walks form sets that have the enumerations of `model` as questions, into an empty database, and counts the
 /// instructions as `what`. The services' own instructions do not count. Returns the number of attributes made.

@@ -6,7 +6,7 @@
 **/
 #include "Bench/References.hpp"
 
-#include "database/Handles.hpp"
+#include "database/store/Handles.hpp"
 #include "uefi/Pool.hpp"
 
 extern "C" {

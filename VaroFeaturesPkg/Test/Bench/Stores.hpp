@@ -7,7 +7,7 @@
 #pragma once
 
 #include "Bench/BenchUefi.hpp"
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// Frees the store and all that it holds.
 void FreeStore(const AttributeDatabase& database);

@@ -9,7 +9,7 @@
 
 #include "FakeUefi/FakeNotebook.hpp"
 
-#include "access/AccessState.hpp"
+#include "access/service/AccessState.hpp"
 #include "lifecycle/DriverState.hpp"
 
 extern "C" {

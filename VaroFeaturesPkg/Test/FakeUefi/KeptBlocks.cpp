@@ -7,7 +7,7 @@
 #include "FakeUefi/KeptBlocks.hpp"
 
 #include "Host/StoreBuilder.hpp"
-#include "access/AccessState.hpp"
+#include "access/service/AccessState.hpp"
 #include "lifecycle/DriverState.hpp"
 
 std::multiset<size_t> BlocksLeftBehind(FakeNotebook& notebook) {

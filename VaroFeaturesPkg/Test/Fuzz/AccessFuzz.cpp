@@ -10,9 +10,9 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "Fuzz/FuzzInput.hpp"
-#include "access/AccessState.hpp"
-#include "access/AttributeAccess.hpp"
-#include "access/FetchedTables.hpp"
+#include "access/service/AccessState.hpp"
+#include "access/protocol/AttributeAccess.hpp"
+#include "access/service/FetchedTables.hpp"
 
 extern "C" {
 #include <Corvane/TableDirectory.h>

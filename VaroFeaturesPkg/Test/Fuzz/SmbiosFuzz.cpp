@@ -9,7 +9,7 @@
 #include <sys/mman.h>
 
 #include "Fuzz/FuzzInput.hpp"
-#include "access/CallingInterface.hpp"
+#include "access/smbios/CallingInterface.hpp"
 
 extern "C" {
 #include <Guid/SmBios.h>

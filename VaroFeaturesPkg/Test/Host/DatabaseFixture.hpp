@@ -13,8 +13,8 @@
 #include "FakeUefi/ReferenceCompression.hpp"
 #include "Host/StoreBuilder.hpp"
 #include "Host/TestBytes.hpp"
-#include "database/Cache.hpp"
-#include "database/TableBuilder.hpp"
+#include "database/cache/Cache.hpp"
+#include "database/tables/TableBuilder.hpp"
 #include "lifecycle/AttributeStream.hpp"
 
 /// Builds all tables of a doubtful database, so that the sanitizers check every access.

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "FakeUefi/FakeUefi.hpp"
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// One record in readable form. `Handles` and `Values` are what the type's arrays hold.
 struct RecordSpec {

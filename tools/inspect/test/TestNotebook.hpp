@@ -17,7 +17,7 @@
 
 #include "Host/StoreBuilder.hpp"
 #include "Host/TestBytes.hpp"
-#include "database/TableBuilder.hpp"
+#include "database/tables/TableBuilder.hpp"
 #include "lifecycle/AttributeStream.hpp"
 #include "lifecycle/TableDirectory.hpp"
 

@@ -6,7 +6,7 @@
 **/
 #pragma once
 
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// Bytes that the stream is announced with.
 [[nodiscard]] UINT32 AttributeStreamSize(const AttributeDatabase& database);

@@ -6,8 +6,8 @@
 **/
 #include "lifecycle/BuildPass.hpp"
 
-#include "database/Cache.hpp"
-#include "database/TableBuilder.hpp"
+#include "database/cache/Cache.hpp"
+#include "database/tables/TableBuilder.hpp"
 #include "lifecycle/PerformancePhase.hpp"
 #include "lifecycle/Publication.hpp"
 #include "lifecycle/TableDirectory.hpp"

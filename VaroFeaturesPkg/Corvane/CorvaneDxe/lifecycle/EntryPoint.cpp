@@ -4,7 +4,7 @@
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
-#include "access/AttributeAccess.hpp"
+#include "access/protocol/AttributeAccess.hpp"
 #include "lifecycle/DriverState.hpp"
 #include "lifecycle/FormSetsUpdated.hpp"
 #include "uefi/Protocols.hpp"

@@ -6,7 +6,7 @@
 **/
 #pragma once
 
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// Builds a read-only string attribute for each of the first four cameras that has an identifier. EFI_UNSUPPORTED when
 /// the platform does not know its cameras.

@@ -6,7 +6,7 @@
 **/
 #pragma once
 
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 
 /// A handle, and whether its text was there before.
 struct InternedString {

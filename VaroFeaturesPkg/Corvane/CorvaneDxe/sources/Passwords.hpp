@@ -6,7 +6,7 @@
 **/
 #pragma once
 
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 #include "uefi/Settings.hpp"
 
 /// Places the admin and the system password, and the owner password where the platform has one; where not, its handle

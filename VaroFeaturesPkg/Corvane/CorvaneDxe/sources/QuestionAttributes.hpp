@@ -6,7 +6,7 @@
 **/
 #pragma once
 
-#include "database/AttributeDatabase.hpp"
+#include "database/store/AttributeDatabase.hpp"
 #include "sources/HiiStrings.hpp"
 #include "sources/Interning.hpp"
 

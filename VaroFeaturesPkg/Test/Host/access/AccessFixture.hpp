@@ -15,8 +15,8 @@
 
 #include "FakeUefi/FakeUefi.hpp"
 #include "Host/TestBytes.hpp"
-#include "access/AccessState.hpp"
-#include "access/AttributeAccess.hpp"
+#include "access/service/AccessState.hpp"
+#include "access/protocol/AttributeAccess.hpp"
 
 extern "C" {
 #include <Corvane/TableDirectory.h>

@@ -5,7 +5,7 @@
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 #include "Host/access/AccessFixture.hpp"
-#include "access/FetchedTables.hpp"
+#include "access/service/FetchedTables.hpp"
 
 namespace {
 

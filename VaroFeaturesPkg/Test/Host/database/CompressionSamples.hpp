@@ -10,8 +10,8 @@
 #include <random>
 
 #include "Host/TestBytes.hpp"
-#include "database/Compressor.hpp"
-#include "database/Decompressor.hpp"
+#include "database/compression/Compressor.hpp"
+#include "database/compression/Decompressor.hpp"
 
 /// The driver's stream, asked for in two calls; empty when it fails.
 inline Bytes DriverCompress(const Bytes& source) {
