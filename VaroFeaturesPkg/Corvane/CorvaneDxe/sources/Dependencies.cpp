@@ -119,8 +119,8 @@ EFI_STATUS Dependencies::Evaluate() {
       return EFI_ABORTED;
     }
     if (annotated) {
-      candidate.Keyword[bareLength] =
-          0;  // names are compared with plain keywords; the collected names lie after this end
+      // Names are compared with plain keywords. The collected names lie after this end.
+      candidate.Keyword[bareLength] = 0;
     }
   }
 
