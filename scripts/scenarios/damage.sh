@@ -20,7 +20,7 @@ readonly -A DAMAGES=(
 # size that a compressed variable announces.
 readonly -A UNSEALED_DAMAGES=(
   [AttributesData]='truncate attributes=7'
-  [AttributesCount]='delete count=0,65535 count=8,20'
+  [AttributesCount]='delete count=0,40 count=8,400'
   [PldmString]='truncate garbage flip=32'
   [DispString]='garbage delete'
   [HelpString]='truncate flip=32'
