@@ -108,7 +108,7 @@ class Finder {
  public:
   Finder(const Catalog& catalog, const Dependencies& dependencies) : catalog_(catalog), dependencies_(dependencies) {}
 
-  std::vector<DependencyProblem> Run() {
+  std::vector<Problem> Run() {
     for (const Force& force : dependencies_.All()) {
       FindDangling(force);
       FindUnmet(force);
@@ -228,12 +228,12 @@ class Finder {
 
   const Catalog& catalog_;
   const Dependencies& dependencies_;
-  std::vector<DependencyProblem> problems_;
+  std::vector<Problem> problems_;
 };
 
 }  // namespace
 
-std::vector<DependencyProblem> FindDependencyProblems(const Catalog& catalog, const Dependencies& dependencies) {
+std::vector<Problem> FindDependencyProblems(const Catalog& catalog, const Dependencies& dependencies) {
   return Finder(catalog, dependencies).Run();
 }
 

@@ -8,20 +8,14 @@
 #pragma once
 
 #include <set>
-#include <string>
 #include <vector>
 
 #include "judge/Dependencies.hpp"
+#include "judge/Problem.hpp"
 
 namespace corvane::inspect {
 
-struct DependencyProblem {
-  std::string Code;
-  std::string Text;
-  bool IsNote = false;
-};
-
-std::vector<DependencyProblem> FindDependencyProblems(const Catalog& catalog, const Dependencies& dependencies);
+std::vector<Problem> FindDependencyProblems(const Catalog& catalog, const Dependencies& dependencies);
 
 // Numbers of the questions that belong into "PidDepList": questions that keywords of other questions name, collected
 // by the driver's rules.

@@ -14,9 +14,11 @@ it.
 #include <nlohmann/json.hpp>
 
 #include "bytes/Text.hpp"
+#include "judge/Advice.hpp"
 #include "judge/Dependencies.hpp"
 #include "judge/DependencyLint.hpp"
 #include "judge/Expression.hpp"
+#include "judge/ValueLint.hpp"
 
 namespace corvane::inspect {
 namespace {
@@ -28,56 +30,6 @@ constexpr std::uint64_t kStoreAttributes = 256;   // capacity of the driver's st
 constexpr std::size_t kCountedQuestions = 241;    // one-of and checkbox questions that become attributes
 constexpr std::size_t kLongestKeyword = 50;  // characters before an annotation; a longer keyword drops "PidDepList"
 constexpr std::size_t kDependencyList = 50;  // identifiers in "PidDepList"
-
-// The first entry applies whose text is a prefix of the code.
-constexpr std::pair<std::string_view, const char*> kAdvice[] = {
-    {"table-cut",
-     "Shorten or drop names, texts or questions until the table fits: it is closed with a good checksum, and no "
-     "reader can see what it lacks."},
-    {"attribute-limit", "Make fewer questions attributes: what comes behind the limit is left out without a word."},
-    {"handle-limit", "Make fewer questions attributes: readers that count in eight bits do not reach all of them."},
-    {"name-empty", "Give the question's prompt a keyword in the language \"x-UEFI\"."},
-    {"name-duplicate", "Give each question a keyword of its own: by name, only one of them can be meant."},
-    {"value-duplicate", "Give each option a keyword of its own: by name, only one of them can be chosen."},
-    {"keyword-long",
-     "Shorten the keyword: one of more than 50 characters before its annotations keeps \"PidDepList\" from "
-     "being written."},
-    {"dependency-list", "Depend on fewer questions: \"PidDepList\" holds 50 of them."},
-    {"dependency-differs", "Boot from the setup's form sets again, so that the list is written anew."},
-    {"annotation-malformed",
-     "Write \"[ForceIf:NAME=VALUE]\", \"[ForceIfNot:NAME=VALUE]\" or \"[RegEx:EXPRESSION]\", without "
-     "blanks, directly behind the name."},
-    {"annotation-dangling", "Correct the name or value in the annotation, or take it out: as it is, it is never true."},
-    {"dependency-cycle", "Break the chain: whoever sets one of these values sets off all of them."},
-    {"dependency-contradiction", "Change one of the annotations: nobody can satisfy both."},
-    {"dependency-unmet",
-     "Nothing, if the platform lets it be; otherwise set the attribute to the value that is forced."},
-    {"expression-invalid", "Correct the expression: brackets are the octal escapes 133 and 135, backslashes doubled."},
-    {"value-expression", "Set a value that matches, or correct the expression."},
-    {"value-bounds", "Set a value inside the bounds, or correct these in the form."},
-    {"default-bounds", "Correct the default or the bounds: a reset to defaults leads to a value that cannot be set."},
-    {"bounds-empty", "Correct the bounds in the form: no value lies within them."},
-    {"value-above-byte",
-     "Expect it: a boot from the cache reads the setting again and keeps its low byte. Rely on this value "
-     "in boots that gather from the form sets alone."},
-    {"cache-limit", "Raise the limit for one variable in the platform (PcdMaxVariableSize), or shorten the texts."},
-    {"cache-", "See \"inspect cache\" for what the next boot does about it."},
-    {"other-boot", "Give the flash image that this very boot left behind."},
-    {"texts-unpaired", "Nothing, if texts are not needed: what cannot be proven is not paired."},
-    {"type-unknown", "Have the firmware's builder write one of the seven types: readers cannot go beyond this entry."},
-    {"",
-     "Take the capture anew. If it comes out alike, the firmware that sent it is at fault: \"inspect validate\" shows "
-     "where."},
-};
-
-const char* AdviceFor(std::string_view code) {
-  for (const auto& [prefix, advice] : kAdvice) {
-    if (code.starts_with(prefix)) {
-      return advice;
-    }
-  }
-  return "";
-}
 
 class Linter {
  public:
@@ -100,10 +52,13 @@ class Linter {
     LintLimits();
     for (const CatalogAttribute& attribute : catalog_.Attributes) {
       LintName(attribute);
-      LintValue(attribute);
+      for (Problem& problem : FindValueProblems(attribute)) {
+        Add(problem.Code, std::move(problem.Text), problem.IsNote);
+      }
     }
     LintDuplicates();
-    for (DependencyProblem& problem : FindDependencyProblems(catalog_, dependencies_)) {
+    LintPrompts();
+    for (Problem& problem : FindDependencyProblems(catalog_, dependencies_)) {
       // A name that a cut table lost is not missing from the setup.
       const bool lost = problem.Code == "annotation-dangling" && IsCut({TableId::Strings, TableId::Attributes});
       if (!lost) {
@@ -292,68 +247,22 @@ class Linter {
     }
   }
 
-  void LintValue(const CatalogAttribute& attribute) {
-    const std::string name = QuoteUtf8(attribute.Name.Text);
-    if (const auto* bounds = std::get_if<IntegerBounds>(&attribute.Entry->Bounds)) {
-      LintInteger(attribute, name, *bounds);
-    } else if (const auto* lengths = std::get_if<LengthBounds>(&attribute.Entry->Bounds)) {
-      LintLength(attribute, name, *lengths);
-    } else if (const auto* boot = std::get_if<BootBounds>(&attribute.Entry->Bounds)) {
-      const std::size_t count = attribute.Value != nullptr ? std::get<BootValue>(*attribute.Value).Order.size() : 0;
-      if (attribute.Value != nullptr && !boot->Sources.empty() &&
-          (count < boot->MinimumSources || count > boot->MaximumSources)) {
-        Add("value-bounds", fmt::format("{} has {} boot sources, not {} to {}.", name, count, boot->MinimumSources,
-                                        boot->MaximumSources));
+  // A question without a keyword has its prompt for a name. Keywords have no blanks and are ASCII, so a name of one
+  // word that equals its prompt is taken for a keyword.
+  void LintPrompts() {
+    std::vector<std::string> names;
+    for (const CatalogAttribute& attribute : catalog_.Attributes) {
+      const std::string& name = attribute.Name.Text;
+      const bool isProse = std::ranges::any_of(name, [](char one) { return one == ' ' || (one & 0x80) != 0; });
+      if (attribute.Token.value_or(0) != 0 && isProse && attribute.Display == name) {
+        names.push_back(QuoteUtf8(name));
       }
     }
-  }
-
-  void LintInteger(const CatalogAttribute& attribute, const std::string& name, const IntegerBounds& bounds) {
-    if (bounds.Lower > bounds.Upper) {
-      return Add("bounds-empty", fmt::format("{} has the bounds {} to {}.", name, bounds.Lower, bounds.Upper));
-    }
-    const auto fits = [&bounds](std::uint64_t value) {
-      return value >= bounds.Lower && value <= bounds.Upper &&
-             (bounds.Step == 0 || (value - bounds.Lower) % bounds.Step == 0);
-    };
-    const std::string domain = fmt::format("{} to {} in steps of {}", bounds.Lower, bounds.Upper, bounds.Step);
-    if (!fits(bounds.Default)) {
-      Add("default-bounds", fmt::format("{} has the default {}, not one of {}.", name, bounds.Default, domain));
-    }
-    if (attribute.Value == nullptr) {
-      return;
-    }
-    const std::uint64_t value = std::get<IntegerValue>(*attribute.Value).Value;
-    if (!fits(value)) {
-      Add("value-bounds", fmt::format("{} is {}, not one of {}.", name, value, domain));
-    }
-    if (value > 0xFF && attribute.Token.value_or(0) != 0) {
-      Add("value-above-byte",
-          fmt::format("{} is {}, which a boot from the cache reads as {}.", name, value, value & 0xFF), true);
-    }
-  }
-
-  void LintLength(const CatalogAttribute& attribute, const std::string& name, const LengthBounds& bounds) {
-    if (bounds.Minimum > bounds.Maximum) {
-      return Add("bounds-empty", fmt::format("{} has a length of {} to {}.", name, bounds.Minimum, bounds.Maximum));
-    }
-    const auto* value = attribute.Value != nullptr ? std::get_if<StringValue>(attribute.Value) : nullptr;
-    if (value == nullptr) {
-      return;
-    }
-    const std::size_t length = value->Text.size();
-    if (length < bounds.Minimum || length > bounds.Maximum) {
-      Add("value-bounds",
-          fmt::format("{} has a text of {} characters, not {} to {}.", name, length, bounds.Minimum, bounds.Maximum));
-    }
-    const std::string* expression = attribute.Name.Expression();
-    if (expression == nullptr) {
-      return;
-    }
-    const Expression compiled(*expression);
-    if (compiled.Problem().empty() && !compiled.Matches(value->Text)) {
-      Add("value-expression",
-          fmt::format("{} is {}, which does not match {}.", name, Quote(value->Text), QuoteUtf8(*expression)));
+    if (!names.empty()) {
+      Add("name-prompt",
+          fmt::format("The prompt is the name of {}, because the questions have no keyword: {}.",
+                      CountOf(names.size(), "attribute"), fmt::join(names, ", ")),
+          true);
     }
   }
 

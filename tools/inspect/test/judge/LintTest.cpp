@@ -68,6 +68,9 @@ TEST(LintTest, Lint_FindsEachKindOfFaultInASetup) {
       {[](Form f) { f.Numeric(400, u"A", u"A").Bounds(5, 9).Value(5); }, "default-bounds", "default 0"},
       {[](Form f) { f.Numeric(400, u"A", u"A").Bounds(9, 5); }, "bounds-empty", "9 to 5"},
       {[](Form f) { f.Numeric(400, u"A", u"A").Bounds(0, 900).Value(300, 2); }, "value-above-byte?", "reads as 44"},
+      {[](Form f) { f.Numeric(450, u"A", u"A").Bounds(0, 900).Value(44, 2); }, "value-above-byte?",
+       "of its default 300"},
+      {[](Form f) { f.Numeric(400, u"Wake up", u"Wake up").Bounds(0, 9); }, "name-prompt?", "\"Wake up\""},
       {[](Form f) { f.String(400, u"A", u"A").Bounds(2, 3).Text("abcd"); }, "value-bounds", "4 characters"},
       {[](Form f) { f.String(400, u"A[RegEx:^x$]", u"A").Bounds(0, 9).Text("abcd"); }, "value-expression",
        "does not match"},
@@ -79,6 +82,7 @@ TEST(LintTest, Lint_FindsEachKindOfFaultInASetup) {
   for (const auto& [add, codes, text] : rows) {
     const Boot boot([&add](FakeNotebook& notebook) {
       Ordinary(notebook);
+      notebook.Defaults[450] = 300;
       add(notebook.AddFormSet(u"More"));
     });
     const CacheReport report = ReportCache(boot.Flash, {});
