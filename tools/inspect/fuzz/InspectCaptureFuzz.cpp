@@ -12,6 +12,9 @@
 #include "Require.hpp"
 #include "command/Show.hpp"
 #include "export/Export.hpp"
+#include "export/FirmwareAttributes.hpp"
+#include "export/Pldm.hpp"
+#include "export/Redfish.hpp"
 #include "judge/Explain.hpp"
 #include "judge/Lint.hpp"
 #include "judge/Validate.hpp"
@@ -47,6 +50,25 @@ void JudgeAll(const Image& image) {
   }
 }
 
+// The PLDM tables are sound, whatever they were made of.
+void ExportAll(const Image& image) {
+  for (const bool common : {false, true}) {
+    const ExportResult pldm = ExportPldm(image, common);
+    const auto content = [&pldm](std::size_t file) {
+      const std::string& text = pldm.Files[file].Content;
+      return Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    };
+    Findings findings;
+    DecodeStringTable(content(0), findings);
+    Require(DecodeAttributeTable(content(1), findings).Entries.size() == pldm.Attributes);
+    DecodeValueTable(content(2), findings);
+    Require(findings.List().empty());
+  }
+  const Catalog catalog = MakeCatalog(image);
+  ExportFirmwareAttributes(catalog, "en");
+  Require(nlohmann::json::accept(ExportRedfish(catalog, {}).Registry.dump()));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -54,6 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Image image = DecodeImage({data, data + size});
     ShowAll(image);
     JudgeAll(image);
+    ExportAll(image);
     const std::string exported = ExportJson(image.Capture);
     Require(ImportJson({reinterpret_cast<const std::uint8_t*>(exported.data()), exported.size()}) == image.Capture);
   } catch (const UnusableInput&) {

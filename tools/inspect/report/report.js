@@ -23,6 +23,7 @@
     const head = data.older === null ? data.input : `${data.input}, compared with ${data.older}`;
     const notes = data.findings.filter((finding) => finding.note).length;
     byId('inputs').append(head, make('br'),
+      data.firmware === null ? '' : `firmware ${data.firmware} · `,
       `${rows.length} attributes · findings: ${data.findings.length - notes} · notes: ${notes}`);
     for (const section of document.querySelectorAll('main > section:not([hidden])')) {
       byId('sections').append(make('a', {href: '#' + section.id}, section.querySelector('h2').textContent));

@@ -15,16 +15,10 @@ namespace corvane::inspect {
 namespace {
 
 constexpr EFI_GUID kTransportRecordGuid = VARO_TRANSPORT_RECORD_GUID;
-constexpr std::size_t kAlignment = 4;
 constexpr std::uint16_t kFirstHandle = 16;
 constexpr std::size_t kStreamSlots = 256;
 constexpr std::uint8_t kEmptySlot = 0xFF;
 constexpr std::size_t kLongest = 0xFFFF / 2;  // characters; limit of a table entry, which a damaged store may exceed
-
-void Close(ByteWriter& table) {
-  table.Reserved((kAlignment - table.Content.size() % kAlignment) % kAlignment);
-  table.Put(Crc32(table.Content));
-}
 
 ByteWriter EncodeNames(const std::vector<std::u16string>& names) {
   ByteWriter table;
@@ -36,7 +30,7 @@ ByteWriter EncodeNames(const std::vector<std::u16string>& names) {
     }
     Fields(table, entry);
   }
-  Close(table);
+  CloseTable(table);
   return table;
 }
 
@@ -48,7 +42,7 @@ ByteWriter EncodeTexts(const std::vector<std::u16string>& texts, std::size_t cou
     entry.Text.resize(std::min(entry.Text.size(), kLongest));
     Fields(table, entry);
   }
-  Close(table);
+  CloseTable(table);
   return table;
 }
 
@@ -96,8 +90,8 @@ Image ImageOfCache(const CacheContent& cache) {
       Fields(values, value);
     }
   }
-  Close(attributes);
-  Close(values);
+  CloseTable(attributes);
+  CloseTable(values);
   // Leading stars make equal texts distinct. The published table has no stars.
   std::vector<std::u16string> display;
   for (const std::u16string& text : cache.Texts.Display) {

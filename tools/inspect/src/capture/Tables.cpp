@@ -120,6 +120,11 @@ std::uint32_t Crc32(Bytes bytes) {
   return ~crc;
 }
 
+void CloseTable(ByteWriter& table) {
+  table.Reserved((kAlignment - table.Content.size() % kAlignment) % kAlignment);
+  table.Put(Crc32(table.Content));
+}
+
 Bounds EmptyBounds(std::uint8_t type) {
   switch (BaseType{BaseTypeOf(type)}) {
     case BaseType::Enumeration:

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "bytes/ByteReader.hpp"
+#include "bytes/ByteWriter.hpp"
 #include "bytes/Findings.hpp"
 
 namespace corvane::inspect {
@@ -194,6 +195,7 @@ struct TableMeasure {
 TableMeasure MeasureTable(TableId id, Bytes content);
 
 std::uint32_t Crc32(Bytes bytes);
+void CloseTable(ByteWriter& table);  // adds the pad and the checksum
 
 // Reads `count` little-endian integers. If fewer are left, the reader fails and the result is empty.
 template <typename T>

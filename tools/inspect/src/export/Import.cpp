@@ -159,11 +159,6 @@ void CopyEntries(const JsonReader& reader, ByteWriter& writer) {
   ForEachEntry<Entry>(reader, [&writer](Entry& entry) { Fields(writer, entry); });
 }
 
-void CloseTable(ByteWriter& writer) {
-  writer.Reserved((4 - writer.Content.size() % 4) % 4);
-  writer.Put(Crc32(writer.Content));
-}
-
 void PutFixed(const JsonReader& reader, const char* key, std::size_t size, ByteWriter& writer) {
   std::string text;
   reader.Text(key, text);

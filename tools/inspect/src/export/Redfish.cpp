@@ -21,7 +21,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kRegistryType = "#AttributeRegistry.v1_3_9.AttributeRegistry";
 constexpr const char* kBiosType = "#Bios.v1_2_3.Bios";
-constexpr const char* kLanguage = "en-US";
+constexpr const char* kSettingsType = "#Settings.v1_3_5.Settings";
 
 std::string Without(std::string_view text, char left) {
   std::string out(text);
@@ -58,23 +58,40 @@ const char* RegistryTypeOf(BaseType type) {
   return nullptr;
 }
 
+std::optional<std::string> NameInRegistry(const CatalogAttribute& attribute, std::string& reason) {
+  if (attribute.Type() == BaseType::Collection) {
+    return std::nullopt;  // a menu
+  }
+  std::string name = Without(attribute.Name.Text, ' ');
+  if (attribute.Type() == BaseType::BootConfiguration) {
+    reason = "a boot order is no attribute type there: its place is Boot.BootOrder of the system";
+  } else if (RegistryTypeOf(attribute.Type()) == nullptr) {
+    reason = fmt::format("its type, {}, is unknown", TypeName(attribute.Entry->Type));
+  } else if (attribute.Name.Known && !IsAttributeName(name)) {
+    reason = "an AttributeName is two or more letters, digits and underscores after a letter";
+  }
+  return reason.empty() ? std::optional(std::move(name)) : std::nullopt;
+}
+
 class Exporter {
  public:
-  Exporter(const Catalog& catalog, const RedfishNames& names) : catalog_(catalog), names_(names) {}
+  Exporter(const Catalog& catalog, const RedfishNames& names)
+      : catalog_(catalog), names_(names), offer_(OfferAttributes(catalog, NameInRegistry)) {}
 
   RedfishExport Run() {
     NameMenus();
-    NameAttributes();
-    for (const CatalogAttribute& attribute : catalog_.Attributes) {
-      if (nameOf_.contains(&attribute)) {
-        AddAttribute(attribute);
-        AddDependencies(attribute);
-      }
+    // Conditions may name later attributes.
+    for (const OfferedAttribute& attribute : offer_.Attributes) {
+      byKeyword_.emplace(attribute.Source->Name.Text, &attribute);
+    }
+    for (const OfferedAttribute& attribute : offer_.Attributes) {
+      AddAttribute(attribute);
+      AddDependencies(attribute);
     }
     Json registry{{"@odata.type", kRegistryType},
                   {"Id", names_.Id},
                   {"Name", "BIOS Attribute Registry"},
-                  {"Language", kLanguage},
+                  {"Language", names_.Language},
                   {"OwningEntity", names_.Owner},
                   {"RegistryVersion", names_.Version},
                   {"RegistryEntries",
@@ -83,14 +100,15 @@ class Exporter {
                     {"Dependencies", std::move(dependencies_)}}}};
     Json bios{{"@odata.id", names_.BiosUri}, {"@odata.type", kBiosType},       {"Id", "Bios"},
               {"Name", "BIOS Settings"},     {"AttributeRegistry", names_.Id}, {"Attributes", std::move(values_)}};
-    return {std::move(registry), std::move(bios), std::move(left_)};
+    if (!names_.SettingsUri.empty()) {
+      bios["@Redfish.Settings"] = {{"@odata.type", kSettingsType},
+                                   {"SettingsObject", {{"@odata.id", names_.SettingsUri}}},
+                                   {"SupportedApplyTimes", {"OnReset"}}};
+    }
+    return {std::move(registry), std::move(bios), std::move(offer_.Left)};
   }
 
  private:
-  void Leave(const CatalogAttribute& attribute, const char* what, std::string reason) {
-    left_.push_back({attribute.Entry->Handle, attribute.Name.Text, what, std::move(reason)});
-  }
-
   void NameMenus() {
     std::set<std::string> taken;
     for (const CatalogAttribute& attribute : catalog_.Attributes) {
@@ -99,9 +117,9 @@ class Exporter {
       }
       const std::string name = attribute.Name.Known ? Without(attribute.Name.Text, '/') : "";
       if (name.empty()) {
-        Leave(attribute, "menu", "it has no name");
+        offer_.Leave(attribute, "menu", "it has no name");
       } else if (!taken.insert(name).second) {
-        Leave(attribute, "menu", "an earlier collection has its name");
+        offer_.Leave(attribute, "menu", "an earlier collection has its name");
       } else {
         menuOf_[&attribute] = "./" + name;
         menus_.push_back({{"MenuName", name},
@@ -112,35 +130,10 @@ class Exporter {
     }
   }
 
-  // Selects the exported attributes first, because conditions may name later attributes.
-  void NameAttributes() {
-    for (const CatalogAttribute& attribute : catalog_.Attributes) {
-      if (attribute.Type() == BaseType::Collection) {
-        continue;
-      }
-      const std::string name = Without(attribute.Name.Text, ' ');
-      if (attribute.Type() == BaseType::BootConfiguration) {
-        Leave(attribute, "attribute",
-              "a boot order is no attribute type there: its place is Boot.BootOrder of the system");
-      } else if (RegistryTypeOf(attribute.Type()) == nullptr) {
-        Leave(attribute, "attribute", fmt::format("its type, {}, is unknown", TypeName(attribute.Entry->Type)));
-      } else if (!attribute.Name.Known) {
-        Leave(attribute, "attribute", "the string table does not have its name");
-      } else if (!IsAttributeName(name)) {
-        Leave(attribute, "attribute", "an AttributeName is two or more letters, digits and underscores after a letter");
-      } else if (!byName_.emplace(name, &attribute).second) {
-        Leave(attribute, "attribute", fmt::format("an earlier attribute is named {}", name));
-      } else {
-        byKeyword_.emplace(attribute.Name.Text, &attribute);
-        nameOf_[&attribute] = name;
-      }
-    }
-  }
-
-  void AddAttribute(const CatalogAttribute& attribute) {
-    const std::string& name = nameOf_[&attribute];
-    Json json{{"AttributeName", name}, {"Type", RegistryTypeOf(attribute.Type())}};
-    if (name != attribute.Name.Text) {
+  void AddAttribute(const OfferedAttribute& offered) {
+    const CatalogAttribute& attribute = *offered.Source;
+    Json json{{"AttributeName", offered.Name}, {"Type", RegistryTypeOf(attribute.Type())}};
+    if (offered.Name != attribute.Name.Text) {
       json["UefiKeywordName"] = attribute.Name.Text;
     }
     json["DisplayName"] = attribute.Display.value_or(attribute.Name.Text);
@@ -152,46 +145,30 @@ class Exporter {
     const CatalogAttribute* home = attribute.Collection ? &catalog_.Attributes[*attribute.Collection] : nullptr;
     const auto menu = menuOf_.find(home);
     json["MenuPath"] = menu != menuOf_.end() ? menu->second : "./";
-    AddBounds(attribute, json);
+    AddBounds(offered, json);
     AddExpression(attribute, json);
     attributes_.push_back(std::move(json));
-    values_[name] = CurrentOf(attribute);
+    values_[offered.Name] = offered.Current;
   }
 
-  void AddBounds(const CatalogAttribute& attribute, Json& json) {
-    if (const auto* integer = std::get_if<IntegerBounds>(&attribute.Entry->Bounds)) {
+  void AddBounds(const OfferedAttribute& offered, Json& json) {
+    const Bounds& bounds = offered.Source->Entry->Bounds;
+    if (const auto* integer = std::get_if<IntegerBounds>(&bounds)) {
       json["LowerBound"] = integer->Lower;
       json["UpperBound"] = integer->Upper;
       json["ScalarIncrement"] = integer->Step;
-      json["DefaultValue"] = integer->Default;
-    } else if (const auto* length = std::get_if<LengthBounds>(&attribute.Entry->Bounds)) {
+    } else if (const auto* length = std::get_if<LengthBounds>(&bounds)) {
       json["MinLength"] = length->Minimum;
       json["MaxLength"] = length->Maximum;
     } else {
-      AddValues(attribute, json);
-    }
-  }
-
-  void AddValues(const CatalogAttribute& attribute, Json& json) {
-    Json values = Json::array();
-    std::set<std::string> taken;
-    for (const CatalogValue& value : attribute.Possible) {
-      if (!value.Name.Known || !taken.insert(value.Name.Text).second) {
-        Leave(attribute, "value",
-              value.Name.Known ? fmt::format("an earlier value is named {}", value.Name.Text)
-                               : "the string table does not have its name");
-        continue;
+      Json& values = json["Value"] = Json::array();
+      for (const CatalogValue* value : offered.Values) {
+        values.push_back({{"ValueName", value->Name.Text},
+                          {"ValueDisplayName", ParseKeyword(value->Display.value_or(value->Name.Text)).Bare}});
       }
-      values.push_back({{"ValueName", value.Name.Text},
-                        {"ValueDisplayName", ParseKeyword(value.Display.value_or(value.Name.Text)).Bare}});
     }
-    json["Value"] = std::move(values);
-    if (attribute.Type() == BaseType::Enumeration) {
-      if (const Json name = NameAt(attribute, attribute.Defaults); !name.is_null()) {
-        json["DefaultValue"] = name;
-      } else {
-        Leave(attribute, "default", "no value of a name is its default");
-      }
+    if (!offered.Default.is_null()) {
+      json["DefaultValue"] = offered.Default;
     }
   }
 
@@ -203,41 +180,14 @@ class Exporter {
     if (const Expression expression(*text); expression.Problem().empty()) {
       json["ValueExpression"] = *text;
     } else {
-      Leave(attribute, "expression", fmt::format("{}: {}", *text, expression.Problem()));
+      offer_.Leave(attribute, "expression", fmt::format("{}: {}", *text, expression.Problem()));
     }
-  }
-
-  static Json NameAt(const CatalogAttribute& attribute, const std::vector<std::size_t>& positions) {
-    if (positions.size() != 1 || !attribute.Possible[positions.front()].Name.Known) {
-      return {};
-    }
-    return attribute.Possible[positions.front()].Name.Text;
-  }
-
-  Json CurrentOf(const CatalogAttribute& attribute) {
-    Json current;
-    if (attribute.Type() == BaseType::Password) {
-      return current;  // a password is null: it is never read back
-    }
-    if (attribute.Value != nullptr) {
-      if (const auto* text = std::get_if<StringValue>(attribute.Value)) {
-        current = Utf8FromLatin1(text->Text);
-      } else if (const auto* integer = std::get_if<IntegerValue>(attribute.Value)) {
-        current = integer->Value;
-      } else {
-        current = NameAt(attribute, attribute.Current);
-      }
-    }
-    if (current.is_null()) {
-      Leave(attribute, "current", "the value table has no value of its own type and of a name for it");
-    }
-    return current;
   }
 
   // A condition on the name of a value forces that value. A condition on the attribute's name makes it read-only.
-  void AddDependencies(const CatalogAttribute& attribute) {
-    AddDependency(attribute, attribute.Name, "ReadOnly", true);
-    for (const CatalogValue& value : attribute.Possible) {
+  void AddDependencies(const OfferedAttribute& attribute) {
+    AddDependency(attribute, attribute.Source->Name, "ReadOnly", true);
+    for (const CatalogValue& value : attribute.Source->Possible) {
       if (value.Name.Known) {
         AddDependency(attribute, value.Name, "CurrentValue", value.Name.Text);
       }
@@ -245,7 +195,7 @@ class Exporter {
   }
 
   // One entry for each attribute in the conditions. Every entry has the whole expression, joined by OR.
-  void AddDependency(const CatalogAttribute& attribute, const CatalogName& name, const char* property,
+  void AddDependency(const OfferedAttribute& attribute, const CatalogName& name, const char* property,
                      const Json& target) {
     Json from = Json::array();
     std::vector<std::string> triggers;
@@ -253,13 +203,14 @@ class Exporter {
       if (annotation.Kind == AnnotationKind::RegEx) {
         continue;
       }
-      const CatalogAttribute* other = nullptr;
+      const OfferedAttribute* other = nullptr;
       const Json value = ConditionValue(annotation, other);
       if (value.is_null()) {
-        Leave(attribute, "dependency", annotation.Text + " names no exported attribute with such a value");
+        offer_.Leave(*attribute.Source, "dependency",
+                     annotation.Text + " names no exported attribute with such a value");
         continue;
       }
-      Json term{{"MapFromAttribute", nameOf_[other]},
+      Json term{{"MapFromAttribute", other->Name},
                 {"MapFromProperty", "CurrentValue"},
                 {"MapFromCondition", annotation.Kind == AnnotationKind::ForceIf ? "EQU" : "NEQ"},
                 {"MapFromValue", value}};
@@ -267,8 +218,8 @@ class Exporter {
         term["MapTerms"] = "OR";
       }
       from.push_back(std::move(term));
-      if (std::ranges::find(triggers, nameOf_[other]) == triggers.end()) {
-        triggers.push_back(nameOf_[other]);
+      if (std::ranges::find(triggers, other->Name) == triggers.end()) {
+        triggers.push_back(other->Name);
       }
     }
     for (const std::string& trigger : triggers) {
@@ -276,43 +227,41 @@ class Exporter {
                                {"Type", "Map"},
                                {"Dependency",
                                 {{"MapFrom", from},
-                                 {"MapToAttribute", nameOf_[&attribute]},
+                                 {"MapToAttribute", attribute.Name},
                                  {"MapToProperty", property},
                                  {"MapToValue", target}}}});
     }
   }
 
   // The value that the condition compares with; null if the condition never holds.
-  Json ConditionValue(const Annotation& annotation, const CatalogAttribute*& other) const {
+  Json ConditionValue(const Annotation& annotation, const OfferedAttribute*& other) const {
     const auto found = byKeyword_.find(annotation.Attribute);
     if (!annotation.IsForce() || found == byKeyword_.end()) {
       return {};
     }
     other = found->second;
-    if (other->Type() == BaseType::Integer) {
+    const BaseType type = other->Source->Type();
+    if (type == BaseType::Integer) {
       std::uint64_t number = 0;
       const char* const end = annotation.Value.data() + annotation.Value.size();
       const auto [stop, error] = std::from_chars(annotation.Value.data(), end, number);
       return stop == end && error == std::errc{} ? Json(number) : Json();
     }
-    const bool known = other->Type() == BaseType::String ||
-                       std::ranges::any_of(other->Possible, [&annotation](const CatalogValue& value) {
-                         return value.Name.Known && value.Name.Text == annotation.Value;
+    const bool known = type == BaseType::String || std::ranges::any_of(other->Values, [&](const CatalogValue* value) {
+                         return value->Name.Text == annotation.Value;
                        });
     return known ? Json(annotation.Value) : Json();
   }
 
   const Catalog& catalog_;
   const RedfishNames& names_;
-  std::map<std::string, const CatalogAttribute*> byName_;     // by AttributeName
-  std::map<std::string, const CatalogAttribute*> byKeyword_;  // by the name that conditions know
-  std::map<const CatalogAttribute*, std::string> nameOf_;     // those that have a place
+  Offer offer_;
+  std::map<std::string, const OfferedAttribute*> byKeyword_;  // by the name that conditions know
   std::map<const CatalogAttribute*, std::string> menuOf_;
   Json attributes_ = Json::array();
   Json menus_ = Json::array();
   Json dependencies_ = Json::array();
   Json values_ = Json::object();
-  std::vector<LeftOut> left_;
 };
 
 }  // namespace

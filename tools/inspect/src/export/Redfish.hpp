@@ -12,7 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "capture/Catalog.hpp"
+#include "export/Offer.hpp"
 
 namespace corvane::inspect {
 
@@ -22,14 +22,8 @@ struct RedfishNames {
   std::string Version = "1.0.0";  // of the registry
   std::string Owner = "Corvane";
   std::string BiosUri = "/redfish/v1/Systems/1/Bios";
-};
-
-// An attribute, or a part of one, that has no place in the registry.
-struct LeftOut {
-  std::uint16_t Handle = 0;
-  std::string Attribute;
-  std::string What;  // "attribute", "menu", "value", "expression", "dependency", "default", "current"
-  std::string Reason;
+  std::string SettingsUri;      // where clients send changes; empty: nowhere
+  std::string Language = "en";  // of the texts (RFC 5646)
 };
 
 struct RedfishExport {

@@ -139,6 +139,7 @@ void ReplaceFirst(std::string& text, std::string_view mark, std::string_view con
 Json ReportData(const ReportInput& input, const std::vector<LintFinding>& findings, const ReportOlder& older) {
   const Catalog catalog = MakeCatalog(input.Image);
   Json data{{"input", input.Name},
+            {"firmware", OrNull(input.Firmware)},
             {"older", older.Image != nullptr ? Json(older.Name) : Json()},
             {"textsMissing", catalog.TextsMissing},
             {"tables", TablesAsJson(input.Image)},

@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ namespace corvane::inspect {
 struct ReportInput {
   std::string Name;  // shown on the page
   const inspect::Image& Image;
+  std::optional<std::string> Firmware = std::nullopt;  // version of the firmware that wrote the cache of this boot
 };
 
 struct ReportOlder {

@@ -34,7 +34,7 @@ TEST(RedfishTest, EachPart_IsMappedOrListedAsLeftOut) {
   notebook.Records[7] = {.Type = 6, .Name = 25, .Handles = {26, 27}, .Current = 1};
   notebook.Records[8] = {.Name = 29, .Handles = {26, 99}, .Values = {1, 2}, .Current = 1};
   const Image image = DecodeImage(Encode(notebook));
-  const RedfishExport result = ExportRedfish(MakeCatalog(image), {});
+  const RedfishExport result = ExportRedfish(MakeCatalog(image), {.SettingsUri = "/later", .Language = "de"});
   const auto at = [](const Json& json, const std::string& pointer) { return json.at(Json::json_pointer(pointer)); };
   const Json entries = result.Registry["RegistryEntries"];
   const std::pair<const char*, Json> rows[] = {
@@ -92,8 +92,10 @@ TEST(RedfishTest, EachPart_IsMappedOrListedAsLeftOut) {
     left += fmt::format("{} {}\n", one.What, one.Attribute);
   }
   EXPECT_EQ(left,
-            "attribute Caf\u00E9\nattribute Boot order\nvalue Secure Boot\nexpression Asset\nvalue Rest\n"
-            "current Rest\n");
+            "attribute Caf\u00E9\nattribute Boot order\nvalue Secure Boot\nvalue Rest\ncurrent Rest\n"
+            "expression Asset\n");
+  EXPECT_EQ(result.Registry["Language"], "de");
+  EXPECT_EQ(at(result.Bios, "/@Redfish.Settings/SettingsObject"), (Json{{"@odata.id", "/later"}}));
 }
 
 }  // namespace
