@@ -21,6 +21,7 @@ readonly PACKAGES_TO_TEST=(
   python3-jsonschema                            # exports against their schemas
   qemu-efi-aarch64                              # foreign firmware to start the driver on
 )
+readonly PACKAGES_TO_READ_EXPORTS=(python3-sushy)   # a check is skipped without them
 readonly PACKAGES_TO_MEASURE=(qemu-user)
 readonly PACKAGES_TO_COVER=(llvm)
 readonly PACKAGES_FOR_DOCS=(doxygen)
@@ -92,6 +93,37 @@ install_packages() {
     space=$((space + PACKAGE_SPACE_CLANG))
   fi
   install_missing "$space" "${wanted[@]}"
+  if [[ $1 == test ]]; then install_optional "${PACKAGES_TO_READ_EXPORTS[@]}"; fi
+}
+
+# install_optional PACKAGE...: those that are missing and can be had without a question.
+install_optional() {
+  local -a missing
+  read -r -a missing <<<"$(missing_packages "$@")"
+  ((${#missing[@]} > 0)) && index_has "${missing[@]}" || return 0
+  ((EUID == 0)) || sudo -n true 2>/dev/null || return 0
+  say "==> Optional packages: ${missing[*]}"
+  mkdir -p "$LOGS"
+  apt_install "${missing[@]}" >"$LOGS/optional-packages.log" 2>&1 || say "    not installed"
+}
+
+# unpack_fwupd FOLDER: fwupdtool and its libraries from the distribution's packages. Nothing is installed: the packages
+# bring a service, and newer versions of systemd.
+unpack_fwupd() {
+  local folder=$1 libraries
+  local -a packages
+  rm -rf "$folder"
+  mkdir -p "$folder/root"
+  cd "$folder" || return
+  mapfile -t packages < <(apt-get -s install --no-install-recommends fwupd |
+    awk '$1 == "Inst" && $2 ~ /^(fwupd|lib)/ { print $2 }')
+  ((${#packages[@]} > 0)) && apt-get download "${packages[@]}" || return
+  find . -name '*.deb' -exec dpkg-deb -x {} root \;
+  rm ./*.deb
+  libraries=$(find "$folder/root" -name '*.so*' -printf '%h\n' | sort -u | paste -sd:)
+  # shellcheck disable=SC2016  # of the script that is written
+  printf '#!/bin/sh\nLD_LIBRARY_PATH=%q exec %q "$@"\n' "$libraries" "$folder/root/usr/bin/fwupdtool" >fwupdtool
+  chmod +x fwupdtool
 }
 
 # install_missing MEGABYTES PACKAGE...: installs those that are missing. MEGABYTES is the space that all of them need.

@@ -151,6 +151,19 @@ redfish_is_complete() {
   ((status == 0 || status == STATUS_SKIPPED))
 }
 
+# exports_are_read READER: software of others reads every attribute of two captures.
+exports_are_read() {
+  "$ROOT/tools/inspect/test/export/check_exports.py" "$1" "$INSPECT" "$(records_of cold)" "$(records_of factory)"
+}
+
+fwupd_reads() {
+  local folder="$BUILD/fwupd"
+  command -v fwupdtool >/dev/null || [[ -x $folder/fwupdtool ]] ||
+    (unpack_fwupd "$folder") >"$LOGS/fwupd.log" 2>&1 || { printf 'fwupd cannot be had'; return "$STATUS_SKIPPED"; }
+  if [[ -x $folder/fwupdtool ]]; then export FWUPDTOOL=$folder/fwupdtool; fi
+  exports_are_read fwupd
+}
+
 scenario_capture_exports() {
   check 'every capture has the same bytes after export and import' captures_come_back
   check 'another version of the same firmware does not differ' differ_in cold updated
@@ -161,6 +174,9 @@ scenario_capture_exports() {
   check 'the Redfish documents hold every attribute' redfish_is_complete "$(records_of cold)" "$(records_of factory)"
   check 'the Redfish documents fit the schemas of the DMTF' \
     "$ROOT/tools/inspect/test/export/check_redfish.py" "$INSPECT" "$(records_of cold)" "$(records_of factory)"
+  check 'sushy reads every attribute and registry entry, and sends changes' exports_are_read sushy
+  check 'a reader of DSP0247 reads every attribute from the PLDM tables' exports_are_read pldm
+  check 'fwupd reads every attribute of the firmware-attributes tree' fwupd_reads
   check 'the report shows everything in a browser, wide and narrow, without an error' \
     "$ROOT/tools/inspect/test/export/check_report.py" "$INSPECT" "$(records_of factory)" "$(records_of changed)"
 }
