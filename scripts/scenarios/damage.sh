@@ -33,14 +33,14 @@ scenario_damaged_names() { damage_each_way PldmString; }
 scenario_damaged_display_texts() { damage_each_way DispString; }
 scenario_damaged_help_texts() { damage_each_way HelpString; }
 
-# The version seals the cache: whatever happens to one variable, the damaged boot itself gathers again.
+# The version seals the cache, so the boot with a damaged variable gathers again.
 damage_each_way() {
   local variable=$1 how boot
   for how in ${DAMAGES[$variable]}; do
     boot="$variable-${how//[=,]/-}"
     after cold "$boot" --set "damage=$variable:$how" || return
     check "$variable, $how: the form sets are parsed" rebuilt "$boot"
-    check "$variable, $how: tables and cache are the cold ones again" same_tables_and_cache cold "$boot"
+    check "$variable, $how: tables and cache equal the cold ones" same_tables_and_cache cold "$boot"
   done
 }
 
@@ -63,7 +63,7 @@ damage_unsealed() {
   done
 }
 
-# By the third boot, the damaged one included, everything is as after a cold boot.
+# The damaged boot or one of the next two publishes and caches the same as a cold boot.
 heals() {
   local cold=$1 variable=$2 how=$3 boot="$1-$2-${3//[=,]/-}" next
   after "$cold" "$boot" "${UNSEALED[@]}" --set "damage=$variable:$how" || return
@@ -74,7 +74,7 @@ heals() {
     after "$boot" "$next" "${UNSEALED[@]}" || return
     boot=$next
   done
-  check "$variable, $how, no seal: by the third boot, tables and cache are the cold ones again" \
+  check "$variable, $how, no seal: by the third boot, tables and cache equal the cold ones" \
     same_tables_and_cache "$cold" "$boot"
 }
 
@@ -102,39 +102,39 @@ cache_differs_in() {
     ! grep -qxF "$(text_of "$1" cache.txt | grep "^$3 ")" <<<"$(text_of "$2" cache.txt)"
 }
 
-# A variable store that has no room for all of a cache keeps no half of it.
+# A variable store without room for the whole cache keeps no part of it.
 scenario_store_full_from_the_start() { store_full full "${CACHE_VARIABLES[@]}"; }
 
 scenario_store_full_before_attributes() { store_full full-texts AttributesData AttributesCount BiosVersion; }
 
-# store_full BOOT VARIABLE...: as small as to have no room for those.
+# store_full BOOT VARIABLE...: boots with a store that has no room for these variables.
 store_full() {
   local boot=$1
   shift
   scenario_boot "$boot" --store "$(store_without "$@")" || return
   check 'the tables equal the cold ones' same_tables cold "$boot"
   check 'there is no cache' no_variables "$boot" "${CACHE_VARIABLES[@]}"
-  check 'the driver says so once' says_once "$boot" 'cache deleted: it could not be written completely'
+  check 'the driver reports it once' says_once "$boot" 'cache deleted: it could not be written completely'
   after "$boot" "$boot-next" || return
   check 'the next boot parses the form sets' rebuilt "$boot-next"
   check 'the next boot publishes the same tables' same_tables cold "$boot-next"
 }
 
-# A text variable that cannot be written is not there in the next boot, which finds the cache wanting.
+# A text variable that cannot be written is missing in the next boot, which then deletes the cache.
 scenario_store_full_before_help() {
   scenario_boot no-help --store "$(store_without HelpString)" || return
   check 'the tables equal the cold ones' same_tables cold no-help
   check 'only the help texts are not in the cache' cache_differs_in cold no-help HelpString
   after no-help no-help-next || return
   check 'the next boot publishes all but the help texts' published no-help-next
-  check 'the next boot takes what there is' same_tables cold no-help-next --only strings,attributes,display
+  check 'the next boot restores the other tables' same_tables cold no-help-next --only strings,attributes,display
   check 'the next boot deletes the cache' no_variables no-help-next "${CACHE_VARIABLES[@]}"
   after no-help-next no-help-rebuilt || return
   check 'the boot after parses the form sets' rebuilt no-help-rebuilt
   check 'the boot after publishes everything' same_tables cold no-help-rebuilt
 }
 
-# store_without VARIABLE...: bytes that the cold boot took of its store, less what these variables took, and a few more.
+# store_without VARIABLE...: size of a store with room for all variables of the cold boot except these.
 store_without() {
   local taken name
   taken=$((STORE_SIZE - $(text_of cold platform.txt | sed -n 's/^VariableStoreRoom //p') + 128))
