@@ -11,8 +11,8 @@
 /// Whether CacheIsValid reads the whole cache to compare it with its seal.
 enum class SealCheck : UINT8 { Skipped, Done };
 
-/// Returns true if the cache is of the running firmware version and is not marked as bad. With SealCheck::Done, a sealed
-/// cache must also match its seal.
+/// Returns true if the cache is of the running firmware version and is not marked as bad. With SealCheck::Done, a
+/// sealed cache must also match its seal.
 [[nodiscard]] bool CacheIsValid(SealCheck sealCheck);
 
 /// Fills an empty database from the cache. A missing or malformed part is left out, and the boot goes on with the rest.
