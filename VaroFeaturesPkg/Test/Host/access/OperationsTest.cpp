@@ -604,6 +604,8 @@ TEST_F(OperationsTest, Operation_WithoutThisOrArguments_IsRejected) {
   EXPECT_EQ(buffer, mAccess.RequestBuffer);
   EXPECT_EQ(size, 65536U);
   EXPECT_EQ(p.GetRequestBuffer(&p, &buffer, nullptr), EFI_SUCCESS);
+  SetMem(buffer, size, 0xEE);                            // a caller may leave any bytes in the buffer
+  ZeroMem(mAccess.RequestBuffer->Descriptor.Unused, 8);  // never written
   EXPECT_EQ(p.GetAttributeHandles(&p, nullptr, &size), EFI_INVALID_PARAMETER);  // fetches the tables
   RequestBlock* const kept = std::exchange(mAccess.RequestBuffer, nullptr);
   size = 100;

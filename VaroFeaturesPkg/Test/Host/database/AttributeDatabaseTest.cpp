@@ -54,6 +54,7 @@ TEST_F(AttributeDatabaseTest, PlaceAttribute_FreesTheEarlierRecord) {
 
 TEST_F(AttributeDatabaseTest, FindAttributeByToken_SearchesCountedRecords) {
   Put(database, {.Handle = 1, .Type = 2, .Token = 7});
+  EXPECT_EQ(database.FindAttributeByToken(0), nullptr);
   EXPECT_EQ(database.FindAttributeByToken(7), nullptr);
   const AttributeRecord* const zero = Put(database, {.Type = 5});
   const AttributeRecord* const first = Put(database, {.Type = 3, .Token = 7});

@@ -56,6 +56,15 @@ TEST_F(TableWriterTest, Append_UpToTheCapacity_Succeeds) {
   EXPECT_EQ(Table(TABLE_VALUES), Join(Bytes(2045, 7), Bytes(3, 9)));
 }
 
+TEST_F(TableWriterTest, AppendAsciiFromUcs2_OfAnyLength_WritesAByteForEachCharacter) {
+  const Ucs2String text = Ucs2(u"\u0142\u0141bcdefghi");
+  for (size_t length = 0; length < text.size(); ++length) {
+    Bytes room(12, 0xEE);
+    TableWriter::AppendAsciiFromUcs2(Writable(room).data(), Ucs2View(text).first(length));
+    EXPECT_EQ(room, Join(std::string_view("BAbcdefghi").substr(0, length), Bytes(12 - length, 0xEE)));
+  }
+}
+
 TEST_F(TableWriterTest, EveryOperation_WithoutATable_IsRejected) {
   for (TableWriter missing : {writer, TableWriter(nullptr)}) {  // not allocated; no tables at all
     EXPECT_EQ(missing.AppendTableBytes(TABLE_STRINGS, Span({1})), EFI_INVALID_PARAMETER);

@@ -25,7 +25,7 @@ TEST_F(BootConfigurationTest, Sources_AreNamedAndOrderedByPriority) {
       {{}, "boot order"},
       {{{2, true, u"usb", bbs(5)}, {1, false, u"net", bbs(6)}, {0, true, u"disk", bbs(2)}},
        "boot Varo:HDD:0001 Varo:NIC:0002 Varo:USB:0003 order 2 0"},
-      // Every device type, one without a name, another kind of node, none, and paths that do not parse.
+      // Every device type, three without a name, another kind of node, none, and paths that do not parse.
       {{{0, true, u"a", bbs(1)},
         {0, true, u"b", bbs(3)},
         {0, true, u"c", bbs(4)},
@@ -35,9 +35,11 @@ TEST_F(BootConfigurationTest, Sources_AreNamedAndOrderedByPriority) {
         {0, true, u"g", Join(bbs(2), Bytes{1})},
         {0, true, u"h", {5, 1, 3, 0}},
         {0, true, u"i", {5, 1, 9, 0, 2, 0}},
-        {0, true, u"j", Join(Bytes{5, 1, 4, 0}, end)}},
+        {0, true, u"j", Join(Bytes{5, 1, 4, 0}, end)},
+        {0, true, u"k", bbs(0)},
+        {0, true, u"l", bbs(7)}},
        "boot Varo:FDD:0001 Varo:ODD:0002 Varo:PCC:0003 Varo:d:0004 Varo:e:0005 Varo:f:0006 Varo:g:0007 Varo:h:0008 "
-       "Varo:i:0009 Varo:j:0010 order 0 1 2 3 4 5 6 7 8 9"},
+       "Varo:i:0009 Varo:j:0010 Varo:k:0011 Varo:l:0012 order 0 1 2 3 4 5 6 7 8 9 10 11"},
       // Priorities have gaps, repeat, and use the whole range.
       {{{0xFFFF, true, u"last", {}}, {7, true, u"b", {}}, {0, false, u"first", {}}, {7, true, u"c", {}}},
        "boot Varo:first:0001 Varo:b:0002 Varo:c:0003 Varo:last:0004 order 3 1 2"},

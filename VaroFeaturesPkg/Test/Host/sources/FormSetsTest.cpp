@@ -164,6 +164,22 @@ TEST_F(FormSetsTest, DefaultAndCurrentValue_SelectTheirIndices) {
   EXPECT_THAT(Attribute(16), testing::EndsWith("1,4"));
 }
 
+TEST_F(FormSetsTest, GetDefault_OfEachKind_AnnouncesItsWidth) {
+  static std::map<UINT32, UINT64> widths;
+  widths.clear();
+  notebook.InstallProtocols();
+  notebook.Uefi.Find<SettingDefaultsProtocol>(gVaroSettingDefaultsProtocolGuid)->GetDefault =
+      [](UINT32 identifier, const EFI_GUID*, UINT64* size, VOID*) -> EFI_STATUS {
+    widths[identifier] = *size;
+    return EFI_NOT_FOUND;
+  };
+  setup.OneOf(300, u"O", u"O");
+  setup.Checkbox(301, u"C", u"C");
+  setup.Numeric(302, u"N", u"N");
+  Gather();
+  EXPECT_EQ(widths, (std::map<UINT32, UINT64>{{300, 1}, {301, 1}, {302, 8}}));
+}
+
 TEST_F(FormSetsTest, Walk_After241CountedQuestions_AddsOnlyCollections) {
   for (UINT32 i = 0; i < 241; ++i) {
     setup.Checkbox(2000 + i, u"K", u"P");
