@@ -2,8 +2,9 @@
   BootPhasesDxe: the two signals that CorvaneDxe waits for, and the results of the boot.
 
   End of DXE: every driver of the firmware is dispatched, so all form sets are published. What the attribute service
-  accepted in the last boot is applied now, what the scenario item "set" ("ID=VALUE;ID=VALUE") says the user changed
-  since then is changed, what "damage" says is damaged; then gVaroFormSetsUpdatedProtocolGuid is installed.
+  accepted for the platform's own settings in the last boot is applied now, what the scenario item "set"
+  ("ID=VALUE;ID=VALUE") says the user changed since then is changed, what "damage" says is damaged; then
+  gVaroFormSetsUpdatedProtocolGuid is installed.
 
   Ready to boot: BDS has connected the devices and put "BootOrder" in order, and is about to start the boot option.
   gVaroTablesRequestedProtocolGuid is installed; when the tables are out, the result files are written.
@@ -68,7 +69,7 @@ ApplyLanguage (
 }
 
 /**
-  Changes what the attribute service was asked for in the last boot.
+  Changes the settings of the platform's own that the attribute service was asked to change in the last boot.
 **/
 STATIC
 VOID
@@ -160,8 +161,8 @@ OnEndOfDxe (
 
   gBS->CloseEvent (Event);
   AddShellOption ();
-  if (!EFI_ERROR (gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues))) {
-    SetupValues->Refresh (SetupValues);
+  if (!EFI_ERROR (gBS->LocateProtocol (&gVaroSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues))) {
+    SetupValues->CreateVariables (SetupValues);
     ApplyLanguage ();
     ApplyPendingValues ();
     ApplyChanges ();

@@ -237,9 +237,9 @@ WriteResultFiles (
   UINTN                 Index;
   EFI_STATUS            Status;
 
-  Status = gBS->LocateProtocol (&gNotebookTransportLogProtocolGuid, NULL, (VOID **)&Log);
+  Status = gBS->LocateProtocol (&gVaroTransportLogProtocolGuid, NULL, (VOID **)&Log);
   if (!EFI_ERROR (Status)) {
-    Status = gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues);
+    Status = gBS->LocateProtocol (&gVaroSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues);
   }
 
   if (!EFI_ERROR (Status)) {

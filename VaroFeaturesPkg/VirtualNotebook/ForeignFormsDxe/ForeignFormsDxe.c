@@ -1,5 +1,6 @@
 /** @file
-  ForeignFormsDxe: lets form sets of EDK II's own drivers into the setup, when the scenario item "foreign" asks for them.
+  ForeignFormsDxe: lets form sets of EDK II's own drivers into the setup, when the scenario item "foreign" asks for
+  them.
 
   The drivers wait for gNotebookForeignFormsProtocolGuid (ForeignFormsGateLib). Their class joins PcdVaroSetupFormSets.
 

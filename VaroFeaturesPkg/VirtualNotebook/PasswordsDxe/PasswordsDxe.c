@@ -1,17 +1,21 @@
 /** @file
-  PasswordsDxe: which passwords the notebook has and which of them are set.
+  PasswordsDxe: which passwords the notebook has, which of them are set, and whether a text is one of them.
 
   Scenario items: "owner-password" non-zero makes the owner password known; "passwords" lists those that are set, of
-  "admin", "system" and "owner".
+  "admin", "system" and "owner". "password-admin" and "password-system" are their texts: each is read again for every
+  comparison and wiped after it.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
 **/
 
 #include <Uefi.h>
+#include <Library/BaseLib.h>
 #include <Library/BaseMemoryLib.h>
+#include <Library/MemoryAllocationLib.h>
 #include <Library/ScenarioLib.h>
 #include <Library/UefiBootServicesTableLib.h>
+#include <Protocol/PasswordCheck.h>
 #include <Protocol/PasswordService.h>
 #include <Protocol/PasswordStateQuery.h>
 
@@ -77,6 +81,33 @@ QueryPasswords (
   return EFI_SUCCESS;
 }
 
+STATIC
+EFI_STATUS
+EFIAPI
+CheckPassword (
+  IN PasswordCheckProtocol  *This,
+  IN UINT32                 Kind,
+  IN CONST CHAR8            *Text,
+  IN UINTN                  Length
+  )
+{
+  CHAR8    *Right;
+  UINTN    RightSize;
+  BOOLEAN  Same;
+
+  Right = GetScenarioText ((Kind == PASSWORD_KIND_ADMIN) ? "password-admin" : "password-system");
+  if (Right == NULL) {
+    return EFI_NOT_FOUND;
+  }
+
+  RightSize = AsciiStrSize (Right);
+  Same      = (BOOLEAN)((Length + 1 == RightSize) && (CompareMem (Right, Text, Length) == 0));
+  ZeroMem (Right, RightSize);
+  FreePool (Right);
+  return Same ? EFI_SUCCESS : EFI_ACCESS_DENIED;
+}
+
+STATIC PasswordCheckProtocol       mPasswordCheck   = { CheckPassword };
 STATIC PasswordServiceProtocol     mPasswordService = { .Revision = PASSWORD_SERVICE_OWNER_REVISION };
 STATIC PasswordStateQueryProtocol  mPasswordState   = { QueryPasswords };
 
@@ -99,8 +130,8 @@ PasswordsDxeEntryPoint (
   }
 
   Handle = NULL;
-  Status = EFI_SUCCESS;
-  if (!ScenarioLists ("without", "password-service")) {
+  Status = gBS->InstallMultipleProtocolInterfaces (&Handle, &gVaroPasswordCheckProtocolGuid, &mPasswordCheck, NULL);
+  if (!EFI_ERROR (Status) && !ScenarioLists ("without", "password-service")) {
     Status = gBS->InstallMultipleProtocolInterfaces (
                     &Handle,
                     &gVaroPasswordServiceProtocolGuid,

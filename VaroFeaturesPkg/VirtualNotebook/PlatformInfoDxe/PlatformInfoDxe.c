@@ -1,5 +1,5 @@
 /** @file
-  PlatformInfoDxe: what the notebook says of itself: firmware version, mode, cameras, asset tag.
+  PlatformInfoDxe: what the notebook says of itself: firmware version, mode, cameras.
 
   Scenario items: "firmware-version" stands in for the version of the build; "factory-mode" non-zero puts the notebook
   into a factory mode; "cameras" is how many it has.
@@ -15,20 +15,12 @@
 #include <Library/PcdLib.h>
 #include <Library/ScenarioLib.h>
 #include <Library/UefiBootServicesTableLib.h>
-#include <Protocol/AssetTagLength.h>
 #include <Protocol/CameraIdentifiers.h>
 #include <Protocol/FirmwareVersion.h>
 #include <Protocol/ModeQuery.h>
-#include <Protocol/SetupValues.h>
 
 #define CAMERAS_OF_THIS_MODEL  2
 #define FACTORY_MODE           3   ///< number of the mode that "factory-mode" stands for
-
-#define ASSET_TAG_MINIMUM  1
-#define ASSET_TAG_MAXIMUM  10
-
-#define QUESTION_ASSET_TAG      9752
-#define QUESTION_SECOND_STRING  1559
 
 //
 // The third place holds no camera, on any model.
@@ -39,88 +31,6 @@ STATIC CONST CHAR8 *CONST  mCameras[] = {
 
 STATIC BOOLEAN              mFactoryMode;
 STATIC FirmwareVersionData  mVersionData;
-
-/**
-  Gives the bounds of the asset tag.
-**/
-STATIC
-EFI_STATUS
-EFIAPI
-GetAssetTagLength (
-  IN  UINT32  Selector,
-  IN  VOID    *Context,
-  OUT UINT64  *Minimum,
-  OUT UINT64  *Maximum
-  )
-{
-  if (Selector != 1) {
-    return EFI_INVALID_PARAMETER;
-  }
-
-  *Minimum = ASSET_TAG_MINIMUM;
-  *Maximum = ASSET_TAG_MAXIMUM;
-  return EFI_SUCCESS;
-}
-
-/**
-  Gives a string that the owner typed into the setup.
-**/
-STATIC
-EFI_STATUS
-EFIAPI
-GetPlatformString (
-  IN     UINT32  Selector,
-  IN     UINT32  Context,
-  IN OUT UINT64  *Size,
-  OUT    CHAR8   *Buffer OPTIONAL
-  )
-{
-  SetupValuesProtocol  *SetupValues;
-  CONST SetupValue     *Question;
-  CHAR16               *Text;
-  UINTN                Length;
-  UINTN                Index;
-  EFI_STATUS           Status;
-
-  if ((Selector != PLATFORM_STRING_ASSET_TAG) && (Selector != PLATFORM_STRING_SECOND)) {
-    return EFI_NOT_FOUND;
-  }
-
-  Status = gBS->LocateProtocol (&gNotebookSetupValuesProtocolGuid, NULL, (VOID **)&SetupValues);
-  if (EFI_ERROR (Status)) {
-    return Status;
-  }
-
-  Question = SetupValues->Find (
-                            SetupValues,
-                            (Selector == PLATFORM_STRING_ASSET_TAG) ? QUESTION_ASSET_TAG : QUESTION_SECOND_STRING
-                            );
-  if (Question == NULL) {
-    return EFI_NOT_FOUND;
-  }
-
-  Text = AllocateZeroPool (Question->Width + sizeof (CHAR16));
-  if (Text == NULL) {
-    return EFI_OUT_OF_RESOURCES;
-  }
-
-  Status = SetupValues->Read (SetupValues, Question, Text);
-  if (!EFI_ERROR (Status)) {
-    Length = StrLen (Text);
-    if (*Size < Length) {
-      Status = EFI_BUFFER_TOO_SMALL;
-    } else {
-      for (Index = 0; Index < Length; Index++) {
-        Buffer[Index] = (CHAR8)Text[Index];
-      }
-    }
-
-    *Size = Length;
-  }
-
-  FreePool (Text);
-  return Status;
-}
 
 /**
   Tells whether the notebook is in any of the listed modes.
@@ -148,7 +58,6 @@ QueryAnyMode (
   return EFI_SUCCESS;
 }
 
-STATIC AssetTagLengthProtocol     mAssetTagLength  = { GetAssetTagLength, GetPlatformString };
 STATIC CameraIdentifiersProtocol  mCamerasProtocol = { CAMERAS_OF_THIS_MODEL, mCameras };
 STATIC FirmwareVersionProtocol    mFirmwareVersion = { &mVersionData };
 STATIC ModeQueryProtocol          mModeQuery       = { NULL, QueryAnyMode };
@@ -188,7 +97,6 @@ PlatformInfoDxeEntryPoint (
   )
 {
   STATIC CONST PlatformPart  Parts[] = {
-    { "asset-tag",        &gVaroAssetTagLengthProtocolGuid,    &mAssetTagLength  },
     { "cameras",          &gVaroCameraIdentifiersProtocolGuid, &mCamerasProtocol },
     { "firmware-version", &gVaroFirmwareVersionProtocolGuid,   &mFirmwareVersion },
     { "mode-query",       &gVaroModeQueryProtocolGuid,         &mModeQuery       }

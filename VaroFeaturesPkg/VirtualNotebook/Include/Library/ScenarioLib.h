@@ -13,10 +13,10 @@
     foreign           non-zero: form sets of EDK II's own drivers are part of the setup
     language          platform language, such as fr-FR
     owner-password    non-zero: the platform knows an owner password
-    password-admin    text of the admin password, for the attribute service; matters while it is set
+    password-admin    text of the admin password; matters while it is set
     password-system   text of the system password, likewise
     passwords         admin,system,owner: the passwords that are set
-    service           how the attribute service misbehaves: fails, silent, or a status byte
+    service           how the attribute service misbehaves: fails or silent
     set               NUMBER=VALUE;NUMBER=VALUE;...: settings and questions changed by the user since the last boot
     stress            more setup than a notebook has, in one more form set in the midst of the others:
                       strings, attributes, values, display, help: overfills this table alone; long-help: fills that

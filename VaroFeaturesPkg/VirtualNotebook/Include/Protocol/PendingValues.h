@@ -1,5 +1,6 @@
 /** @file
-  PendingValuesProtocol: the values that the attribute service accepted and that wait for the next boot.
+  PendingValuesProtocol: values that the attribute service accepted for settings of the platform's own, and that wait
+  for the next boot.
 
   Copyright (c) 2026, Corvane contributors
   SPDX-License-Identifier: BSD-2-Clause-Patent
@@ -13,8 +14,7 @@
 typedef struct _PendingValuesProtocol PendingValuesProtocol;
 
 /**
-  Gives settings and questions the values that were accepted for them in the last boot. To be called once the questions
-  are known and before anybody gathers them.
+  Gives settings the values that were accepted for them in the last boot. To be called before anybody gathers them.
 
   @retval EFI_SUCCESS    The values are applied, each as far as its setting is there.
   @retval EFI_NOT_FOUND  No value was waiting.

@@ -30,31 +30,11 @@ EFI_STATUS
   IN CONST CHAR8            *Text
   );
 
-/**
-  Tells whether a setting could be changed like that. Nothing is changed.
-
-  @param[in]  This     The protocol.
-  @param[in]  Setting  Number of the setting or identifier of the question.
-  @param[in]  Text     New value, as Write takes it.
-
-  @retval EFI_SUCCESS            The value can be stored.
-  @retval EFI_NOT_FOUND          There is no such setting.
-  @retval EFI_INVALID_PARAMETER  The value does not fit into the setting's storage.
-  @retval others                 The storage cannot be read.
-**/
-typedef
-EFI_STATUS
-(EFIAPI *SETTING_CHECK)(
-  IN SettingWriterProtocol  *This,
-  IN UINT32                 Setting,
-  IN CONST CHAR8            *Text
-  );
-
 struct _SettingWriterProtocol {
   SETTING_WRITE    Write;
-  SETTING_CHECK    Check;
 };
 
 extern EFI_GUID  gNotebookSettingWriterProtocolGuid;
+extern EFI_GUID  gNotebookVariableGuid;
 
 #endif
