@@ -3,6 +3,7 @@
 
     AttributeDump FILE     the blocks of PublishedTablesInterface one after another, as the transport records carry them:
                            directory, descriptors, five tables
+    AttributeDump -r FILE  the transport records that Platform/TransportDxe keeps, for "inspect show"
     AttributeDump -t FILE  the help texts of AttributeAccessProtocol, as entries of the help table
     AttributeDump -i       prints the place of the driver's image: "CorvaneDxe BASE SIZE", in hexadecimal
 
@@ -21,6 +22,7 @@
 #include <Protocol/Shell.h>
 #include <Protocol/ShellParameters.h>
 #include <Protocol/SimpleFileSystem.h>
+#include <Protocol/TransportLog.h>
 
 /**
   Writes what a protocol gives into an open file.
@@ -73,6 +75,20 @@ WriteTables (
   }
 
   return Status;
+}
+
+STATIC
+EFI_STATUS
+WriteRecords (
+  IN EFI_SHELL_PROTOCOL  *Shell,
+  IN SHELL_FILE_HANDLE   File
+  )
+{
+  TransportLogProtocol  *Log;
+  EFI_STATUS            Status;
+
+  Status = gBS->LocateProtocol (&gVaroTransportLogProtocolGuid, NULL, (VOID **)&Log);
+  return EFI_ERROR (Status) ? Status : WriteBytes (Shell, File, Log->Records, Log->Size);
 }
 
 /**
@@ -201,6 +217,8 @@ AttributeDumpEntryPoint (
       Status = PutDriverImage ();
     } else if (Parameters->Argc == 2) {
       Status = WriteFile (Parameters->Argv[1], WriteTables);
+    } else if ((Parameters->Argc == 3) && (StrCmp (Parameters->Argv[1], L"-r") == 0)) {
+      Status = WriteFile (Parameters->Argv[2], WriteRecords);
     } else if ((Parameters->Argc == 3) && (StrCmp (Parameters->Argv[1], L"-t") == 0)) {
       Status = WriteFile (Parameters->Argv[2], WriteHelpTexts);
     }
