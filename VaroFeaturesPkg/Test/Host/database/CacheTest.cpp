@@ -212,12 +212,14 @@ TEST_F(CacheTest, Restore_OfDamagedContent_TakesTheGoodPart) {
 
 TEST_F(CacheTest, Restore_OfMoreRecordsThanCounted_DeletesTheCache) {
   WriteFilled();
-  Bytes many;
-  for (unsigned handle = 16; handle < 40; ++handle) {
-    Append(many, Join(U16(handle), U8(3), Bytes(8), Bytes(36)));
-  }
-  const std::tuple<UINT64, UINT64, bool> rows[] = {{9, 24, false}, {8, 23, true}, {0, 15, true}};
-  for (const auto& [counted, restored, deleted] : rows) {
+  // Whatever is counted, no more records are read than there are handles.
+  const std::tuple<unsigned, UINT64, UINT64, bool> rows[] = {
+      {24, 9, 24, false}, {24, 8, 23, true}, {24, 0, 15, true}, {271, 65535, 24, false}, {272, 65535, 24, true}};
+  for (const auto& [records, counted, restored, deleted] : rows) {
+    Bytes many;
+    for (unsigned i = 0; i < records; ++i) {
+      Append(many, Join(U16(16 + i % 24), U8(3), Bytes(8), Bytes(36)));
+    }
     Reboot();
     notebook.SetVariable(kVersion, 3, Join("1.2.3", Bytes(5)));
     StoreCompressed(kData, many);
