@@ -229,6 +229,15 @@ TEST_F(CacheTest, Restore_OfMoreRecordsThanCounted_DeletesTheCache) {
     EXPECT_EQ(notebook.Variable(kVersion) == nullptr, deleted);
     WriteFilledAgain();
   }
+  // Collections count at the reserved handles, too. At most 256 records are counted.
+  many.clear();
+  for (unsigned handle = 1; handle < 272; ++handle) {
+    Append(many, Join(U16(handle), U8(5), Bytes(8), Bytes(5)));
+  }
+  StoreCompressed(kData, many);
+  Store(kCounters, Counters(256, 3, 2, 1));
+  RestoreCache(database);
+  EXPECT_EQ(database.GetAttributeCount(), 256U);
 }
 
 TEST_F(CacheTest, Restore_WithoutAVariable_DeletesTheCacheOrTheVersion) {
