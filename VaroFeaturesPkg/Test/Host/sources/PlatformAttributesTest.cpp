@@ -144,6 +144,17 @@ TEST_F(PasswordsTest, LaterEntries_WinAndFailuresMeanNotInstalled) {
   notebook.Absent.clear();
   notebook.Failing[gVaroPasswordStateProtocolGuid] = EFI_DEVICE_ERROR;
   EXPECT_EQ(Passwords().at(1), "2 SystemPassword" + suffix + " #1174/0 pw 34 0");
+  // An entry after the announced number is not read.
+  notebook.Failing.clear();
+  static PASSWORD_STATE_QUERY all;
+  all = std::exchange(
+      notebook.Uefi.Find<PasswordStateQueryProtocol>(gVaroPasswordDirectoryProtocolGuid)->Query,
+      [](PasswordStateQueryProtocol* self, UINT32 question, UINT32 entry, UINT64* size, VOID* answer) -> EFI_STATUS {
+        const EFI_STATUS status = all(self, question, entry, size, answer);
+        *static_cast<UINT32*>(answer) -= question == PasswordQueryEntryCount ? 1 : 0;
+        return status;
+      });
+  EXPECT_EQ(Passwords().at(1), "2 SystemPassword" + suffix + " #1174/0 pw 34 0");
 }
 
 }  // namespace
