@@ -230,7 +230,7 @@ TEST_F(CacheTest, Restore_OfMoreRecordsThanCounted_DeletesTheCache) {
     WriteFilledAgain();
   }
   // Collections count at the reserved handles, too. At most 256 records are counted.
-  many.clear();
+  Bytes many;
   for (unsigned handle = 1; handle < 272; ++handle) {
     Append(many, Join(U16(handle), U8(5), Bytes(8), Bytes(5)));
   }
