@@ -10,6 +10,7 @@
 extern "C" {
 #include <Base.h>
 #include <Corvane/AttributeRecord.h>
+#include <Corvane/OwnAttributes.h>
 #include <Corvane/TableDescriptor.h>
 #include <Corvane/TableDirectory.h>
 #include <Corvane/TransportRecord.h>

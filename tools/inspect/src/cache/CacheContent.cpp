@@ -93,7 +93,7 @@ class Decoder {
     cache_.Version = ReadTerminated(reader);
     if (!reader.Ok() || cache_.Version.empty() || EscapeName(cache_.Version) != cache_.Version) {
       cache_.Version.clear();
-      return Complain(CacheId::Version, Restore::Whole, "it is no printable text with a terminator");
+      return Complain(CacheId::Version, Restore::Whole, "it is not printable text with a terminator");
     }
     const auto seal = cache_.Version.size() >= kShortestSealedVersion ? reader.Read<std::uint32_t>() : 0;
     if (seal == 0) {
@@ -137,7 +137,7 @@ class Decoder {
     cache_.Counters = {counters.AttributeCount, counters.NameCount, counters.DisplayCount, counters.HelpCount};
     if (counters.AttributeCount > kMostAttributes || counters.NameCount > kMostStrings ||
         counters.DisplayCount > kMostStrings) {
-      Complain(CacheId::Counters, Restore::Silent, "it counts more than the driver's store takes");
+      Complain(CacheId::Counters, Restore::Silent, "it counts more than the driver's store can hold");
     }
   }
 
@@ -155,7 +155,7 @@ class Decoder {
     }
     variable.Content = content.Content.size();
     if (!content.Oddity.empty()) {
-      Complain(id, Restore::Silent, "no encoder wrote it: " + content.Oddity);
+      Complain(id, Restore::Silent, "no encoder writes this: " + content.Oddity);
     }
     return std::move(content.Content);
   }
@@ -182,15 +182,16 @@ class Decoder {
       const std::uint16_t handle = head.Handle;
       const Bytes bytes = reader.Take(head.Size);
       if (!reader.Ok()) {
-        return Complain(id, Restore::DeletesOne, fmt::format("it breaks off within entry {}", variable.Entries));
+        return Complain(id, Restore::DeletesOne, fmt::format("it ends within entry {}", variable.Entries));
       }
       if (handle < ATTRIBUTE_STORE_FIRST_HANDLE || handle >= ATTRIBUTE_STORE_STRING_LIMIT) {
-        return Complain(id, Restore::DeletesOne, fmt::format("it has the handle {}, which no string has", handle));
+        return Complain(id, Restore::DeletesOne,
+                        fmt::format("it has the handle {}, which is outside the string range", handle));
       }
       if (handle != ATTRIBUTE_STORE_FIRST_HANDLE + variable.Entries) {
-        Complain(id, Restore::Silent,
-                 fmt::format("it has the handle {} where {} belongs", handle,
-                             ATTRIBUTE_STORE_FIRST_HANDLE + variable.Entries));
+        Complain(
+            id, Restore::Silent,
+            fmt::format("it has the handle {} instead of {}", handle, ATTRIBUTE_STORE_FIRST_HANDLE + variable.Entries));
       }
       const std::size_t place = handle - ATTRIBUTE_STORE_FIRST_HANDLE;
       texts.resize(std::max(texts.size(), place + 1));
@@ -199,7 +200,7 @@ class Decoder {
     }
     if (reader.Left() > 0 || count < saved.value_or(0)) {
       Complain(id, Restore::DeletesOne,
-               fmt::format("it does not end at entry {}, where the counters end it", saved.value_or(count)));
+               fmt::format("it does not end at entry {}, as the counters say", saved.value_or(count)));
     }
   }
 
@@ -233,7 +234,7 @@ class Decoder {
     for (ByteReader reader(content); reader.Left() > 0; ++variable.Entries) {
       if (variable.Entries == limit) {
         Complain(CacheId::Attributes, Restore::Recorded,
-                 fmt::format("{} bytes are left after {} records, where the counters end it", reader.Left(), limit));
+                 fmt::format("{} bytes follow its {} counted records", reader.Left(), limit));
         break;
       }
       StreamRecord record = ReadRecord(reader, TextForm::Counted);
@@ -243,7 +244,7 @@ class Decoder {
                           BaseType{type} != BaseType::BootConfiguration;
       if (!reader.Ok() || !cached || handle == 0 || handle >= ATTRIBUTE_STORE_HANDLE_LIMIT) {
         Complain(CacheId::Attributes, Restore::Recorded,
-                 fmt::format("it cannot be followed beyond record {}", variable.Entries));
+                 fmt::format("it cannot be read beyond record {}", variable.Entries));
         break;
       }
       if (!cache_.Records.empty() && handle <= cache_.Records.back().Attribute.Handle) {
@@ -259,7 +260,7 @@ class Decoder {
     if (cache_.Counters && Of(CacheId::Counters).Problem.empty() && variable.Content &&
         counted != cache_.Counters->Attributes) {
       Complain(CacheId::Attributes, Restore::Silent,
-               fmt::format("it has {} attributes where {} are counted", counted, cache_.Counters->Attributes));
+               fmt::format("it has {} attributes, but {} are counted", counted, cache_.Counters->Attributes));
     }
   }
 

@@ -91,26 +91,26 @@ std::string DescribeRestore(const CacheContent& cache) {
   const std::string damaged = does(Restore::DeletesOne);
   if (!does(Restore::Recorded).empty()) {
     text += fmt::format(
-        "It notices, publishes what there is and deletes the cache; the boot after it {}writes the cache.", kGather);
+        "It detects this, publishes what is left and deletes the cache. The boot after it {}writes the cache.",
+        kGather);
   } else if (!does(Restore::DeletesVersion).empty()) {
-    text += fmt::format("It publishes what there is and deletes \"BiosVersion\"; the boot after it {}writes the cache.",
+    text += fmt::format("It publishes what is left and deletes \"BiosVersion\". The boot after it {}writes the cache.",
                         kGather);
   } else if (!damaged.empty()) {
     text += fmt::format(
-        "It publishes what there is and deletes {}. The boot after it finds that missing and deletes the cache; the "
-        "next "
-        "one {}writes the cache.",
+        "It publishes what is left and deletes {}. The boot after it misses this and deletes the cache. The next one "
+        "{}writes the cache.",
         damaged, kGather);
   } else {
     text +=
-        "It does not notice, keeps the cache and publishes the same in every boot, until the firmware version "
-        "changes or a byte other than 0 is written to \"AttCacheStatus\".";
+        "It does not detect this. Every boot publishes the same until the firmware version changes or a byte other "
+        "than 0 is written to \"AttCacheStatus\".";
   }
   if (std::any_of(cache.Variables.begin(), cache.Variables.end(),
                   [](const CacheVariable& variable) { return IsMissing(variable) && IsTextList(variable.Id); })) {
     text +=
-        " Where the variable is missing because the store did not take it, this goes on for ever: boots that gather "
-        "and boots that publish without these texts take turns.";
+        " If the store has no room for the variable, boots that gather and boots without these texts alternate "
+        "forever.";
   }
   return text;
 }
@@ -121,13 +121,14 @@ std::string DescribeTooLarge(const CacheContent& cache, std::size_t limit) {
     return !isOver(variable) || IsTextList(variable.Id);
   });
   if (!texts) {
-    return fmt::format("It {}cannot write the cache, which it deletes. So does every boot after it.", kGather);
+    return fmt::format("It {}cannot write the whole cache, so it deletes the cache. Every later boot does the same.",
+                       kGather);
   }
   const auto lost =
       List(cache, isOver, [](const CacheVariable& variable) -> std::string { return LossOf(variable.Id); });
   return fmt::format(
-      "It {0}writes a cache without {1}. The boot after it publishes without {1}, deletes the cache, and "
-      "the next one gathers again: so for ever, in turns.",
+      "It {0}writes a cache without {1}. The boot after it publishes without {1} and deletes the cache. Both "
+      "kinds of boot alternate forever.",
       kGather, lost);
 }
 
@@ -178,11 +179,11 @@ const char* NameOf(Seal seal) {
 }
 
 CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) {
-  const std::string rebuild = std::string("It ") + kGather + "writes the cache anew.";
+  const std::string rebuild = std::string("It ") + kGather + "writes the cache again.";
   const CacheVariable& version = cache.Of(CacheId::Version);
   const std::string shown = Quote(cache.Version);
   if (cache.IsAbsent()) {
-    return {CacheState::Absent, "None of its variables is there.", rebuild};
+    return {CacheState::Absent, "It has no variables.", rebuild};
   }
   const std::string missing = List(cache, IsMissing, NameOfVariable);
   std::string harm = missing.empty() ? "" : fmt::format("There is no {}. ", missing);
@@ -196,7 +197,7 @@ CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) 
   }
   if (cache.Version.empty()) {
     return {CacheState::Corrupt, fmt::format("\"{}\": {}.", version.Name, version.Problem),
-            "The version is no firmware's, so nothing is restored. " + rebuild};
+            "The version belongs to no firmware, so nothing is restored. " + rebuild};
   }
   if (options.Firmware && *options.Firmware != cache.Version) {
     return {CacheState::Stale,
@@ -221,13 +222,13 @@ CacheVerdict JudgeCache(const CacheContent& cache, const CacheOptions& options) 
   });
   if (!over.empty()) {
     return {CacheState::Partial,
-            fmt::format("A store that takes {} bytes for a variable does not take {}.", *options.Limit, over),
+            fmt::format("A store with a limit of {} bytes for a variable has no room for {}.", *options.Limit, over),
             DescribeTooLarge(cache, *options.Limit)};
   }
   return {CacheState::Valid,
-          fmt::format("All its variables are there and whole, with {} attributes for the firmware version {}.",
+          fmt::format("All variables are present and intact, with {} attributes for the firmware version {}.",
                       cache.Counters ? cache.Counters->Attributes : 0, shown),
-          fmt::format("{} restores the attributes without a look at the setup, and reads the current values anew; any "
+          fmt::format("{} restores the attributes without reading the setup, and reads the current values again. Any "
                       "other version gathers them.",
                       options.Firmware ? "It" : "A firmware of that version")};
 }
@@ -253,7 +254,7 @@ std::string CacheAsText(const CacheReport& report, const CacheOptions& options, 
     if (!variable.Present) {
       const std::string why = IsBroken(variable) ? variable.Problem : "missing";
       out += fmt::format("{:<16}{:>8}{:>12}{:>10}{:>9}  {}\n", variable.Name, "-", "-", "-", "-",
-                         IsNeeded(variable) ? style.Bad(why) : "missing: as good as 0");
+                         IsNeeded(variable) ? style.Bad(why) : "missing: counts as 0");
       continue;
     }
     std::string state = variable.Problem.empty() ? "ok" : style.Bad(variable.Problem);

@@ -129,7 +129,7 @@ class Decoder {
       }
     }
     if (problem_.empty() && (left != 0 || bits_.UsedBytes() != stream_.size() || !bits_.RestIsZero())) {
-      result.Oddity = "its last block goes on behind the end";
+      result.Oddity = "its last block continues after the end";
     }
     result.Problem = problem_;
   }

@@ -142,7 +142,7 @@ bool LooksLikeFlash(Bytes content) {
 VariableStore ReadVariableStore(Bytes flash, Findings& findings) {
   const std::optional<std::size_t> volume = FindVolume(flash);
   if (!volume) {
-    throw UnusableInput("there is no variable store in it");
+    throw UnusableInput("the file has no variable store");
   }
   ByteReader reader(flash.subspan(*volume));
   const auto volumeHeader = reader.Read<VolumeHeader>();
@@ -163,7 +163,7 @@ VariableStore ReadVariableStore(Bytes flash, Findings& findings) {
   store.Size = header.Size;
   if (header.Format != kFormatted || header.State != kHealthy) {
     findings.Add("store-state",
-                 "the variable store has the format {:#04x} and the state {:#04x}: firmware makes a new one",
+                 "the variable store has the format {:#04x} and the state {:#04x}: firmware creates a new one",
                  header.Format, header.State);
   }
   if (store.Size < sizeof(header) || store.Size - sizeof(header) > reader.Left()) {
@@ -178,8 +178,7 @@ VariableStore ReadVariableStore(Bytes flash, Findings& findings) {
     const std::size_t offset = body.Offset();
     FoundVariable found;
     if (!TakeVariable(body, store.Authenticated, found)) {
-      findings.Add("variable-cut", "the variable at offset {} of the store goes beyond its end",
-                   sizeof(header) + offset);
+      findings.Add("variable-cut", "the variable at offset {} ends after the store", sizeof(header) + offset);
       break;
     }
     body.Take(std::min(body.Left(), (kVariableAlignment - body.Offset() % kVariableAlignment) % kVariableAlignment));

@@ -111,9 +111,9 @@ RecordPayloads SplitCapture(Bytes capture, Findings& findings) {
       }
       const std::string cause = findings.List().empty() ? fmt::format("it ends after {} records", records.size())
                                                         : findings.List().front().Text;
-      throw UnusableInput(fmt::format("the capture has no whole {}: {}", kRecordNames[type], cause));
+      throw UnusableInput(fmt::format("the capture has no complete {}: {}", kRecordNames[type], cause));
     }
-    findings.Add("record-missing", "the capture has no whole {}", kRecordNames[type]);
+    findings.Add("record-missing", "the capture has no complete {}", kRecordNames[type]);
   }
   return payloads;
 }

@@ -114,8 +114,8 @@ void CheckIndices(const AttributeEntry& attribute, const char* what, const std::
                   std::size_t count, Findings& findings) {
   for (const std::uint8_t index : indices) {
     if (index >= count) {
-      findings.Add("index-range", "attribute {} has the {} index {} of {} possible", attribute.Handle, what, index,
-                   count);
+      findings.Add("index-range", "attribute {} has the {} index {}, but {} possible values", attribute.Handle, what,
+                   index, count);
     }
   }
 }
@@ -194,7 +194,7 @@ void CheckStream(const Image& image, Findings& findings) {
     const ValueEntry* value = image.Values.Find(handle);
     const bool isPassword = BaseType{BaseTypeOf(record.Attribute.Type)} == BaseType::Password;
     if (value != nullptr && isPassword && !record.PasswordInstalled) {
-      findings.Add("stream-differs", "password {} has a value, and is not installed in the attribute stream", handle);
+      findings.Add("stream-differs", "password {} has a value, but is not installed in the attribute stream", handle);
     }
     if (value != nullptr && value->Type == record.Attribute.Type && !SameValue(record, *value)) {
       findings.Add("stream-differs",
@@ -215,7 +215,7 @@ void CheckSurplus(const Image& image, Findings& findings) {
   for (const TableId id : {TableId::Strings, TableId::Display, TableId::Help}) {
     const std::uint64_t count = id == TableId::Strings ? stream.NameCount : stream.DisplayCount;
     if (image.EntryCountOf(id) > count) {
-      findings.Add("table-surplus", "the {} table has {} entries, and the driver {}", KindOf(id).Name,
+      findings.Add("table-surplus", "the {} table has {} entries, but the driver counts {}", KindOf(id).Name,
                    image.EntryCountOf(id), count);
     }
   }

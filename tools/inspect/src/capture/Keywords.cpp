@@ -36,7 +36,7 @@ std::string ReadAnnotation(std::string_view content, Annotation& annotation) {
   }
   const bool inverted = content.starts_with(kForceIfNot);
   if (!inverted && !content.starts_with(kForceIf)) {
-    return "is of no known kind";
+    return "is of an unknown kind";
   }
   annotation.Kind = inverted ? AnnotationKind::ForceIfNot : AnnotationKind::ForceIf;
   content.remove_prefix(inverted ? kForceIfNot.size() : kForceIf.size());
@@ -46,7 +46,7 @@ std::string ReadAnnotation(std::string_view content, Annotation& annotation) {
   if (annotation.Attribute.empty() || annotation.Value.empty()) {
     return "does not name an attribute and its value";
   }
-  return content.find(' ') == content.npos ? "" : "has a blank in it";
+  return content.find(' ') == content.npos ? "" : "contains a blank";
 }
 
 }  // namespace

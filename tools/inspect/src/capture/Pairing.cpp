@@ -7,59 +7,26 @@
 
 #include "capture/Pairing.hpp"
 
-#include <array>
-
 #include "bytes/Text.hpp"
 #include "capture/TextReplay.hpp"
+
+#include "bytes/Wire.hpp"
 
 namespace corvane::inspect {
 namespace {
 
-constexpr std::uint16_t kFirstHandle = 16;       // of attributes and of strings
-constexpr std::size_t kStringCapacity = 5104;    // capacity of the store
-constexpr std::size_t kEnumerationLimit = 241;   // from this count on, questions create texts but no attribute
-constexpr std::uint16_t kBootConfiguration = 6;  // attribute handle
+constexpr std::uint16_t kFirstHandle = ATTRIBUTE_STORE_FIRST_HANDLE;
+constexpr std::size_t kStringCapacity = ATTRIBUTE_STORE_STRING_LIMIT - ATTRIBUTE_STORE_FIRST_HANDLE;
+constexpr std::size_t kEnumerationLimit = 241;  // from this count on, questions create texts but no attribute
 
 // The driver's own attributes. Their texts are the same on every platform.
-struct OwnAttribute {
-  std::string_view Name;
-  std::u16string_view Display;
-  bool HasHelp = false;
-};
-
-constexpr std::u16string_view kBootTitle = u"System boot configuration";
-
-constexpr std::array kOwnAttributes = {
-    OwnAttribute{"CommonSystemId", u"Common System Identifier"},
-    OwnAttribute{"OverrideBatteryChargeFactory", u"Override Battery Charging Limit in Factory"},
-    OwnAttribute{"ServiceResetConfig", u"Service reset configuration"},
-    OwnAttribute{"Generation", u"System Generation"},
-    OwnAttribute{"IBV", u"Independent BIOS Vendor"},
-    OwnAttribute{"MfgModePxeAttribute", u"Manufacturing Mode PXE Attribute"},
-    OwnAttribute{"FrontFan", u"Front Fan"},
-    OwnAttribute{"WlanCountryCode", u"WLAN Country Code"},
-    OwnAttribute{"AdvancedDebugMenu", u"Advanced Debug Menu"},
-    OwnAttribute{"HEVC", u"High Efficiency Video Coding"},
-    OwnAttribute{"ChargePowerLimitFactoryFlag", u"Charge Power Limit Factory Flag", true},
-    OwnAttribute{"MasterPasswordLockout", u"Master Password Lockout"},
-    OwnAttribute{"MIPICam1", u"MIPI Camera 1"},
-    OwnAttribute{"MIPICam2", u"MIPI Camera 2"},
-    OwnAttribute{"MIPICam3", u"MIPI Camera 3"},
-    OwnAttribute{"MIPICam4", u"MIPI Camera 4"},
-    OwnAttribute{"AuxoraSupportLevel", u"Auxora Support Level"},
-};
+constexpr OwnAttribute kOwnAttributes[] = {OWN_ADDED_ATTRIBUTES};
 // Attributes of every boot. They come after all others and have reserved handles.
-constexpr std::array kPlacedAttributes = {
-    OwnAttribute{"AdminPassword", u"Admin Password"},
-    OwnAttribute{"SystemPassword", u"System Password"},
-    OwnAttribute{"OwnerPassword", u"Owner Password"},
-    OwnAttribute{"System boot configuration", kBootTitle},
-};
+constexpr OwnAttribute kPlacedAttributes[] = {OWN_PLACED_ATTRIBUTES};
 
-template <typename List>
-const OwnAttribute* FindOwn(const List& list, std::string_view name) {
-  const auto found =
-      std::find_if(list.begin(), list.end(), [name](const OwnAttribute& own) { return own.Name == name; });
+const OwnAttribute* FindOwn(std::span<const OwnAttribute> list, std::string_view name) {
+  const auto found = std::find_if(list.begin(), list.end(),
+                                  [name](const OwnAttribute& own) { return WithoutAnnotations(own.Name) == name; });
   return found == list.end() ? nullptr : &*found;
 }
 
@@ -79,9 +46,9 @@ std::u16string OwnValueText(std::string_view name) {
 // Texts that may come after all others: those of passwords and boot configuration, from this boot or from the
 // boot that wrote the cache.
 bool IsPlacedText(std::u16string_view text) {
-  return text.starts_with(u"Varo:") || text == kBootTitle ||
-         std::any_of(kPlacedAttributes.begin(), kPlacedAttributes.end(),
-                     [text](const OwnAttribute& own) { return own.Display == text; });
+  return text.starts_with(u"Varo:") ||
+         std::any_of(std::begin(kPlacedAttributes), std::end(kPlacedAttributes),
+                     [text](const OwnAttribute& own) { return Widen(own.DisplayText) == text; });
 }
 
 // One attribute in the order of creation.
@@ -164,7 +131,7 @@ class Pairer {
     const auto last = std::find_if(texts.rbegin(), texts.rend(), [](const auto& text) { return !IsPlacedText(text); });
     replayTexts_.EndsFrom = static_cast<std::size_t>(texts.rend() - last);
     if (texts.size() > replayTexts_.Total || replayTexts_.EndsFrom > replayTexts_.Total) {
-      Stop("the display table has more texts than the driver", kFirstHandle);
+      Stop("the display table has more texts than the driver counts", kFirstHandle);
     }
   }
 
@@ -252,7 +219,7 @@ class Pairer {
                          type == BaseType::Collection;
       IsNewName(attribute.NameHandle);
       if (creation.Own != nullptr) {
-        creation.Step = AddStep(ReplayKind::Fixed, std::u16string(creation.Own->Display));
+        creation.Step = AddStep(ReplayKind::Fixed, Widen(creation.Own->DisplayText));
       } else if (type == BaseType::Collection && name) {
         creation.Step = AddStep(ReplayKind::Title, Widen(*name));
       } else {
@@ -263,15 +230,16 @@ class Pairer {
       }
       if (!inOrder_ || !known) {
         steps_.resize(before);
-        return End(i, known ? "names were made that no attribute has" : "an attribute is none that a boot makes");
+        return End(
+            i, known ? "a question created names but no attribute" : "an attribute has a type that no boot creates");
       }
       enumerations += i < end && type == BaseType::Enumeration ? 1 : 0;
       if (enumerations == kEnumerationLimit) {
-        return End(i + 1, "so many questions became attributes that later ones can have left texts alone");
+        return End(i + 1, "later questions may have created texts but no attribute");
       }
     }
     if (openEnd_) {
-      return End(creations_.size(), "not all attributes are there");
+      return End(creations_.size(), "attributes are missing");
     }
     return creations_.size();
   }
@@ -310,19 +278,19 @@ class Pairer {
 
   // The text of a driver's own attribute is known. The attribute has the text if the table has the text.
   void PairOwn(const OwnAttribute& own, std::optional<std::size_t> place, PairedTexts& texts) {
-    const std::u16string display(own.Display);
+    const std::u16string display = Widen(own.DisplayText);
     const std::vector<std::u16string>& all = replayTexts_.Texts;
     const auto first = std::find(all.begin(), all.end(), display);
     if (first == all.end()) {
       return;
     }
-    texts.Display = Utf8FromUcs2(display);
+    texts.Display = own.DisplayText;
     if (!place && std::find(first + 1, all.end(), display) == all.end()) {
       place = static_cast<std::size_t>(first - all.begin());
     }
     if (place) {
       texts.DisplayHandle = static_cast<std::uint16_t>(kFirstHandle + *place);
-      texts.Help = own.HasHelp ? HelpAt(*place) : std::nullopt;
+      texts.Help = own.Token == OWN_CHARGE_POWER_LIMIT_TOKEN ? HelpAt(*place) : std::nullopt;
     }
   }
 
@@ -361,10 +329,10 @@ class Pairer {
       texts.Help = TypeOf(attribute) == BaseType::Collection ? std::nullopt : HelpAt(*place);
     }
     if (ofSetup && !proven) {
-      const bool behind = !stepped || creation.Step >= result_.Places.size();
-      Stop(!result_.CameOut                ? "the texts cannot have been created in the order of the attributes"
-           : behind && !endReason_.empty() ? endReason_
-                                           : "the texts can have been created in more than one way",
+      const bool ended = !stepped || creation.Step >= result_.Places.size();
+      Stop(!result_.CameOut               ? "the texts cannot have been created in the order of the attributes"
+           : ended && !endReason_.empty() ? endReason_
+                                          : "the texts can have been created in more than one way",
            attribute.Handle);
     }
     if (TypeOf(attribute) == BaseType::Enumeration) {
@@ -380,7 +348,7 @@ class Pairer {
     for (const AttributeEntry& attribute : image_.Attributes.Entries) {
       const std::optional<std::string> name = NameOf(attribute.NameHandle);
       const OwnAttribute* own = name ? FindOwn(kPlacedAttributes, WithoutAnnotations(*name)) : nullptr;
-      if (own == nullptr || attribute.Handle > kBootConfiguration) {
+      if (own == nullptr || attribute.Handle > ATTRIBUTE_HANDLE_BOOT_CONFIGURATION) {
         continue;
       }
       PairedTexts texts;

@@ -84,7 +84,7 @@ Stream DecodeStream(Bytes payload, Findings& findings) {
   // Records of unknown types leave zeros at the end.
   const Bytes rest = reader.Rest();
   if (!stream.Sound) {
-    findings.Add("stream-malformed", "the attribute stream cannot be followed beyond offset {}, after {} records",
+    findings.Add("stream-malformed", "the attribute stream cannot be read beyond offset {}, after {} records",
                  reader.Ok() ? reader.Offset() : payload.size(), stream.Records.size());
   } else if (!rest.empty()) {
     findings.Add("stream-unknown", "the attribute stream leaves {} bytes unused at its end", rest.size());

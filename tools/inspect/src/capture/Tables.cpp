@@ -36,7 +36,7 @@ Bytes OpenFrame(TableId id, Bytes content, TableFrame& frame, Findings& findings
     return {};
   }
   if (content.size() % kAlignment != 0) {
-    findings.Add("table-length", "the {} table has {} bytes, which is no multiple of 4", name, content.size());
+    findings.Add("table-length", "the {} table has {} bytes, not a multiple of 4", name, content.size());
   }
   const Bytes body = content.first(content.size() - PLDM_BIOS_TABLE_CHECKSUM_SIZE);
   frame.StoredCrc = ByteReader(content.last(PLDM_BIOS_TABLE_CHECKSUM_SIZE)).Read<std::uint32_t>();
@@ -59,8 +59,8 @@ void ReadEntries(TableId id, ByteReader& reader, Table<Entry>& table, Findings& 
     Fields(fields, entry);
     if (!reader.Ok()) {
       table.Frame.Sound = false;
-      findings.Add("table-malformed", "the {} table breaks off within entry {} at offset {}", name,
-                   table.Entries.size(), offset);
+      findings.Add("table-malformed", "the {} table ends within entry {} at offset {}", name, table.Entries.size(),
+                   offset);
       return;
     }
     table.Frame.LargestEntry = std::max(table.Frame.LargestEntry, before - reader.Left());
@@ -183,7 +183,7 @@ TextTable DecodeTextTable(TableId id, Bytes content, Findings& findings) {
   table.Language = Ucs2FromBytes(reader.Take(length));
   if (!reader.Ok()) {
     table.Frame.Sound = false;
-    findings.Add("table-malformed", "the {} table breaks off within its language tag", KindOf(id).Name);
+    findings.Add("table-malformed", "the {} table ends within its language tag", KindOf(id).Name);
     return table;
   }
   if (table.Language != u"en-US") {

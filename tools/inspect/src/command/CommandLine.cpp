@@ -69,14 +69,14 @@ void AddShow(CLI::App& app, Action& action) {
       app.add_subcommand("show", "show [NAME] FILE: print the attributes of a capture and the fill of its tables");
   sub->add_option(
          "FILE", options->Arguments,
-         "A capture (records.bin); with NAME before it, that attribute alone in detail. NAME is a name with or "
+         "A capture (records.bin). With NAME before FILE, only that attribute, in detail. NAME is a name with or "
          "without its bracketed annotations, or a handle")
       ->required()
       ->expected(1, 2)
       ->type_name("[NAME] FILE");
-  sub->add_flag("--no-tables", options->NoTables, "Attribute lines only");
-  sub->add_flag("--texts", options->Texts, "The display and help tables by handle instead");
-  sub->add_flag("--json", options->Json, "All that the capture holds, as JSON");
+  sub->add_flag("--no-tables", options->NoTables, "Print attribute lines only");
+  sub->add_flag("--texts", options->Texts, "Print the display and help tables by handle instead");
+  sub->add_flag("--json", options->Json, "Print the whole capture as JSON");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       return RunShow(*options, Style(console.Colour), out, err);
@@ -98,14 +98,14 @@ void AddDiffTables(CLI::App& app, Action& action) {
     names.emplace_back(kind.Name);
   }
   CLI::App* sub =
-      app.add_subcommand("diff-tables", "diff-tables A B: tell which tables of two captures differ byte for byte");
+      app.add_subcommand("diff-tables", "diff-tables A B: print which tables of two captures differ byte for byte");
   sub->add_option("A", options->Older, "The older capture")->required();
   sub->add_option("B", options->Newer, "The newer capture")->required();
   sub->add_option("--only", options->Tables, "Compare these tables: strings, attributes, values, display, help")
       ->delimiter(',')
       ->check(CLI::IsMember(names))
       ->type_name("TABLE,...");
-  sub->add_flag("--json", options->Json, "As JSON");
+  sub->add_flag("--json", options->Json, "Print JSON");
   sub->callback([options, names, &action] {
     action = [options, names](const Console&, std::ostream& out, std::ostream&) {
       std::vector<TableId> tables;
@@ -127,11 +127,11 @@ void AddDiff(CLI::App& app, Action& action) {
     bool Json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* diff = app.add_subcommand("diff", "diff A B: tell what changed from A to B, by name and token");
+  CLI::App* diff = app.add_subcommand("diff", "diff A B: print what changed from A to B, by name and token");
   diff->add_option("A", options->Older, "The older input")->required();
   diff->add_option("B", options->Newer, "The newer input")->required();
-  diff->add_flag("--no-values", options->NoValues, "Leave current values out");
-  diff->add_flag("--json", options->Json, "As JSON");
+  diff->add_flag("--no-values", options->NoValues, "Do not compare current values");
+  diff->add_flag("--json", options->Json, "Print JSON");
   diff->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       const Image older = LoadImage(options->Older);
@@ -175,8 +175,8 @@ int RunCommandLine(int argc, const char* const* argv, const Console& console, st
   app.require_subcommand(1);
   app.set_version_flag("--version", "inspect " INSPECT_VERSION);
   app.footer(
-      "FILE is a capture, an export of one or a variable flash image; \"-\" is standard input.\n"
-      "Exit status: 0 nothing found (diff: equal), 1 findings (different), 2 unusable input or usage.");
+      "FILE is a capture, an export or a variable flash image; \"-\" is standard input.\n"
+      "Exit status: 0 no findings (diff: equal), 1 findings (diff: different), 2 unusable input or usage.");
   Action action;
   for (const auto add :
        {AddShow, AddValidate, AddLint, AddExplain, AddCache, AddDiff, AddDiffTables, AddExport, AddImport, AddReport}) {

@@ -139,14 +139,14 @@ std::optional<std::string> FirmwareOf(const Input& input, const std::vector<Lint
 
 void AddExport(CLI::App& app, Action& action) {
   const auto options = std::make_shared<ExportOptions>();
-  CLI::App* sub = app.add_subcommand("export", "export FILE: write the capture in another form");
+  CLI::App* sub = app.add_subcommand("export", "export FILE: write the capture as JSON or as Redfish documents");
   sub->add_option("FILE", options->Input, "The input")->required();
   CLI::Option* output = sub->add_option(
       "-o,--output", options->Output,
-      "Where to; standard output if left out. A folder for --redfish: AttributeRegistry.json and Bios.json");
+      "Output file, or folder for --redfish: AttributeRegistry.json and Bios.json. Default: standard output");
   sub->add_flag("--json", options->Json,
                 "All of the capture, so that `import` gives the same bytes again; with another form, its report");
-  CLI::Option* redfish = sub->add_flag("--redfish", options->Redfish, "An AttributeRegistry and a Bios resource");
+  CLI::Option* redfish = sub->add_flag("--redfish", options->Redfish, "Write an AttributeRegistry and a Bios resource");
   CLI::Option* pldm =
       sub->add_option("--pldm", options->PldmFolder, "The tables that the PLDM daemon of a management controller keeps")
           ->type_name("FOLDER")
@@ -164,9 +164,9 @@ void AddExport(CLI::App& app, Action& action) {
       ->excludes(pldm);
   sub->add_option("--language", options->Names.Language, "Language tag of the texts")->capture_default_str();
   sub->add_option("--registry-id", options->Names.Id, "Id of the registry")->capture_default_str();
-  sub->add_option("--registry-version", options->Names.Version, "Its version")->capture_default_str();
-  sub->add_option("--owner", options->Names.Owner, "Its owning entity")->capture_default_str();
-  sub->add_option("--bios-uri", options->Names.BiosUri, "Where the Bios resource is")->capture_default_str();
+  sub->add_option("--registry-version", options->Names.Version, "Version of the registry")->capture_default_str();
+  sub->add_option("--owner", options->Names.Owner, "Owning entity of the registry")->capture_default_str();
+  sub->add_option("--bios-uri", options->Names.BiosUri, "URI of the Bios resource")->capture_default_str();
   sub->add_option("--settings", options->Names.SettingsUri, "Where Redfish clients send changes")->type_name("URI");
   sub->callback([options, &action] {
     if (!options->Json && !options->Redfish && options->PldmFolder.empty() && options->AttributesFolder.empty()) {
@@ -182,9 +182,9 @@ void AddImport(CLI::App& app, Action& action) {
     std::string Output;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* sub = app.add_subcommand("import", "import FILE: write the capture that an export stands for");
-  sub->add_option("FILE", options->Input, "What `export --json` wrote, edited or not")->required();
-  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  CLI::App* sub = app.add_subcommand("import", "import FILE: write an export as a capture again");
+  sub->add_option("FILE", options->Input, "An export of `export --json`, edited or not")->required();
+  sub->add_option("-o,--output", options->Output, "Output file. Default: standard output");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       if (options->Output.empty() && console.Terminal) {
@@ -210,8 +210,8 @@ void AddReport(CLI::App& app, Action& action) {
   CLI::App* sub = app.add_subcommand("report", "report FILE [FLASH]: put everything about a boot on one page of HTML");
   sub->add_option("FILE", options->Input, "The input")->required();
   sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
-  sub->add_option("--since", options->Older, "An older input; the page tells the differences, too");
-  sub->add_option("-o,--output", options->Output, "Where to; standard output if left out");
+  sub->add_option("--since", options->Older, "An older input. The page also lists the differences");
+  sub->add_option("-o,--output", options->Output, "Output file. Default: standard output");
   sub->add_flag("--json", options->Json, "What the page shows, as JSON");
   sub->callback([options, &action] {
     action = [options](const Console&, std::ostream& out, std::ostream&) -> int {

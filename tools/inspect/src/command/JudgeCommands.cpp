@@ -24,7 +24,7 @@ const CLI::Validator kByteCount(
     [](std::string& text) {
       const bool digits = !text.empty() && text.size() <= 15 && text.find_first_not_of("0123456789") == text.npos;
       return digits && text.find_first_not_of('0') != text.npos ? std::string()
-                                                                : text + " is no number of bytes above 0";
+                                                                : text + " is not a number of bytes above 0";
     },
     "BYTES");
 
@@ -40,7 +40,7 @@ Plan::value_type ParseSetting(const Image& image, const Catalog& catalog, const 
   const std::optional<std::size_t> value = of.FindValue(wanted);
   const auto* bounds = std::get_if<IntegerBounds>(&of.Entry->Bounds);
   if (bounds != nullptr && (!value || *value < bounds->Lower || *value > bounds->Upper)) {
-    throw UnusableInput(fmt::format("{} is no number from {} to {}, as {} has them", Quote(wanted), bounds->Lower,
+    throw UnusableInput(fmt::format("{} is not a number from {} to {}, the bounds of {}", Quote(wanted), bounds->Lower,
                                     bounds->Upper, Quote(of.Name.Text)));
   }
   if (!value) {
@@ -66,11 +66,10 @@ void AddCache(CLI::App& app, Action& action) {
   sub->add_option("FILE", options->Input, "A variable flash image (vars.fd)")->required();
   sub->add_option("--firmware", options->Judge.Firmware, "Version of the firmware that boots next")
       ->type_name("VERSION");
-  sub->add_option("--limit", options->Judge.Limit,
-                  "Bytes that the store takes for one variable, header and name included")
+  sub->add_option("--limit", options->Judge.Limit, "Largest variable that the store accepts, header and name included")
       ->check(kByteCount)
       ->type_name("BYTES");
-  sub->add_flag("--json", options->Json, "As JSON");
+  sub->add_flag("--json", options->Json, "Print JSON");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream& err) {
       const std::vector<std::uint8_t> flash = ReadFile(options->Input);
@@ -93,10 +92,10 @@ void AddValidate(CLI::App& app, Action& action) {
   CLI::App* sub = app.add_subcommand("validate", "validate FILE: check the structure of everything that is published");
   sub->add_option("FILE", options->Input, "The input")->required();
   sub->add_option("--profile", options->Profile,
-                  "common: say, too, where a reader that knows enumerations, strings and integers alone stops")
+                  "common: also print where a reader that knows only enumerations, strings and integers stops")
       ->check(CLI::IsMember({"common"}))
       ->type_name("common");
-  sub->add_flag("--json", options->Json, "As JSON");
+  sub->add_flag("--json", options->Json, "Print JSON");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Image image = LoadImage(options->Input);
@@ -117,19 +116,19 @@ void AddLint(CLI::App& app, Action& action) {
   };
   const auto options = std::make_shared<Options>();
   CLI::App* sub =
-      app.add_subcommand("lint", "lint FILE [FLASH]: tell what is lost, dangling, contradictory or out of bounds");
+      app.add_subcommand("lint", "lint FILE [FLASH]: print what is lost, dangling, contradictory or out of bounds");
   sub->add_option("FILE", options->Input, "The input")->required();
   sub->add_option("FLASH", options->Flash, "The variable flash image (vars.fd) that the same boot left");
   sub->add_option("--limit", options->Lint.Limit,
-                  "Bytes that the store takes for one variable, header and name included; needs a flash image")
+                  "Largest variable that the store accepts, header and name included; needs a flash image")
       ->check(kByteCount)
       ->type_name("BYTES");
-  sub->add_flag("--json", options->Json, "As JSON");
+  sub->add_flag("--json", options->Json, "Print JSON");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Input input = LoadInput(options->Input, options->Flash, {.Firmware = {}, .Limit = options->Lint.Limit});
       if (options->Lint.Limit && !input.Cache) {
-        throw UnusableInput("--limit needs a flash image: only there the sizes of variables can be seen");
+        throw UnusableInput("--limit needs a flash image, which has the sizes of variables");
       }
       const std::vector<LintFinding> findings = Lint(input.Image, input.Cache ? &*input.Cache : nullptr, options->Lint);
       out << (options->Json ? LintAsJson(findings) : LintAsText(findings, Style(console.Colour)));
@@ -148,16 +147,16 @@ void AddExplain(CLI::App& app, Action& action) {
   };
   const auto options = std::make_shared<Options>();
   CLI::App* sub = app.add_subcommand(
-      "explain", "explain NAME FILE [FLASH]: tell who forces an attribute, whom it forces, what a set drags along");
+      "explain", "explain NAME FILE [FLASH]: print what forces an attribute, what it forces, and what a change causes");
   sub->add_option("NAME", options->Name, "The attribute: its name with or without annotations, or its handle")
       ->required();
   sub->add_option("FILE", options->Input, "The input")->required();
   sub->add_option("FLASH", options->Flash, "The variable flash image of the same boot, for its \"PidDepList\"");
-  sub->add_option("--set", options->Plan, "A planned set; may be given several times, for all of them at once")
+  sub->add_option("--set", options->Plan, "A planned change. Repeat the option to plan several changes at once")
       ->type_name("NAME=VALUE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  sub->add_flag("--json", options->Json, "As JSON");
+  sub->add_flag("--json", options->Json, "Print JSON");
   sub->callback([options, &action] {
     action = [options](const Console& console, std::ostream& out, std::ostream&) {
       const Input input = LoadInput(options->Input, options->Flash, {});

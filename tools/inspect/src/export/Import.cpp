@@ -37,7 +37,7 @@ class JsonReader {
 
   JsonReader(const Json& json, std::string where) : json_(json), where_(std::move(where)) {
     if (!json_.is_object()) {
-      Fail(where_, "is no object");
+      Fail(where_, "is not an object");
     }
   }
 
@@ -102,14 +102,14 @@ class JsonReader {
   const std::string& String(const char* key) const {
     const Json& member = Member(key);
     if (!member.is_string()) {
-      Fail(Where(key), "is no text");
+      Fail(Where(key), "is not text");
     }
     return member.get_ref<const std::string&>();
   }
   const Json& ArrayOf(const char* key) const {
     const Json& member = Member(key);
     if (!member.is_array()) {
-      Fail(Where(key), "is no array");
+      Fail(Where(key), "is not an array");
     }
     return member;
   }
@@ -128,7 +128,7 @@ class JsonReader {
   static T NumberOf(const Json& json, const std::string& where) {
     constexpr std::uint64_t kLimit = std::numeric_limits<T>::max();
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > kLimit) {
-      Fail(where, fmt::format("is no whole number from 0 to {}", kLimit));
+      Fail(where, fmt::format("is not a whole number from 0 to {}", kLimit));
     }
     return static_cast<T>(json.get<std::uint64_t>());
   }
@@ -218,8 +218,7 @@ Buffer ImportStream(const JsonReader& reader) {
   ForEachEntry<StreamRecord>(reader, [&](StreamRecord& record) {
     const std::uint16_t handle = record.Attribute.Handle;
     if (handle < slot || handle >= end) {
-      Fail(reader.Where("entries"),
-           fmt::format("has the handle {} where one from {} to below {} has its place", handle, slot, end));
+      Fail(reader.Where("entries"), fmt::format("has the handle {}, not one from {} to {}", handle, slot, end - 1));
     }
     skipTo(handle);
     Fields(records, record);
@@ -354,7 +353,7 @@ std::vector<std::uint8_t> ImportJson(Bytes document, bool* ofCache) {
   try {
     json = Json::parse(document.begin(), document.end());
   } catch (const Json::exception& error) {
-    throw UnusableInput(fmt::format("the export is no JSON: {}", error.what()));
+    throw UnusableInput(fmt::format("the export is not JSON: {}", error.what()));
   }
   const JsonReader reader(json, "the export");
   if (reader.String("format") != kExportFormat || reader.Get<std::uint32_t>("version") != kExportVersion) {

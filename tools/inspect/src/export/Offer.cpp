@@ -44,7 +44,7 @@ void OfferDefault(OfferedAttribute& offered, Offer& offer) {
   } else if (attribute.Type() == BaseType::Enumeration) {
     offered.Default = NameAt(attribute, attribute.Defaults);
     if (offered.Default.is_null()) {
-      offer.Leave(attribute, "default", "no value of a name is its default");
+      offer.Leave(attribute, "default", "its default is not a value with a name");
     }
   }
 }
@@ -64,7 +64,7 @@ void OfferCurrent(OfferedAttribute& offered, Offer& offer) {
     }
   }
   if (offered.Current.is_null()) {
-    offer.Leave(attribute, "current", "the value table has no value of its own type and of a name for it");
+    offer.Leave(attribute, "current", "the value table has no value of its type, or only one without a name");
   }
 }
 

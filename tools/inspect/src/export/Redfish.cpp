@@ -64,11 +64,11 @@ std::optional<std::string> NameInRegistry(const CatalogAttribute& attribute, std
   }
   std::string name = Without(attribute.Name.Text, ' ');
   if (attribute.Type() == BaseType::BootConfiguration) {
-    reason = "a boot order is no attribute type there: its place is Boot.BootOrder of the system";
+    reason = "Redfish has no attribute type for a boot order; it belongs in Boot.BootOrder of the system";
   } else if (RegistryTypeOf(attribute.Type()) == nullptr) {
     reason = fmt::format("its type, {}, is unknown", TypeName(attribute.Entry->Type));
   } else if (attribute.Name.Known && !IsAttributeName(name)) {
-    reason = "an AttributeName is two or more letters, digits and underscores after a letter";
+    reason = "an AttributeName is a letter, then one or more letters, digits and underscores";
   }
   return reason.empty() ? std::optional(std::move(name)) : std::nullopt;
 }

@@ -136,8 +136,8 @@ class Finder {
   void FindDangling(const Force& force) {
     if (!force.By) {
       problems_.push_back(
-          {"annotation-dangling", fmt::format("{} of {} names an attribute that is not there: {}.",
-                                              QuoteUtf8(force.Text), Whose(force), QuoteUtf8(force.Attribute))});
+          {"annotation-dangling", fmt::format("{} of {} names an unknown attribute: {}.", QuoteUtf8(force.Text),
+                                              Whose(force), QuoteUtf8(force.Attribute))});
     } else if (!force.When) {
       problems_.push_back({"annotation-dangling",
                            fmt::format("{} of {} names a value that {} does not have: {}.", QuoteUtf8(force.Text),
@@ -218,7 +218,7 @@ class Finder {
       for (const Setting& end : reached) {
         if (end.first == start.first && end.second != start.second) {
           problems_.push_back(
-              {"dependency-contradiction", fmt::format("{} leads to {}, by what it forces.",
+              {"dependency-contradiction", fmt::format("{} forces values that lead to {}.",
                                                        QuoteUtf8(DescribeSetting(catalog_, start.first, start.second)),
                                                        QuoteUtf8(DescribeSetting(catalog_, end.first, end.second)))});
         }

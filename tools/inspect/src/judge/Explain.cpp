@@ -153,13 +153,13 @@ std::string ExplanationAsText(const Catalog& catalog, const Dependencies& depend
   if (attribute.CurrentValue()) {
     out += fmt::format("  is {}\n", CurrentOf(catalog, explanation.Attribute));
   }
-  out += explanation.OnTo.empty() ? "  nothing forces it\n" : "  who forces it\n";
+  out += explanation.OnTo.empty() ? "  nothing forces it\n" : "  forced by\n";
   for (const Force* force : explanation.OnTo) {
     out += fmt::format("    {} {}\n",
                        force->IsHold() ? "held" : fmt::format("set to {}", attribute.Possible[*force->Value].Name.Text),
                        DescribeCondition(catalog, dependencies, *force));
   }
-  out += explanation.From.empty() ? "  it forces nothing\n" : "  whom it forces\n";
+  out += explanation.From.empty() ? "  it forces nothing\n" : "  forces\n";
   for (const Force* force : explanation.From) {
     out += fmt::format("    {} {}\n",
                        force->IsHold() ? "holds " + NameOf(catalog, force->Forced)
@@ -168,7 +168,7 @@ std::string ExplanationAsText(const Catalog& catalog, const Dependencies& depend
   }
   for (const auto& [plan, consequences] : explanation.Plans) {
     out += fmt::format("  setting {}{}\n", DescribePlan(catalog, plan),
-                       consequences.empty() ? " drags nothing along" : "");
+                       consequences.empty() ? " changes nothing else" : "");
     for (const Consequence& consequence : consequences) {
       out += fmt::format("    {}\n", DescribeConsequence(catalog, consequence));
     }
@@ -178,7 +178,7 @@ std::string ExplanationAsText(const Catalog& catalog, const Dependencies& depend
         fmt::format("  \"PidDepList\" {} it, and keywords of other questions {} it{}\n",
                     *explanation.IsListed ? "has" : "does not have", explanation.IsDependedOn ? "name" : "do not name",
                     explanation.IsDependedOn && !explanation.IsCollected
-                        ? " only behind a name that was met before, where none is collected"
+                        ? " only after a known name, where the driver stops collecting"
                         : "");
     out += *explanation.IsListed == explanation.IsCollected ? text : style.Bad(text);
   }

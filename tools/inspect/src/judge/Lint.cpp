@@ -172,7 +172,7 @@ class Linter {
   void LintLimits() {
     const Stream* stream = image_.Stream ? &*image_.Stream : nullptr;
     if (stream != nullptr && stream->AttributeCount > kStreamAttributes) {
-      Add("handle-limit", fmt::format("There are {} attributes, and {} at most have handles up to 255.",
+      Add("handle-limit", fmt::format("There are {} attributes, but at most {} have handles up to 255.",
                                       stream->AttributeCount, kStreamAttributes));
     }
     // The setup's attributes end at the last collection.
@@ -188,12 +188,11 @@ class Linter {
     }
     if (stream != nullptr && stream->AttributeCount >= kStoreAttributes) {
       Add("attribute-limit",
-          fmt::format("There are {} attributes, the most there can be: of further questions none is.",
-                      stream->AttributeCount));
+          fmt::format("There are {} attributes, the maximum. Further questions are left out.", stream->AttributeCount));
     } else if (ofSetup >= kCountedQuestions) {
-      Add("attribute-limit", fmt::format("{} one-of and checkbox questions are attributes, the most there can be: of "
-                                         "further questions none is.",
-                                         ofSetup));
+      Add("attribute-limit",
+          fmt::format("{} one-of and checkbox questions are attributes, the maximum. Further questions are left out.",
+                      ofSetup));
     }
   }
 
@@ -204,7 +203,7 @@ class Linter {
     }
     LintAnnotations(attribute.Name, fmt::format("the name of attribute {}", handle));
     if (!attribute.Name.Annotations.empty() && attribute.Name.Text.size() > kLongestKeyword) {
-      Add("keyword-long", fmt::format("Attribute {} has an annotation behind a name of {} characters.", handle,
+      Add("keyword-long", fmt::format("Attribute {} has an annotation after a name of {} characters.", handle,
                                       attribute.Name.Text.size()));
     }
     for (const CatalogValue& value : attribute.Possible) {
@@ -270,8 +269,8 @@ class Linter {
   void LintDependencyList() {
     const std::set<std::uint32_t> wanted = DependencyTokens(catalog_, dependencies_);
     if (wanted.size() > kDependencyList) {
-      Add("dependency-list",
-          fmt::format("{} questions are depended on, and \"PidDepList\" holds {}.", wanted.size(), kDependencyList));
+      Add("dependency-list", fmt::format("Questions depend on {} questions, but \"PidDepList\" holds {}.",
+                                         wanted.size(), kDependencyList));
     }
     if (stored_ == nullptr || !cache_->Content.DependencyList || IsCut({TableId::Attributes, TableId::Strings})) {
       return;
@@ -279,7 +278,7 @@ class Linter {
     const std::vector<std::uint32_t>& list = *cache_->Content.DependencyList;
     for (const std::uint32_t token : wanted) {
       if (std::find(list.begin(), list.end(), token) == list.end() && list.size() < kDependencyList) {
-        Add("dependency-differs", fmt::format("Question {} belongs into \"PidDepList\" and is not in it.", token));
+        Add("dependency-differs", fmt::format("Question {} is missing from \"PidDepList\".", token));
       }
     }
   }

@@ -183,7 +183,7 @@ std::string CompareBoots(const Image& image, const CacheContent& cache) {
   for (const StringEntry& entry : image.Strings.Entries) {
     const std::size_t place = static_cast<std::size_t>(entry.Handle) - kFirstHandle;
     if (place < names.size() && NarrowName(names[place]) != entry.Text) {
-      return fmt::format("the name with the handle {} is another", entry.Handle);
+      return fmt::format("the name with the handle {} differs", entry.Handle);
     }
   }
   if (image.Display) {
@@ -191,7 +191,7 @@ std::string CompareBoots(const Image& image, const CacheContent& cache) {
     for (const TextEntry& entry : image.Display->Entries) {
       const std::size_t place = static_cast<std::size_t>(entry.Handle) - kFirstHandle;
       if (place < texts.size() && Shown(texts[place]) != entry.Text) {
-        return fmt::format("the display text with the handle {} is another", entry.Handle);
+        return fmt::format("the display text with the handle {} differs", entry.Handle);
       }
     }
   }

@@ -32,8 +32,8 @@ void ListUncommon(TableId id, const Table<Entry>& table, Validation& validation)
     }
     if (first) {
       validation.Problems.Add("profile-stop",
-                              "a reader of enumerations, strings and integers alone stops at entry {} of the {} table "
-                              "(handle {}, {}) and misses the {} behind it",
+                              "a reader that knows only enumerations, strings and integers stops at entry {} of the {} "
+                              "table (handle {}, {}) and misses the {} after it",
                               i, KindOf(id).Name, entry.Handle, TypeName(entry.Type), table.Entries.size() - i - 1);
       first = false;
     }

@@ -57,7 +57,7 @@ TEST(PairingTest, Attributes_GetTheTextsOfTheirQuestions) {
            second.Checkbox(3000U + i, digits, digits);
          }
        },
-       "N=Number|\nFirst=First|\nso many questions became attributes that later ones can have left texts alone"},
+       "N=Number|\nFirst=First|\nlater questions may have created texts but no attribute"},
   };
   for (const auto& [arrange, expected] : rows) {
     EXPECT_EQ(TextsOf(Boot(arrange).Decode()), kPlacedTexts + expected);

@@ -64,9 +64,9 @@ TEST(ExportTest, Import_OfAnEditedExport_HasTheEdits) {
 TEST(ExportTest, Import_OfAWrongExport_NamesThePlace) {
   using J = Json&;
   const std::pair<std::function<void(J)>, std::string> rows[] = {
-      {[](J j) { j = 5; }, "the export is no object"},
+      {[](J j) { j = 5; }, "the export is not an object"},
       {[](J j) { j["version"] = 2; }, "the export is not of the format corvane-capture, version 1"},
-      {[](J j) { j["records"] = "x"; }, "the export.records is no array"},
+      {[](J j) { j["records"] = "x"; }, "the export.records is not an array"},
       {[](J j) { j["records"][0]["record"] = "tables"; }, "the export.records[0].record names no record"},
       {[](J j) { j["records"][0]["content"] = "PLDMX"; }, "records[0].content has 5 characters, not 4"},
       {[](J j) { j["records"][0]["entries"].insert(j["records"][0]["entries"].end(), 9, Json::object()); },
@@ -75,16 +75,16 @@ TEST(ExportTest, Import_OfAWrongExport_NamesThePlace) {
        "records[2].entries[1].text has a character above U+00FF"},
       {[](J j) { j["records"][2]["entries"][1]["text"] = std::string(70000, 'x'); }, "has more than 65535 bytes"},
       {[](J j) { j["records"][3]["entries"][3]["type"] = 256; },
-       "records[3].entries[3].type is no whole number from 0 to 255"},
-      {[](J j) { j["records"][3]["entries"][3]["handle"] = -1; }, "handle is no whole number from 0 to 65535"},
+       "records[3].entries[3].type is not a whole number from 0 to 255"},
+      {[](J j) { j["records"][3]["entries"][3]["handle"] = -1; }, "handle is not a whole number from 0 to 65535"},
       {[](J j) { j["records"][3]["entries"][3].erase("possible"); }, "possible is missing"},
       {[](J j) { j["records"][3]["entries"][3]["possible"] = std::vector<int>(256); }, "has more than 255 items"},
       {[](J j) { j["records"][7]["entries"][0]["installed"] = 1; }, "installed is neither true nor false"},
       {[](J j) { j["records"][7]["entries"][2]["order"] = std::vector<int>(21); }, "has more than 20 items"},
       {[](J j) { j["records"][7]["entries"][3]["settings"] = {1}; }, "settings has 1 items, not 2"},
       {[](J j) { j["records"][7]["entries"][5]["text"] = std::string(1, '\0'); }, "has a character U+0000"},
-      {[](J j) { j["records"][7]["entries"][5]["handle"] = 3; }, "has the handle 3 where one from 18 to below 22"},
-      {[](J j) { j["records"][7]["entries"][5] = nullptr; }, "records[7].entries[5] is no object"},
+      {[](J j) { j["records"][7]["entries"][5]["handle"] = 3; }, "has the handle 3, not one from 18 to 21"},
+      {[](J j) { j["records"][7]["entries"][5] = nullptr; }, "records[7].entries[5] is not an object"},
       {[](J j) {
          j["records"][4] = {{"record", 9}, {"bytes", "0g"}};
        },

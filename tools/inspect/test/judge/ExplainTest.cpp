@@ -39,15 +39,14 @@ TEST(ExplainTest, Explain_FollowsAChainToItsEnd) {
     const Explanation explanation = Explain(catalog, dependencies, *dependencies.Find(name), plan, &list);
     return ExplanationAsText(catalog, dependencies, explanation, Style(false));
   };
-  EXPECT_THAT(
-      explain("A", {}),
-      AllOf(HasSubstr("whom it forces\n    sets B=Up while A is On (A=Off: not now)\n    holds E while A is not On "
-                      "(A=Off: acts now)\n"),
-            HasSubstr("setting A=On\n    sets B=Up, because of A=On and [ForceIf:A=On]\n"
-                      "    sets C=Set, because of B=Up and [ForceIf:B=Up]\n"
-                      "    holds D, because of C=Set and [ForceIf:C=Set]\n"
-                      "    frees E, because of A=On and [ForceIfNot:A=On]\n"),
-            HasSubstr("\"PidDepList\" has it, and keywords of other questions name it\n")));
+  EXPECT_THAT(explain("A", {}),
+              AllOf(HasSubstr("  forces\n    sets B=Up while A is On (A=Off: not now)\n    holds E while A is not On "
+                              "(A=Off: acts now)\n"),
+                    HasSubstr("setting A=On\n    sets B=Up, because of A=On and [ForceIf:A=On]\n"
+                              "    sets C=Set, because of B=Up and [ForceIf:B=Up]\n"
+                              "    holds D, because of C=Set and [ForceIf:C=Set]\n"
+                              "    frees E, because of A=On and [ForceIfNot:A=On]\n"),
+                    HasSubstr("\"PidDepList\" has it, and keywords of other questions name it\n")));
   EXPECT_THAT(explain("Hour", {{*dependencies.Find("Hour"), 7}}),
               AllOf(HasSubstr("\n  is Hour=3\n"), HasSubstr("sets Wake=Early while Hour is 7 (Hour=3: not now)\n"),
                     HasSubstr("setting Hour=7\n    sets Wake=Early, because of Hour=7 and [ForceIf:Hour=7]\n")));

@@ -40,7 +40,7 @@ TEST(LintTest, Lint_FindsEachKindOfFaultInASetup) {
        },
        "", ""},
       {[&](Form f) { onOff(f, 400, u"A", u"Off[ForceIf Lamp=Enabled]", u"On"); }, "annotation-malformed",
-       "of no known kind"},
+       "of an unknown kind"},
       {[&](Form f) {
          onOff(f, 400, u"A", u"Off[ForceIf:B=On]", u"On");
          onOff(f, 401, u"B", u"Out", u"On[ForceIf:A=Off]");
@@ -57,7 +57,7 @@ TEST(LintTest, Lint_FindsEachKindOfFaultInASetup) {
          onOff(f, 400, u"A", u"Off[ForceIf:B=Up]", u"On");
          onOff(f, 401, u"B", u"Down", u"Up[ForceIf:A=On]");
        },
-       "dependency-contradiction", "\"A=On\" leads to \"A=Off\""},
+       "dependency-contradiction", "\"A=On\" forces values that lead to \"A=Off\""},
       {[&](Form f) { onOff(f, 400, u"A", u"Off", u"On[ForceIf:Lamp=Disabled]"); }, "dependency-unmet?",
        "value is \"A=Off\""},
       {[&](Form f) { onOff(f, 400, u"Lamp", u"Off", u"On"); }, "name-duplicate", "2 attributes"},
