@@ -96,9 +96,10 @@ AttributeRecord* AttributeDatabase::FindAttributeByToken(UINT32 token) {
 }
 
 AttributeRecord* AttributeDatabase::NextAttribute(UINT16& slot) const {
-  while (++slot < AttributeLimit()) {
-    if (AttributeRecord* const record = AttributeAt(slot); record != nullptr) {
-      return record;
+  const UINT16 limit = AttributeLimit();
+  while (++slot < limit) {
+    if (void* const record = store_->Slots[ATTRIBUTE_STORE_ATTRIBUTES + slot]; record != nullptr) {
+      return static_cast<AttributeRecord*>(record);
     }
   }
   return nullptr;
@@ -184,7 +185,7 @@ StringHandle AttributeDatabase::AddString(StringArray array, PoolPtr<CHAR16[]>&&
     return {};
   }
   StringIndex& index = array == StringArray::Names ? nameIndex_ : displayIndex_;
-  if (index.Covers(CountOf(array))) {
+  if (index.Covers(static_cast<UINT64>(handle - kFirstHandle))) {
     index.Add(hash);
   }
   PutString(array, std::move(text), handle);

@@ -8,10 +8,15 @@
 
 bool StringIndex::SetUp() {
   if (chains_ == nullptr) {
-    chains_ = AllocateZeroed<Chains>().release();
+    void* block = nullptr;
+    if (EFI_ERROR(gBS->AllocatePool(EfiBootServicesData, sizeof(Chains), &block))) {
+      return false;
+    }
+    chains_ = static_cast<Chains*>(block);
+    ZeroMem(chains_->First, sizeof(chains_->First));  // each `Next` is written before a chain leads to it
     covered_ = 0;
   }
-  return chains_ != nullptr && covered_ == 0;
+  return covered_ == 0;
 }
 
 UINT16 StringIndex::Find(const TextKey& key, const VOID* const* strings) const {

@@ -60,7 +60,7 @@ class ValueEntryBytes {
   /// Bytes [Offset, End) of a record. A copy of a constant size is compiled without a call of memcpy, which a DXE image
   /// does not have.
   template <size_t Offset, size_t End>
-  void PutBytes(const AttributeRecord& record) {
+  [[gnu::always_inline]] void PutBytes(const AttributeRecord& record) {
     __builtin_memcpy(bytes_ + size_, RecordBytes(record, Offset, End).data(), End - Offset);
     size_ += End - Offset;
   }
