@@ -373,13 +373,19 @@ FillModel (
     return Status;
   }
 
-  for (Question = Model->First; Question != NULL; Question = NextQuestion (Model, Question)) {
+  HoldStorages ();
+  Status = EFI_SUCCESS;
+  for (Question = Model->First; !EFI_ERROR (Status) && (Question != NULL); Question = NextQuestion (Model, Question)) {
     if (LoadValue (Question) == EFI_OUT_OF_RESOURCES) {
-      return EFI_OUT_OF_RESOURCES;
+      Status = EFI_OUT_OF_RESOURCES;
     }
   }
 
-  Status = WalkFormSet (Model, Head, Length, CompleteQuestions);
+  ReleaseStorages ();
+  if (!EFI_ERROR (Status)) {
+    Status = WalkFormSet (Model, Head, Length, CompleteQuestions);
+  }
+
   if (!EFI_ERROR (Status)) {
     NumberQuestions (Model, Head);
   }

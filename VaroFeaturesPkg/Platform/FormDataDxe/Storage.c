@@ -22,6 +22,7 @@
 STATIC Storage    *mStorages;
 STATIC EFI_EVENT  mForgetEvent;
 STATIC BOOLEAN    mForgetPending;
+STATIC BOOLEAN    mHeld;   ///< contents are kept until ReleaseStorages
 
 STATIC
 VOID
@@ -37,18 +38,27 @@ ForgetContent (
 
 STATIC
 VOID
+ForgetContents (
+  VOID
+  )
+{
+  Storage  *This;
+
+  for (This = mStorages; This != NULL; This = This->Next) {
+    ForgetContent (This);
+  }
+}
+
+STATIC
+VOID
 EFIAPI
 OnForget (
   IN EFI_EVENT  Event,
   IN VOID       *Context
   )
 {
-  Storage  *This;
-
   mForgetPending = FALSE;
-  for (This = mStorages; This != NULL; This = This->Next) {
-    ForgetContent (This);
-  }
+  ForgetContents ();
 }
 
 /**
@@ -62,6 +72,10 @@ KeepWhileNotifying (
   VOID
   )
 {
+  if (mHeld) {
+    return TRUE;
+  }
+
   if (EfiGetCurrentTpl () < TPL_CALLBACK) {
     return FALSE;
   }
@@ -78,6 +92,27 @@ KeepWhileNotifying (
 
   mForgetPending = (BOOLEAN)!EFI_ERROR (gBS->SignalEvent (mForgetEvent));
   return mForgetPending;
+}
+
+VOID
+HoldStorages (
+  VOID
+  )
+{
+  mHeld = TRUE;
+}
+
+VOID
+ReleaseStorages (
+  VOID
+  )
+{
+  mHeld = FALSE;
+  if (EfiGetCurrentTpl () < TPL_CALLBACK) {
+    ForgetContents ();
+  } else {
+    KeepWhileNotifying ();
+  }
 }
 
 Storage *

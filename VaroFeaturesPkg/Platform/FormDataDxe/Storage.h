@@ -67,6 +67,20 @@ UseStorage (
   );
 
 /**
+  Keeps the contents that are read from now on until ReleaseStorages, for one pass over many questions. Without it, a pass
+  outside a notification function would read a storage again for each question.
+**/
+VOID
+HoldStorages (
+  VOID
+  );
+
+VOID
+ReleaseStorages (
+  VOID
+  );
+
+/**
   Reads bytes out of a storage.
 
   @retval EFI_NOT_FOUND         The variable does not exist.
