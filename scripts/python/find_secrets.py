@@ -20,9 +20,9 @@ TERMINAL = struct.pack("<Q", int.from_bytes(b"tmnl", "little"))
 RINGS_OFFSET = 184
 RING_SIZES = (2 + 256, 2 + 2 * 129, 2 + 4 * 129, 2 + 4 * 129)
 
-# mPasswords (AttributeServiceDxe/ServicePasswords.c): class, kind, number of the setting, pointer and key of the system
-# password, then of the administrator's.
-KEYS = re.compile(rb"\x09\0..\0{4}\x57\x06\0{6}.{8}(.{4}).{4}\x0a\0..\x01\0{3}\x55\x06\0{6}.{8}(.{4})", re.DOTALL)
+# mPasswords (AttributeServiceDxe/ServicePasswords.c): class, kind, number of the setting, and key of the system password,
+# then of the administrator's.
+KEYS = re.compile(rb"\x09\0..\0{4}\x57\x06\0\0(.{4})\x0a\0..\x01\0{3}\x55\x06\0\0(.{4})", re.DOTALL)
 
 
 def places(data, wanted, step=1):
