@@ -67,8 +67,8 @@ UseStorage (
   );
 
 /**
-  Keeps the contents that are read from now on until ReleaseStorages, for one pass over many questions. Without it, a pass
-  outside a notification function would read a storage again for each question.
+  Keeps the contents that are read from now on until ReleaseStorages, for one pass over many questions. Without it, a
+  pass outside a notification function would read a storage again for each question.
 **/
 VOID
 HoldStorages (
